@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace ios {
+
+class PropertyList;
+using NSArray = std::vector<PropertyList>;
+using NSDictionary = std::map<std::string, PropertyList>;
+using Bytes = std::vector<std::uint8_t>;
+
+/// A value of property-list data: Info dictionaries, user info, settings, records, archives. It keeps integer,
+/// double, Boolean, text, data, array and dictionary apart, as the platform's numbers do. A plain value; texts are
+/// UTF-8.
+class PropertyList {
+ public:
+  /// A reference inside an archive; only the keyed archiver makes them.
+  struct UID {
+    std::uint64_t index = 0;
+    bool operator==(const UID&) const = default;
+  };
+
+  PropertyList() : value_(std::string()) {}
+  PropertyList(bool value) : value_(value) {}                      // NOLINT: values read as what they hold
+  PropertyList(int value) : value_(std::int64_t{value}) {}         // NOLINT
+  PropertyList(std::int64_t value) : value_(value) {}              // NOLINT
+  PropertyList(double value) : value_(value) {}                    // NOLINT
+  PropertyList(const char* value) : value_(std::string(value)) {}  // NOLINT
+  PropertyList(std::string value) : value_(std::move(value)) {}    // NOLINT
+  PropertyList(Bytes value) : value_(std::move(value)) {}          // NOLINT
+  PropertyList(NSArray value) : value_(std::move(value)) {}        // NOLINT
+  PropertyList(NSDictionary value) : value_(std::move(value)) {}   // NOLINT
+  PropertyList(UID value) : value_(value) {}                       // NOLINT
+
+  /// The value if it is of exactly that kind, else null: an integer is no double, a Boolean no integer.
+  const bool* boolean() const { return std::get_if<bool>(&value_); }
+  const std::int64_t* integer() const { return std::get_if<std::int64_t>(&value_); }
+  const double* real() const { return std::get_if<double>(&value_); }
+  const std::string* text() const { return std::get_if<std::string>(&value_); }
+  const Bytes* data() const { return std::get_if<Bytes>(&value_); }
+  const NSArray* array() const { return std::get_if<NSArray>(&value_); }
+  const NSDictionary* dictionary() const { return std::get_if<NSDictionary>(&value_); }
+  const UID* uid() const { return std::get_if<UID>(&value_); }
+
+  /// Member `key` of a dictionary; null if this is none or has no such member.
+  const PropertyList* member(const std::string& key) const;
+  /// Member `key` if it is a text.
+  const std::string* text(const std::string& key) const;
+
+  bool operator==(const PropertyList&) const = default;
+
+  /// Reads an XML or a binary property list. Empty when the bytes are neither, are damaged, nest deeper than 512
+  /// levels or unfold to more than 1,000,000 values; `problem`, if given, says which.
+  static std::optional<PropertyList> parse(std::span<const std::uint8_t> bytes, std::string* problem = nullptr);
+  static std::optional<PropertyList> parse(const std::filesystem::path& file, std::string* problem = nullptr);
+  /// The same value gives the same bytes.
+  Bytes binary() const;
+  std::string xml() const;
+
+  using Value = std::variant<std::string, bool, std::int64_t, double, Bytes, NSArray, NSDictionary, UID>;
+  const Value& value() const { return value_; }
+
+ private:
+  Value value_;
+};
+
+/// Keys of a bundle's Info dictionary.
+inline const std::string kCFBundleVersionKey = "CFBundleVersion";
+inline const std::string kCFBundleNameKey = "CFBundleName";
+inline const std::string kCFBundleIdentifierKey = "CFBundleIdentifier";
+
+}  // namespace ios

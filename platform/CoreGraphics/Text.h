@@ -1,0 +1,54 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CoreGraphics/CGContext.h"
+
+namespace ios {
+
+/// The face, weight and size (points) of text. Families resolve as the platform has them, through the machine's
+/// fonts: "HelveticaNeue" and "HelveticaNeue-Medium" to a metric-compatible face, the system font to a like one.
+struct FontDescription {
+  std::string family;
+  int weight = 400;
+  double size = 17;
+  bool operator==(const FontDescription&) const = default;
+};
+
+struct TextRun {
+  std::string text;  // UTF-8; invalid bytes are shown as U+FFFD
+  FontDescription font;
+  CGColor color;
+};
+
+enum class TextAlignment { left, center, right, justified, natural };
+
+/// Text laid out in lines, ready to be measured and drawn. Right-to-left paragraphs are found from the text itself.
+/// Used on one thread at a time.
+class TextLayout {
+ public:
+  /// `width` 0 or less: unlimited. `maximumLines` 0: unlimited; text that does not fit ends in "…".
+  TextLayout(const std::vector<TextRun>& runs, CGFloat width, TextAlignment alignment, int maximumLines);
+  ~TextLayout();
+  TextLayout(const TextLayout&) = delete;
+
+  /// What the text covers, in points, rounded up to whole points.
+  CGSize size() const;
+  int lineCount() const;
+  /// Whether text was cut.
+  bool truncated() const;
+  CGFloat firstBaseline() const;
+  /// Draws with the top left of the layout at `origin`, in a context whose y goes downwards.
+  void draw(const CGContextRef& context, CGPoint origin) const;
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+/// Whether the machine has a font for the platform's font name ("HelveticaNeue-Medium").
+bool fontNamed(const std::string& name, double size, FontDescription& description);
+
+}  // namespace ios

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "CoreFoundation/PropertyList.h"
+#include "Device/Files.h"
+
+namespace ios {
+
+class Device;
+
+/// An application on the device: a folder Applications/<bundle id>/ with an Info.plist that names its executable.
+struct InstalledApplication {
+  std::string bundleIdentifier;
+  std::filesystem::path bundle;
+  NSDictionary info;
+  std::filesystem::path executable() const;
+  bool claims(const std::string& scheme) const;  // ignoring case
+};
+
+/// How a launched process ended up, once it is idle (it has exited, or said that it is ready).
+struct LaunchResult {
+  bool started = false;
+  /// Exit status, or 128 + the signal that ended it.
+  int status = 0;
+  std::string problem;
+};
+
+/// The applications on the device's folder.
+class Applications {
+ public:
+  explicit Applications(Device& device) : device_(device) {}
+
+  /// Copies a bundle folder in, replacing an earlier one of that identifier.
+  [[nodiscard]] std::optional<FileError> install(const std::filesystem::path& bundle);
+  /// Removes the bundle; its container stays. No such application: nothing happens.
+  [[nodiscard]] std::optional<FileError> uninstall(const std::string& bundleIdentifier);
+  std::vector<InstalledApplication> all() const;
+  std::optional<InstalledApplication> withIdentifier(const std::string& bundleIdentifier) const;
+  /// The first by identifier that claims the URL's scheme.
+  std::optional<InstalledApplication> forScheme(const std::string& scheme) const;
+
+  /// Starts the application's executable as a process of its own, told to open `url`, in the environment described
+  /// in Device.h. Returns at once; `finished` is called on the main queue when the process has ended. Virtual time
+  /// stands still until then.
+  void launch(const InstalledApplication& application, const std::string& url,
+              std::function<void(const LaunchResult&)> finished);
+
+ private:
+  Device& device_;
+};
+
+}  // namespace ios

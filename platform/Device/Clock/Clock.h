@@ -1,0 +1,165 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace ios {
+
+/// The device's one clock, and the main thread's loop on it.
+///
+/// Everything that is late, delayed or periodic is an event here: run-loop timers, delayed performs, `dispatch_after`,
+/// display refreshes, animations. The clock is either real (monotonic) or virtual, chosen once, before its first use.
+///
+/// Virtual time stands still while anything can run. Only when the main queue is empty and no work is under way on
+/// any queue or worker does a verb let it jump to the next event; events are released one at a time, in order of
+/// deadline and then of registration, each followed to rest before the next. Threads stay real threads.
+///
+/// The verbs (`runFor`, `runUntil`, `advanceFrame`, …) are called on the main thread. All else is thread-safe.
+class Clock {
+ public:
+  using Duration = std::chrono::nanoseconds;
+  /// Time since the device was started.
+  using Instant = std::chrono::time_point<Clock, Duration>;
+  using WallTime = std::chrono::sys_time<Duration>;
+  using Work = std::function<void()>;
+  using EventId = std::uint64_t;
+
+  /// Whether an event must fire on the main thread or may fire on any thread (then it must be short: hand over work).
+  enum class Lane { main, any };
+
+  static Clock& shared();
+
+  /// Makes the clock of this process virtual, at `start` and with `wall` as the wall-clock time of that instant.
+  /// Called at most once, before anything was scheduled; later is a programming error.
+  void useVirtualTime(Instant start = Instant{}, WallTime wall = kVirtualEpoch);
+  bool isVirtual() const { return virtual_; }
+
+  Instant now() const;
+  double secondsNow() const { return std::chrono::duration<double>(now().time_since_epoch()).count(); }
+  /// What a calendar shows. In virtual time it starts at a fixed date, so that files repeat to the byte.
+  WallTime wallTime() const;
+
+  // --- Events -------------------------------------------------------------------------------------------------
+
+  EventId schedule(Instant deadline, Lane lane, Work fire);
+  /// False if it has fired, is firing or was cancelled.
+  bool cancel(EventId event);
+
+  // --- The main thread ----------------------------------------------------------------------------------------
+
+  /// True on the thread that loaded the program.
+  bool isMainThread() const { return std::this_thread::get_id() == mainThread_; }
+  /// Queues work for the main thread; it runs inside the next verb (or the one that is running), in order.
+  void postToMain(Work work);
+
+  struct Result {
+    bool met = false;
+    /// When not met: what has not come to rest and the next events, by name.
+    std::string pending;
+    explicit operator bool() const { return met; }
+  };
+  void runFor(Duration duration);
+  /// Runs until `condition`, asked on the main thread after every step, or until `limit` has passed.
+  [[nodiscard]] Result runUntil(const std::function<bool()>& condition, Duration limit);
+  /// Runs what can run now; time stays where it is. (In real time: what is queued and due.)
+  void runUntilRest();
+  /// To the display's next refresh.
+  void advanceFrame();
+  /// Virtual time only: moves time and releases what is due, but runs no queued main work and waits for nobody.
+  /// For tests that need a stage to be busy.
+  void moveWithoutRest(Duration duration);
+  /// What keeps the device from rest, and the next events, one a line.
+  std::string pending() const;
+
+  /// Start of the n-th refresh of the 60 Hz display, and the first refresh after an instant.
+  static Instant refresh(std::int64_t n) { return Instant(Duration(n * 1'000'000'000 / 60)); }
+  static Instant nextRefresh(Instant after);
+
+  // --- For queues and platform workers ------------------------------------------------------------------------
+
+  /// Counts work that was queued and is not finished; virtual time stands still while the count is not zero.
+  void beginWork() { busy_.fetch_add(1, std::memory_order_acq_rel); }
+  void endWork();
+
+  /// Named work outside of queues: a movie being finished, a process being launched.
+  class Activity {
+   public:
+    explicit Activity(std::string name);
+    ~Activity();
+    Activity(const Activity&) = delete;
+
+   private:
+    std::multiset<std::string>::iterator entry_;
+  };
+
+  /// One wait of one thread. `park` returns true once `unpark` was called (before or after), false at the deadline.
+  /// A parked thread counts as idle. The main thread, parked in virtual time, moves time itself; it stops the
+  /// process with a message if nothing could ever wake it.
+  class Parking {
+    friend class Clock;
+    enum class State { free, parked, woken, late } state = State::free;
+    bool counted = false;
+    std::condition_variable wake;
+  };
+  bool park(const std::shared_ptr<Parking>& parking, std::optional<Instant> deadline);
+  void unpark(Parking& parking);
+
+  /// Marks the calling thread as one whose running work is counted by `beginWork`; queue workers do so once.
+  static void markWorkerThread();
+
+  /// Adds a source of names to `pending`.
+  void addReporter(std::function<std::vector<std::string>()> reporter);
+
+  /// 2026-01-05 09:41:00 UTC, where virtual wall time starts.
+  static constexpr WallTime kVirtualEpoch{std::chrono::seconds{1767606060}};
+
+ private:
+  Clock();
+  struct Event {
+    EventId id;
+    Lane lane;
+    Work fire;
+  };
+  using Key = std::pair<Instant, EventId>;
+
+  bool pump(const std::function<bool()>* condition, Instant limit);
+  bool runOneMainItem();
+  /// Takes the first event due by `limit`, of one lane or of both; the caller holds the lock.
+  bool takeDueEvent(Instant limit, std::optional<Lane> lane, Work& fire);
+  void timerThread();
+  bool parkMainVirtually(Parking& parking, std::optional<Instant> deadline, std::unique_lock<std::mutex>& lock);
+
+  const std::thread::id mainThread_;
+  std::atomic<bool> virtual_ = false;
+  std::atomic<std::int64_t> virtualNow_ = 0;
+  Instant virtualStart_{};
+  WallTime virtualWall_ = kVirtualEpoch;
+  const std::chrono::steady_clock::time_point realStart_;
+
+  std::atomic<std::int64_t> busy_ = 0;
+  mutable std::mutex mutex_;
+  std::condition_variable mainWake_;
+  std::condition_variable timerWake_;
+  std::deque<Work> mainQueue_;
+  std::map<Key, Event> events_;
+  std::map<EventId, Instant> deadlines_;
+  std::multiset<std::string> activities_;
+  std::vector<std::function<std::vector<std::string>()>> reporters_;
+  EventId lastEvent_ = 0;
+  bool timerThreadRuns_ = false;
+};
+
+}  // namespace ios

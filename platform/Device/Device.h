@@ -1,0 +1,93 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Device/Applications.h"
+#include "Device/Files.h"
+#include "Device/Input.h"
+#include "Device/ScreenProfile.h"
+#include "Device/Settings.h"
+#include "DeviceClock/Clock.h"
+
+namespace ios {
+
+/// The device this process runs on. One folder is the device; it survives restarts, and a person can look into it:
+///
+///     Applications/<bundle id>/      Info.plist, the executable, resources
+///     Containers/<bundle id>/        the application's home: Documents/, tmp/
+///     Pasteboard/general.plist       one file, replaced atomically; other processes read it
+///     Settings.plist                 permissions, languages, OS version, screen profile
+///
+/// A process is told its device by its environment, which `Applications::launch` and the simulator set:
+///
+///     IOS_DEVICE        the folder; without it a fresh one below the system's temporary folder
+///     IOS_BUNDLE        the application's own bundle folder; without it the folder of the executable
+///     IOS_VIRTUAL_TIME  "<uptime ns> <wall clock ns since 1970>": the clock is virtual and starts there
+///     IOS_OPEN_URL      the URL the application was launched to open
+///     IOS_CONTROL       number of an open stream descriptor over which a driver steers the application
+///
+/// Used on the main thread, except where a member says otherwise.
+class Device {
+ public:
+  struct Options {
+    std::filesystem::path root;
+    std::filesystem::path mainBundle;      // empty: the folder of the executable
+    std::string bundleIdentifier;          // empty: read from the main bundle's Info.plist, else "unbundled"
+    std::optional<DeviceSettings> settings;  // written to Settings.plist; without it that file is read
+  };
+
+  /// The device; the first call starts it from the environment if `start` was not called.
+  static Device& current();
+  /// Starts the device of this process; at most once, before `current` was asked for.
+  static Device& start(Options options);
+
+  const std::filesystem::path& root() const { return root_; }
+  const std::filesystem::path& mainBundle() const { return mainBundle_; }
+  const std::string& bundleIdentifier() const { return bundleIdentifier_; }
+  /// Home folder of this process's application; made when first asked for.
+  std::filesystem::path home() const;
+  std::filesystem::path pasteboardFile() const { return root_ / "Pasteboard" / "general.plist"; }
+
+  const DeviceSettings& settings() const { return settings_; }
+  /// Changes settings, and writes them down; a disk that refuses leaves them changed for this process, with a line
+  /// on standard error.
+  void changeSettings(const std::function<void(DeviceSettings&)>& change);
+  /// Reads Settings.plist again, after another process changed it.
+  void reloadSettings();
+  Permission permission(const std::string& service) const;  // this process's application; any thread
+  void setPermission(const std::string& service, Permission answer);
+
+  const ScreenProfile& profile() const;
+  /// The screen in points, as the device is held: sides swapped in landscape.
+  CGSize screenSize() const;
+  /// The hardware code that `uname` answers; tests may set another.
+  std::string machine() const { return machineOverride_ ? *machineOverride_ : profile().machine; }
+  void setMachine(std::string machine) { machineOverride_ = std::move(machine); }
+
+  Applications& applications() { return applications_; }
+  Input& input() { return input_; }
+
+  /// Called on the main thread after settings changed.
+  void addSettingsObserver(std::function<void()> observer) { observers_.push_back(std::move(observer)); }
+
+ private:
+  explicit Device(Options options);
+  std::filesystem::path root_, mainBundle_;
+  std::string bundleIdentifier_;
+  DeviceSettings settings_;
+  mutable std::mutex permissionMutex_;
+  std::optional<std::string> machineOverride_;
+  Applications applications_{*this};
+  Input input_;
+  std::vector<std::function<void()>> observers_;
+};
+
+/// One plain line of the platform's own on standard error: "tellvane-platform: could not write …". Any thread.
+void deviceLog(const std::string& line);
+
+}  // namespace ios

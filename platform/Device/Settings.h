@@ -1,0 +1,24 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ios {
+
+/// The user's answer to an application's wish for something guarded; values as the platform numbers them.
+enum class Permission : int { notDetermined = 0, restricted = 1, denied = 2, authorized = 3 };
+
+/// What the owner of the device has set; kept in Settings.plist.
+struct DeviceSettings {
+  std::vector<std::string> languages = {"en-US"};
+  std::string osVersion = "10.3.1";
+  std::string profile = "iPhone 6";
+  /// Device orientation: 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5 face up, 6 face down.
+  int orientation = 1;
+  /// By bundle identifier, then by service: "microphone", "photos".
+  std::map<std::string, std::map<std::string, Permission>> permissions;
+  bool operator==(const DeviceSettings&) const = default;
+};
+
+}  // namespace ios

@@ -1,0 +1,74 @@
+#include "Dispatch/Semaphore.h"
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+
+#include "DeviceClock/Clock.h"
+#include "Dispatch/WorkerPool.h"
+#include "ObjectiveC/Programming.h"
+
+namespace ios {
+
+class DispatchSemaphore {
+ public:
+  explicit DispatchSemaphore(long count) : count_(count) {}
+
+  bool wait(dispatch_time_t timeout) {
+    auto parking = std::make_shared<Clock::Parking>();
+    {
+      std::lock_guard lock(mutex_);
+      if (count_ > 0) {
+        --count_;
+        return true;
+      }
+      if (timeout == DISPATCH_TIME_NOW) return false;
+      waiters_.push_back(parking);
+    }
+    std::optional<Clock::Instant> deadline;
+    if (timeout != DISPATCH_TIME_FOREVER) deadline = Clock::Instant(Clock::Duration(static_cast<std::int64_t>(timeout)));
+    WorkerPool::currentThreadBlocks();
+    const bool woken = Clock::shared().park(parking, deadline);
+    WorkerPool::currentThreadResumes();
+    if (woken) return true;
+    // A signal may have chosen this waiter after its time was up; then the count was handed over and is ours.
+    std::lock_guard lock(mutex_);
+    auto still = std::find(waiters_.begin(), waiters_.end(), parking);
+    if (still == waiters_.end()) return true;
+    waiters_.erase(still);
+    return false;
+  }
+
+  bool signal() {
+    std::shared_ptr<Clock::Parking> first;
+    {
+      std::lock_guard lock(mutex_);
+      if (waiters_.empty()) {
+        ++count_;
+        return false;
+      }
+      first = waiters_.front();
+      waiters_.pop_front();
+    }
+    Clock::shared().unpark(*first);
+    return true;
+  }
+
+ private:
+  std::mutex mutex_;
+  long count_;
+  std::deque<std::shared_ptr<Clock::Parking>> waiters_;
+};
+
+dispatch_semaphore_t dispatch_semaphore_create(long count) {
+  if (count < 0) programmingError("a semaphore starts with 0 or more");
+  return std::make_shared<DispatchSemaphore>(count);
+}
+
+long dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, dispatch_time_t timeout) {
+  return semaphore->wait(timeout) ? 0 : 1;
+}
+
+long dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) { return semaphore->signal() ? 1 : 0; }
+
+}  // namespace ios

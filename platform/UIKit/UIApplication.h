@@ -1,0 +1,107 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Foundation/NSURL.h"
+#include "UIKit/UIImage.h"
+#include "UIKit/UIResponder.h"
+#include "UIKit/UIWindow.h"
+
+namespace ios {
+
+enum class UIApplicationState : long { active = 0, inactive = 1, background = 2 };
+
+inline const std::string UIApplicationDidBecomeActiveNotification = "UIApplicationDidBecomeActiveNotification";
+inline const std::string UIApplicationWillResignActiveNotification = "UIApplicationWillResignActiveNotification";
+inline const std::string UIApplicationDidEnterBackgroundNotification = "UIApplicationDidEnterBackgroundNotification";
+inline const std::string UIApplicationWillEnterForegroundNotification = "UIApplicationWillEnterForegroundNotification";
+inline const std::string UIApplicationWillTerminateNotification = "UIApplicationWillTerminateNotification";
+/// The URL of the application's page in the system settings.
+inline const std::string UIApplicationOpenSettingsURLString = "app-settings:";
+
+/// What the host application is told about its own life; all optional.
+class UIApplicationDelegate : public NSObject {
+ public:
+  virtual bool applicationDidFinishLaunching(class UIApplication& application) { (void)application; return true; }
+  virtual void applicationDidBecomeActive(class UIApplication& application) { (void)application; }
+  virtual void applicationWillResignActive(class UIApplication& application) { (void)application; }
+  virtual void applicationDidEnterBackground(class UIApplication& application) { (void)application; }
+  virtual void applicationWillEnterForeground(class UIApplication& application) { (void)application; }
+  virtual void applicationWillTerminate(class UIApplication& application) { (void)application; }
+  /// The application was opened with a URL.
+  virtual bool applicationOpenURL(class UIApplication& application, const NSURL& url) {
+    (void)application;
+    (void)url;
+    return false;
+  }
+};
+
+/// The application: its windows, its state, what it opens. One a process. Main thread.
+class UIApplication : public Subclass<UIApplication, UIResponder> {
+ public:
+  static MethodList methods();
+  /// Made on first use.
+  static const std::shared_ptr<UIApplication>& sharedApplication();
+
+  std::shared_ptr<UIWindow> keyWindow() const { return keyWindow_.lock(); }
+  /// The visible windows, from back to front.
+  std::vector<std::shared_ptr<UIWindow>> windows() const;
+  /// Any thread.
+  UIApplicationState applicationState() const { return state_; }
+  const std::shared_ptr<UIApplicationDelegate>& delegate() const { return delegate_; }
+
+  /// Whether an application on the device claims the URL's scheme, or the system itself opens it (http, https, the
+  /// settings page).
+  bool canOpenURL(const NSURL& url) const;
+  /// Opens the URL in whatever claims it: this application becomes inactive, then goes to the background, with the
+  /// platform's notifications, and the other is launched as a process of its own. False, and nothing changes, when
+  /// nobody does. Returns before the other has run.
+  bool openURL(const NSURL& url);
+
+  /// Whether touches are ignored for now; counted.
+  void beginIgnoringInteractionEvents() { ++ignoringInteraction_; }
+  void endIgnoringInteractionEvents() { --ignoringInteraction_; }
+
+  virtual void sendEvent(const std::shared_ptr<UIEvent>& event);
+
+  // What the device does to the application; the driver, tests and the platform call these.
+
+  /// Calls the delegate's start, then makes the application active.
+  void launch(std::shared_ptr<UIApplicationDelegate> delegate);
+  /// To the background: inactive first, then background. `front` says what the display shows instead.
+  void moveToBackground(const std::string& front);
+  void moveToForeground();
+  /// A system prompt covers the application, or has gone: inactive, active again.
+  void setCovered(bool covered);
+  void terminate();
+  /// What is in front: this application's bundle identifier, another's, a page's URL, or "home".
+  const std::string& front() const { return front_; }
+  /// The picture on the display while this application is in front: its windows, the status bar.
+  std::shared_ptr<UIImage> displayImage();
+
+ private:
+  friend class UIWindow;
+  friend class UIView;
+  void receiveTouches(const std::vector<struct TouchSample>& samples);
+  void receiveShake();
+  void setState(UIApplicationState state);
+
+  std::shared_ptr<UIApplicationDelegate> delegate_;
+  std::vector<std::weak_ptr<UIWindow>> windows_;
+  std::weak_ptr<UIWindow> keyWindow_;
+  std::atomic<UIApplicationState> state_ = UIApplicationState::inactive;
+  int ignoringInteraction_ = 0;
+  std::string front_;
+  std::vector<std::pair<std::int64_t, std::shared_ptr<UITouch>>> fingers_;
+};
+
+/// Runs the process as an application: starts it with `delegate`, then the main loop, until it is told to end.
+/// Never returns before that; the result is the process's exit status.
+int UIApplicationMain(int argc, char** argv, std::shared_ptr<UIApplicationDelegate> delegate);
+
+}  // namespace ios

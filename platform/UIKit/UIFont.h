@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "CoreGraphics/Text.h"
+#include "ObjectiveC/NSObject.h"
+
+namespace ios {
+
+class UIFont : public NSObject {
+ public:
+  explicit UIFont(FontDescription description) : description_(std::move(description)) {}
+  /// Empty when the system has no font of that name.
+  static std::shared_ptr<UIFont> fontWithNameSize(const std::string& name, CGFloat size);
+  static std::shared_ptr<UIFont> systemFontOfSize(CGFloat size, int weight = 400);
+  static std::shared_ptr<UIFont> boldSystemFontOfSize(CGFloat size) { return systemFontOfSize(size, 600); }
+  CGFloat pointSize() const { return description_.size; }
+  const FontDescription& description() const { return description_; }
+
+ private:
+  FontDescription description_;
+};
+
+}  // namespace ios

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "UIKit/UIEvent.h"
+#include "UIKit/UIResponder.h"
+
+namespace ios {
+
+class UIView;
+
+enum class UIGestureRecognizerState : long { possible, began, changed, ended, cancelled, failed };
+
+/// Watches the touches of a view and its subviews for a gesture and calls its targets when it is made. Targets are
+/// not kept alive. Of several recognisers that fit, the one of the deeper view, then the one added last, wins; the
+/// others fail, as the platform's default rules have it. Main thread.
+class UIGestureRecognizer : public Subclass<UIGestureRecognizer, NSObject> {
+ public:
+  UIGestureRecognizer(const id& target, Selector action);
+  static MethodList methods() { return {}; }
+  void addTarget(const id& target, Selector action);
+  std::shared_ptr<UIView> view() const { return view_.lock(); }
+  UIGestureRecognizerState state() const { return state_; }
+  bool isEnabled() const { return enabled_; }
+  void setEnabled(bool enabled);
+  /// Recognition takes the touches away from the view (it gets `touchesCancelled`).
+  bool cancelsTouchesInView() const { return cancelsTouchesInView_; }
+  void setCancelsTouchesInView(bool cancels) { cancelsTouchesInView_ = cancels; }
+  virtual CGPoint locationInView(const UIView* view) const = 0;
+
+ protected:
+  // For subclasses: called with the touches that changed; they answer by setting the state.
+  virtual void touchesBegan(const UITouches& touches, const std::shared_ptr<UIEvent>& event) = 0;
+  virtual void touchesMoved(const UITouches& touches, const std::shared_ptr<UIEvent>& event) = 0;
+  virtual void touchesEnded(const UITouches& touches, const std::shared_ptr<UIEvent>& event) = 0;
+  virtual void touchesCancelled(const UITouches& touches, const std::shared_ptr<UIEvent>& event);
+  /// Back to the start, after the gesture was made or has failed.
+  virtual void reset() {}
+  void setState(UIGestureRecognizerState state);
+
+ private:
+  friend class UIView;
+  friend class UIWindow;
+  friend class GestureArbiter;
+  struct TargetAction {
+    std::weak_ptr<NSObject> target;
+    Action action;
+  };
+  std::weak_ptr<UIView> view_;
+  std::vector<TargetAction> targets_;
+  UIGestureRecognizerState state_ = UIGestureRecognizerState::possible;
+  bool enabled_ = true;
+  bool cancelsTouchesInView_ = true;
+};
+
+/// Taps: so many in a row, each with so many fingers.
+class UITapGestureRecognizer : public Subclass<UITapGestureRecognizer, UIGestureRecognizer> {
+ public:
+  using Subclass::Subclass;
+  ~UITapGestureRecognizer() override;
+  static MethodList methods() { return {}; }
+  unsigned long numberOfTapsRequired() const { return taps_; }
+  void setNumberOfTapsRequired(unsigned long taps) { taps_ = taps; }
+  unsigned long numberOfTouchesRequired() const { return touches_; }
+  void setNumberOfTouchesRequired(unsigned long touches) { touches_ = touches; }
+  CGPoint locationInView(const UIView* view) const override;
+
+ protected:
+  void touchesBegan(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
+  void touchesMoved(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
+  void touchesEnded(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
+  void reset() override;
+
+ private:
+  struct Progress;
+  unsigned long taps_ = 1, touches_ = 1;
+  std::shared_ptr<Progress> progress_;
+};
+
+}  // namespace ios

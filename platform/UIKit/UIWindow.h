@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+
+#include "UIKit/UIView.h"
+
+namespace ios {
+
+class BackingStore;
+
+/// A window: the root of a view tree. It keeps its rendering, which the display, the still image and recorders
+/// share; drawing a window in which nothing changed is one copy. The application holds windows weakly: a window
+/// shows as long as its owner holds it.
+class UIWindow : public Subclass<UIWindow, UIView> {
+ public:
+  explicit UIWindow(CGRect frame);
+  ~UIWindow() override;
+  static MethodList methods();
+
+  const std::shared_ptr<UIViewController>& rootViewController() const { return root_; }
+  void setRootViewController(std::shared_ptr<UIViewController> controller);
+  /// Shows the window, in front of those of its level, and makes it the application's key window.
+  void makeKeyAndVisible();
+  bool isKeyWindow() const;
+  /// Windows of a higher level are in front.
+  CGFloat windowLevel() const { return level_; }
+  void setWindowLevel(CGFloat level);
+
+  std::shared_ptr<UIWindow> window() const override;
+  std::shared_ptr<UIResponder> nextResponder() override;
+  /// Delivers an event to recognisers and views.
+  virtual void sendEvent(const std::shared_ptr<UIEvent>& event);
+
+ private:
+  friend class UIView;
+  friend class UIApplication;
+  friend class ViewRenderer;
+  void markDirty();
+
+  std::shared_ptr<UIViewController> root_;
+  CGFloat level_ = 0;
+  std::unique_ptr<BackingStore> backing_;
+};
+
+}  // namespace ios
