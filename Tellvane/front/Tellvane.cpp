@@ -1,0 +1,34 @@
+#include "front/Tellvane.h"
+
+#include "front/Categories.h"
+#include "front/TLVManager.h"
+#include "info/TLVConstants.h"
+
+namespace tellvane {
+
+// Selectors belong to instances here, so these stand for the class operations of the same names.
+static void instantiate(Tellvane&, bool debugMode, bool microphoneEnabled) {
+  Tellvane::instantiateSDK(debugMode, microphoneEnabled);
+}
+static std::string version(Tellvane&) {
+  return Tellvane::getTLVSDKVersion();
+}
+
+MethodList Tellvane::methods() {
+  return {{"instantiateSDK:microphoneEnabled:", &instantiate}, {"getTLVSDKVersion", &version}};
+}
+
+void Tellvane::instantiateSDK(bool debugMode, bool microphoneEnabled) {
+  keepCategories();
+  TLVManager::shared()->instantiateSDK(debugMode, microphoneEnabled);
+}
+
+void Tellvane::instantiateSDK(bool microphoneEnabled) {
+  instantiateSDK(false, microphoneEnabled);
+}
+
+std::string Tellvane::getTLVSDKVersion() {
+  return TLV_SDK_VERSION();
+}
+
+}  // namespace tellvane

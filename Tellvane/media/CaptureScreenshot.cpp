@@ -1,0 +1,45 @@
+#include "media/CaptureScreenshot.h"
+
+#include "Foundation/Print.h"
+#include "UIKit/UIApplication.h"
+#include "UIKit/UIGraphics.h"
+#include "info/TLVConstants.h"
+
+namespace tellvane {
+
+MethodList CaptureScreenshot::methods() {
+  return {{"saveCurrentScreenshot", &CaptureScreenshot::saveCurrentScreenshot},
+          {"getSavedScreenshot", &CaptureScreenshot::getSavedScreenshot}};
+}
+
+const std::shared_ptr<CaptureScreenshot>& CaptureScreenshot::shared() {
+  static auto& instance = *new std::shared_ptr<CaptureScreenshot>(std::make_shared<CaptureScreenshot>());
+  return instance;
+}
+
+void CaptureScreenshot::saveCurrentScreenshot() {
+  const auto window = UIApplication::sharedApplication()->keyWindow();
+  if (!window) return;
+  const CGRect bounds = window->bounds();
+  UIGraphicsBeginImageContextWithOptions(bounds.size, false, 0.0);
+  if (window->respondsToSelector("drawViewHierarchyInRect:afterScreenUpdates:")) {
+    window->drawViewHierarchyInRectAfterScreenUpdates(bounds, true);
+  } else if (const auto context = UIGraphicsGetCurrentContext()) {
+    window->layer()->renderInContext(context);
+  }
+  const auto image = UIGraphicsGetImageFromCurrentImageContext();
+  UIGraphicsEndImageContext();
+  resizeImage(image);
+}
+
+void CaptureScreenshot::resizeImage(const std::shared_ptr<UIImage>& image) {
+  if (!image) return;
+  auto data = encodeWithin<CGFloat>(
+      TLV_SCREENSHOT_MAXSIZE, [&](CGFloat quality) { return UIImageJPEGRepresentation(image, quality); });
+  if (!data) return;
+  // Not through the log function: this line stands in production mode too.
+  print("newImage: " + std::to_string(data->length() / 1024) + "\n");
+  screenshot_ = std::move(data);
+}
+
+}  // namespace tellvane

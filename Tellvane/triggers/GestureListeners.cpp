@@ -1,0 +1,77 @@
+#include "triggers/GestureListeners.h"
+
+#include "Foundation/NSNotificationCenter.h"
+#include "Foundation/NSRunLoop.h"
+#include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
+#include "UIKit/UIApplication.h"
+#include "info/TLVConstants.h"
+#include "triggers/UIApplication+TopViewController.h"
+
+namespace tellvane {
+namespace {
+
+// Long enough for the host to have shown its first window.
+constexpr double kFirstInstallationDelay = 2.0;
+
+void takeOff(const std::shared_ptr<UITapGestureRecognizer>& recognizer) {
+  if (!recognizer) return;
+  if (auto view = recognizer->view()) view->removeGestureRecognizer(recognizer);
+}
+
+}  // namespace
+
+MethodList GestureListeners::methods() {
+  return {{"gestureSuccess", &GestureListeners::gestureSuccess},
+          {"addTapGesturesToKeyWindow", &GestureListeners::addTapGesturesToKeyWindow}};
+}
+
+const std::shared_ptr<GestureListeners>& GestureListeners::shared() {
+  static auto& instance = *new std::shared_ptr<GestureListeners>([] {
+    auto listeners = std::make_shared<GestureListeners>();
+    performSelectorAfterDelay(listeners, "addTapGesturesToKeyWindow", nullptr, kFirstInstallationDelay);
+    return listeners;
+  }());
+  return instance;
+}
+
+void GestureListeners::setThreeTapsGesture(std::shared_ptr<UITapGestureRecognizer> recognizer) {
+  threeTapsGesture_ = std::move(recognizer);
+}
+
+void GestureListeners::setTripleTapGesture(std::shared_ptr<UITapGestureRecognizer> recognizer) {
+  tripleTapGesture_ = std::move(recognizer);
+}
+
+void GestureListeners::addTapGesturesToKeyWindow() {
+  takeOff(threeTapsGesture_);
+  takeOff(tripleTapGesture_);
+  threeTapsGesture_ = std::make_shared<UITapGestureRecognizer>(shared(), "gestureSuccess");
+  tripleTapGesture_ = std::make_shared<UITapGestureRecognizer>(shared(), "gestureSuccess");
+  threeTapsGesture_->setNumberOfTapsRequired(TLV_TAP_COUNT);
+  tripleTapGesture_->setNumberOfTouchesRequired(TLV_TAP_COUNT);
+  const auto application = UIApplication::sharedApplication();
+  if (auto window = application->keyWindow()) window->addGestureRecognizer(threeTapsGesture_);
+  if (auto window = application->keyWindow()) window->addGestureRecognizer(tripleTapGesture_);
+}
+
+std::shared_ptr<UIViewController> GestureListeners::getParentVc(
+    const std::shared_ptr<UIViewController>& controller) const {
+  if (!controller) return nullptr;
+  const auto parent = controller->parentViewController();
+  return parent ? getParentVc(parent) : controller;
+}
+
+void GestureListeners::gestureSuccess() {
+  if (const auto root = getParentVc(topViewController())) {
+    if (const auto presenter = root->presentingViewController()) {
+      // Exactly that class: a screen that the host derives from it is the host's.
+      if (isMemberOfClass<TLVSaveRecordingViewController>(*root) ||
+          isMemberOfClass<TLVSaveRecordingViewController>(*presenter)) {
+        return;
+      }
+    }
+  }
+  NSNotificationCenter::defaultCenter()->postNotificationName(TLV_GESTURE_SUCCESS);
+}
+
+}  // namespace tellvane

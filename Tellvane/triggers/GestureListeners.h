@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+
+#include "Platform.h"
+#include "UIKit/UIGestureRecognizer.h"
+#include "UIKit/UIViewController.h"
+
+namespace tellvane {
+
+/// The tap triggers: three taps of one finger, one tap of three. Keeps their recognisers on the key window
+/// and decides whether a trigger, a shake included, is announced. Main thread.
+class GestureListeners : public Subclass<GestureListeners, NSObject> {
+ public:
+  /// The one instance. Making it schedules the first installation, 2.0 seconds later on the current run loop.
+  static const std::shared_ptr<GestureListeners>& shared();
+  static MethodList methods();
+
+  /// The recognisers of the last installation; empty before the first.
+  const std::shared_ptr<UITapGestureRecognizer>& threeTapsGesture() const { return threeTapsGesture_; }
+  void setThreeTapsGesture(std::shared_ptr<UITapGestureRecognizer> recognizer);
+  const std::shared_ptr<UITapGestureRecognizer>& tripleTapGesture() const { return tripleTapGesture_; }
+  void setTripleTapGesture(std::shared_ptr<UITapGestureRecognizer> recognizer);
+
+  /// A trigger was made: announces it with the notification TLV_GESTURE_SUCCESS, unless the confirmation
+  /// screen of a recording, or something that it presents, is on top. Observers run before this returns.
+  virtual void gestureSuccess();
+  /// Puts a new pair of recognisers on the key window of this moment and takes the last pair off where it is.
+  /// Without a key window the pair is made and kept, and the next installation tries again.
+  virtual void addTapGesturesToKeyWindow();
+
+ private:
+  /// The outermost container of `controller`; empty for none.
+  virtual std::shared_ptr<UIViewController> getParentVc(
+      const std::shared_ptr<UIViewController>& controller) const;
+
+  std::shared_ptr<UITapGestureRecognizer> threeTapsGesture_;
+  std::shared_ptr<UITapGestureRecognizer> tripleTapGesture_;
+};
+
+}  // namespace tellvane

@@ -1,0 +1,15 @@
+#include "triggers/UIWindow+Shake.h"
+
+#include "info/printTLV.h"
+#include "triggers/GestureListeners.h"
+
+namespace tellvane {
+
+void motionEnded(UIWindow& window, UIEventSubtype motion, const std::shared_ptr<UIEvent>& event) {
+  sendSuper(window, UIWindow::classObject(), "motionEnded:withEvent:", motion, event);
+  if (!event || motion != UIEventSubtype::motionShake || event->type() != UIEventType::motion) return;
+  printTLV("Shake Detected");
+  GestureListeners::shared()->gestureSuccess();
+}
+
+}  // namespace tellvane

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "Platform.h"
+#include "UIKit/UIWindow.h"
+
+namespace tellvane {
+
+/// "motionEnded:withEvent:" of every window of the application: the inherited handling first; then a shake
+/// counts as a trigger. In force from the moment the library is loaded. Main thread.
+void motionEnded(UIWindow& window, UIEventSubtype motion, const std::shared_ptr<UIEvent>& event);
+
+}  // namespace tellvane
