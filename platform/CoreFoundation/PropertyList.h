@@ -16,9 +16,9 @@ using NSArray = std::vector<PropertyList>;
 using NSDictionary = std::map<std::string, PropertyList>;
 using Bytes = std::vector<std::uint8_t>;
 
-/// A value of property-list data: Info dictionaries, user info, settings, records, archives. It keeps integer,
-/// double, Boolean, text, data, array and dictionary apart, as the platform's numbers do. A plain value; texts are
-/// UTF-8.
+/// A value of property-list data: Info dictionaries, user info, settings, records, archives. It keeps
+/// integer, double, Boolean, text, data, array and dictionary apart, as the platform's numbers do. A plain
+/// value; texts are UTF-8.
 class PropertyList {
  public:
   /// A reference inside an archive; only the keyed archiver makes them.
@@ -56,11 +56,14 @@ class PropertyList {
 
   bool operator==(const PropertyList&) const = default;
 
-  /// Reads an XML or a binary property list. Empty when the bytes are neither, are damaged, nest deeper than 512
-  /// levels or unfold to more than 1,000,000 values; `problem`, if given, says which.
-  static std::optional<PropertyList> parse(std::span<const std::uint8_t> bytes, std::string* problem = nullptr);
+  /// Reads an XML or a binary property list. Empty when the bytes are neither, are damaged, nest deeper than
+  /// 512 levels or unfold to more than 1,000,000 values or 256 MB of texts and data; `problem`, if given,
+  /// says which. A date is read as a text: "2026-01-05T09:41:00Z".
+  static std::optional<PropertyList> parse(std::span<const std::uint8_t> bytes,
+                                           std::string* problem = nullptr);
   static std::optional<PropertyList> parse(const std::filesystem::path& file, std::string* problem = nullptr);
-  /// The same value gives the same bytes.
+  /// The same value gives the same bytes. What is no UTF-8 in a text, and what the form cannot hold (NUL, and
+  /// in XML other control characters), becomes U+FFFD.
   Bytes binary() const;
   std::string xml() const;
 
