@@ -10,6 +10,8 @@ struct CGColor {
 
 /// The device's RGB colour space, the only one there is.
 struct CGColorSpace {};
-inline CGColorSpace CGColorSpaceCreateDeviceRGB() { return {}; }
+inline CGColorSpace CGColorSpaceCreateDeviceRGB() {
+  return {};
+}
 
 }  // namespace ios

@@ -12,8 +12,10 @@
 
 namespace ios {
 
-/// A drawing context. Used by one thread at a time. Coordinates are as the bitmap's owner set them up: a fresh
-/// bitmap context has its origin at the bottom left and y upwards, as on the platform; UIKit's are flipped.
+/// A drawing context. Used by one thread at a time. Coordinates are as the bitmap's owner set them up: a
+/// fresh bitmap context has its origin at the bottom left and y upwards, as on the platform; UIKit's are
+/// flipped. Every operation on an empty reference does nothing; so does drawing while the transform has no
+/// inverse.
 class CGContext;
 using CGContextRef = std::shared_ptr<CGContext>;
 
@@ -23,10 +25,11 @@ enum : std::uint32_t {
 };
 
 /// A context that draws into memory of the caller's, which must outlive it: 32-bit BGRA, premultiplied
-/// (`bitmapInfo` 0x2002), 8 bits a component, `bytesPerRow` a multiple of 4 and at least 4 × `width`. Empty for any
-/// other layout, for no memory and for an empty size. The pixels are left as they are.
-CGContextRef CGBitmapContextCreate(void* data, std::size_t width, std::size_t height, std::size_t bitsPerComponent,
-                                   std::size_t bytesPerRow, const CGColorSpace& space, std::uint32_t bitmapInfo);
+/// (`bitmapInfo` 0x2002), 8 bits a component, `bytesPerRow` a multiple of 4 and at least 4 × `width`. Empty
+/// for any other layout, for no memory and for an empty size. The pixels are left as they are.
+CGContextRef CGBitmapContextCreate(void* data, std::size_t width, std::size_t height,
+                                   std::size_t bitsPerComponent, std::size_t bytesPerRow,
+                                   const CGColorSpace& space, std::uint32_t bitmapInfo);
 std::size_t CGBitmapContextGetWidth(const CGContextRef& context);
 std::size_t CGBitmapContextGetHeight(const CGContextRef& context);
 
@@ -54,8 +57,8 @@ void CGContextClip(const CGContextRef& context);
 /// Fills `rect` from top to bottom, from `top` to `bottom`.
 void CGContextDrawVerticalGradient(const CGContextRef& context, const CGRect& rect, const CGColor& top,
                                    const CGColor& bottom);
-/// The image, upright in a context whose y goes downwards, stretched to `rect`. Where one pixel of the image meets
-/// exactly one of the bitmap, it is a copy of rows.
+/// The image, upright in a context whose y goes downwards, stretched to `rect`. Where one pixel of an opaque
+/// image meets exactly one of the bitmap, it is a copy of rows.
 void CGContextDrawImage(const CGContextRef& context, const CGRect& rect, const CGImageRef& image);
 
 }  // namespace ios

@@ -30,9 +30,15 @@ struct CGRect {
   CGFloat height() const { return size.height; }
 };
 
-inline CGPoint CGPointMake(CGFloat x, CGFloat y) { return {x, y}; }
-inline CGSize CGSizeMake(CGFloat width, CGFloat height) { return {width, height}; }
-inline CGRect CGRectMake(CGFloat x, CGFloat y, CGFloat width, CGFloat height) { return {{x, y}, {width, height}}; }
+inline CGPoint CGPointMake(CGFloat x, CGFloat y) {
+  return {x, y};
+}
+inline CGSize CGSizeMake(CGFloat width, CGFloat height) {
+  return {width, height};
+}
+inline CGRect CGRectMake(CGFloat x, CGFloat y, CGFloat width, CGFloat height) {
+  return {{x, y}, {width, height}};
+}
 inline const CGRect CGRectZero{};
 
 /// Right and bottom edges are outside, as on the platform.
@@ -40,9 +46,12 @@ inline bool CGRectContainsPoint(const CGRect& r, CGPoint p) {
   return p.x >= r.minX() && p.x < r.maxX() && p.y >= r.minY() && p.y < r.maxY();
 }
 bool CGRectIsEmpty(const CGRect& r);
+/// Whether they share an area; touching edges are none.
 bool CGRectIntersectsRect(const CGRect& a, const CGRect& b);
+/// What they share; the zero rectangle if that is nothing.
 CGRect CGRectIntersection(const CGRect& a, const CGRect& b);
-/// Smaller by `dx` at the left and the right and by `dy` at the top and the bottom.
+/// Smaller by `dx` at the left and the right and by `dy` at the top and the bottom; the zero rectangle if
+/// nothing is left.
 CGRect CGRectInset(const CGRect& r, CGFloat dx, CGFloat dy);
 CGRect CGRectOffset(const CGRect& r, CGFloat dx, CGFloat dy);
 

@@ -8,8 +8,9 @@
 
 namespace ios {
 
-/// The face, weight and size (points) of text. Families resolve as the platform has them, through the machine's
-/// fonts: "HelveticaNeue" and "HelveticaNeue-Medium" to a metric-compatible face, the system font to a like one.
+/// The face, weight and size (points) of text. Families resolve as the platform has them, through the
+/// machine's fonts: "HelveticaNeue" and "HelveticaNeue-Medium" to a metric-compatible face, the system font
+/// to a like one.
 struct FontDescription {
   std::string family;
   int weight = 400;
@@ -25,8 +26,8 @@ struct TextRun {
 
 enum class TextAlignment { left, center, right, justified, natural };
 
-/// Text laid out in lines, ready to be measured and drawn. Right-to-left paragraphs are found from the text itself.
-/// Used on one thread at a time.
+/// Text laid out in lines, ready to be measured and drawn. Right-to-left paragraphs are found from the text
+/// itself. Used on one thread at a time.
 class TextLayout {
  public:
   /// `width` 0 or less: unlimited. `maximumLines` 0: unlimited; text that does not fit ends in "…".
