@@ -8,11 +8,14 @@
 
 namespace ios {
 
+/// The family of the interface's own texts.
+inline constexpr const char* kSystemFontFamily = "System";
+
 /// The face, weight and size (points) of text. Families resolve as the platform has them, through the
 /// machine's fonts: "HelveticaNeue" and "HelveticaNeue-Medium" to a metric-compatible face, the system font
 /// to a like one.
 struct FontDescription {
-  std::string family;
+  std::string family = kSystemFontFamily;
   int weight = 400;
   double size = 17;
   bool operator==(const FontDescription&) const = default;
@@ -51,5 +54,9 @@ class TextLayout {
 
 /// Whether the machine has a font for the platform's font name ("HelveticaNeue-Medium").
 bool fontNamed(const std::string& name, double size, FontDescription& description);
+
+/// The language (a tag, "zh-Hans") whose forms of characters are preferred where languages share characters
+/// but write them differently. For layouts made from now on. Any thread.
+void setTextLanguage(const std::string& tag);
 
 }  // namespace ios
