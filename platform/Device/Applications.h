@@ -13,17 +13,24 @@ namespace ios {
 
 class Device;
 
-/// An application on the device: a folder Applications/<bundle id>/ with an Info.plist that names its executable.
+/// An application on the device: a folder Applications/<bundle id>/ with an Info.plist that names its
+/// executable.
 struct InstalledApplication {
   std::string bundleIdentifier;
   std::filesystem::path bundle;
   NSDictionary info;
+  /// Empty when Info.plist names none inside the bundle.
   std::filesystem::path executable() const;
   bool claims(const std::string& scheme) const;  // ignoring case
 };
 
-/// How a launched process ended up, once it is idle (it has exited, or said that it is ready).
+/// Whether `identifier` can name an application: letters, digits, ".", "-" and "_", and no "." first, so that
+/// it is safe as a folder's name.
+bool isBundleIdentifier(const std::string& identifier);
+
+/// How a launched process ended up, once it has exited.
 struct LaunchResult {
+  /// False when there is no process: `problem` says why.
   bool started = false;
   /// Exit status, or 128 + the signal that ended it.
   int status = 0;
@@ -35,22 +42,27 @@ class Applications {
  public:
   explicit Applications(Device& device) : device_(device) {}
 
-  /// Copies a bundle folder in, replacing an earlier one of that identifier.
+  /// Copies a bundle folder in, replacing an earlier one of that identifier, which stays until the copy is
+  /// whole.
   [[nodiscard]] std::optional<FileError> install(const std::filesystem::path& bundle);
   /// Removes the bundle; its container stays. No such application: nothing happens.
   [[nodiscard]] std::optional<FileError> uninstall(const std::string& bundleIdentifier);
+  /// By identifier. A folder without an Info.plist that names its identifier is left out, with a line on
+  /// standard error.
   std::vector<InstalledApplication> all() const;
   std::optional<InstalledApplication> withIdentifier(const std::string& bundleIdentifier) const;
   /// The first by identifier that claims the URL's scheme.
   std::optional<InstalledApplication> forScheme(const std::string& scheme) const;
 
-  /// Starts the application's executable as a process of its own, told to open `url`, in the environment described
-  /// in Device.h. Returns at once; `finished` is called on the main queue when the process has ended. Virtual time
-  /// stands still until then.
+  /// Starts the application's executable as a process of its own, told to open `url`, in the environment
+  /// described in Device.h. Returns at once; `finished` is called on the main queue when the process has
+  /// ended. Virtual time stands still until then; a process that has not ended within 30 real seconds is
+  /// killed. Its standard input is empty, and both its outputs go to this process's standard error.
   void launch(const InstalledApplication& application, const std::string& url,
               std::function<void(const LaunchResult&)> finished);
 
  private:
+  std::filesystem::path folder() const;
   Device& device_;
 };
 

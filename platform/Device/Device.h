@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,7 +17,8 @@
 
 namespace ios {
 
-/// The device this process runs on. One folder is the device; it survives restarts, and a person can look into it:
+/// The device this process runs on. One folder is the device; it survives restarts, and a person can look
+/// into it:
 ///
 ///     Applications/<bundle id>/      Info.plist, the executable, resources
 ///     Containers/<bundle id>/        the application's home: Documents/, tmp/
@@ -31,13 +33,14 @@ namespace ios {
 ///     IOS_OPEN_URL      the URL the application was launched to open
 ///     IOS_CONTROL       number of an open stream descriptor over which a driver steers the application
 ///
-/// Used on the main thread, except where a member says otherwise.
+/// Used on the main thread, except where a member says otherwise. A disk that refuses never ends the process:
+/// a line on standard error says so.
 class Device {
  public:
   struct Options {
     std::filesystem::path root;
-    std::filesystem::path mainBundle;      // empty: the folder of the executable
-    std::string bundleIdentifier;          // empty: read from the main bundle's Info.plist, else "unbundled"
+    std::filesystem::path mainBundle;  // empty: the folder of the executable
+    std::string bundleIdentifier;      // empty: read from the main bundle's Info.plist, else "unbundled"
     std::optional<DeviceSettings> settings;  // written to Settings.plist; without it that file is read
   };
 
@@ -49,25 +52,28 @@ class Device {
   const std::filesystem::path& root() const { return root_; }
   const std::filesystem::path& mainBundle() const { return mainBundle_; }
   const std::string& bundleIdentifier() const { return bundleIdentifier_; }
-  /// Home folder of this process's application; made when first asked for.
+  /// Home folder of this process's application; made when first asked for. Any thread.
   std::filesystem::path home() const;
   std::filesystem::path pasteboardFile() const { return root_ / "Pasteboard" / "general.plist"; }
 
   const DeviceSettings& settings() const { return settings_; }
-  /// Changes settings, and writes them down; a disk that refuses leaves them changed for this process, with a line
-  /// on standard error.
+  /// Changes settings, and writes them down; a disk that refuses leaves them changed for this process, with a
+  /// line on standard error. What another process wrote meanwhile is read first.
   void changeSettings(const std::function<void(DeviceSettings&)>& change);
-  /// Reads Settings.plist again, after another process changed it.
+  /// Reads Settings.plist again, after another process changed it. One that is damaged is set aside as
+  /// Settings.plist.damaged.
   void reloadSettings();
+  /// The user's languages, most preferred first. Any thread.
+  std::vector<std::string> languages() const;
   Permission permission(const std::string& service) const;  // this process's application; any thread
   void setPermission(const std::string& service, Permission answer);
 
-  const ScreenProfile& profile() const;
+  const ScreenProfile& profile() const;  // any thread
   /// The screen in points, as the device is held: sides swapped in landscape.
   CGSize screenSize() const;
   /// The hardware code that `uname` answers; tests may set another.
-  std::string machine() const { return machineOverride_ ? *machineOverride_ : profile().machine; }
-  void setMachine(std::string machine) { machineOverride_ = std::move(machine); }
+  std::string machine() const;  // any thread
+  void setMachine(std::string machine);
 
   Applications& applications() { return applications_; }
   Input& input() { return input_; }
@@ -77,17 +83,30 @@ class Device {
 
  private:
   explicit Device(Options options);
+  Device(const Device&) = delete;
+  std::filesystem::path settingsFile() const { return root_ / "Settings.plist"; }
+  /// What the file says; empty when there is none, or it is damaged and was set aside.
+  std::optional<DeviceSettings> readSettings() const;
+  void writeSettings();
+  void replaceSettings(DeviceSettings settings);
+  void tellObservers();
+
   std::filesystem::path root_, mainBundle_;
   std::string bundleIdentifier_;
+  /// Guards what any thread may read: settings_ (written on the main thread), machineOverride_, the home's
+  /// state.
+  mutable std::mutex mutex_;
   DeviceSettings settings_;
-  mutable std::mutex permissionMutex_;
+  bool unsaved_ = false;  // settings_ has what the disk refused
   std::optional<std::string> machineOverride_;
+  mutable bool homeMade_ = false, homeRefused_ = false;
   Applications applications_{*this};
   Input input_;
   std::vector<std::function<void()>> observers_;
 };
 
-/// One plain line of the platform's own on standard error: "tellvane-platform: could not write …". Any thread.
+/// One plain line of the platform's own on standard error: "tellvane-platform: could not write …". Any
+/// thread.
 void deviceLog(const std::string& line);
 
 }  // namespace ios

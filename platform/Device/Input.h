@@ -17,8 +17,8 @@ struct TouchSample {
   CGPoint location;
 };
 
-/// Raw input of the device: the application object takes it from here, on the main thread; tests, the simulator and
-/// the driver put it in. Samples put in together arrive as one event.
+/// Raw input of the device: the application object takes it from here, on the main thread; tests, the
+/// simulator and the driver put it in. Samples put in together arrive as one event.
 class Input {
  public:
   using TouchSink = std::function<void(const std::vector<TouchSample>&)>;
@@ -28,7 +28,8 @@ class Input {
   void touches(const std::vector<TouchSample>& samples);
   void shake();
 
-  // Gestures made of the above, on the clock's time; to be called between verbs. Each returns when it is over.
+  // Gestures made of the above, on the clock's time; to be called between verbs. Each returns when it is
+  // over. A swipe moves 60 times a second.
 
   struct Tap {
     CGPoint location;

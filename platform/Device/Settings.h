@@ -1,8 +1,11 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "CoreFoundation/PropertyList.h"
 
 namespace ios {
 
@@ -14,11 +17,18 @@ struct DeviceSettings {
   std::vector<std::string> languages = {"en-US"};
   std::string osVersion = "10.3.1";
   std::string profile = "iPhone 6";
-  /// Device orientation: 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5 face up, 6 face down.
+  /// Device orientation: 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5 face up, 6 face
+  /// down.
   int orientation = 1;
   /// By bundle identifier, then by service: "microphone", "photos".
   std::map<std::string, std::map<std::string, Permission>> permissions;
   bool operator==(const DeviceSettings&) const = default;
 };
+
+/// Settings.plist's form: "Languages", "OSVersion", "Profile", "Orientation", and "Permissions" by bundle
+/// identifier and service, as words ("authorized").
+PropertyList settingsPropertyList(const DeviceSettings& settings);
+/// Members that are missing have their default. Empty, with `problem` set, when one has no meaning.
+std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list, std::string& problem);
 
 }  // namespace ios

@@ -6,15 +6,15 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
+
+#include "DeviceClock/EventQueue.h"
+#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
@@ -35,10 +35,10 @@ class Clock {
   using Instant = std::chrono::time_point<Clock, Duration>;
   using WallTime = std::chrono::sys_time<Duration>;
   using Work = std::function<void()>;
-  using EventId = std::uint64_t;
+  using EventId = EventQueue::Id;
 
   /// Whether an event must fire on the main thread or may fire on any thread (then it must be short: hand over work).
-  enum class Lane { main, any };
+  using Lane = EventQueue::Lane;
 
   static Clock& shared();
 
@@ -85,12 +85,15 @@ class Clock {
   std::string pending() const;
 
   /// Start of the n-th refresh of the 60 Hz display, and the first refresh after an instant.
-  static Instant refresh(std::int64_t n) { return Instant(Duration(n * 1'000'000'000 / 60)); }
+  static Instant refresh(std::int64_t n) {
+    return Instant(std::chrono::seconds(n / 60) + Duration(n % 60 * 1'000'000'000 / 60));
+  }
   static Instant nextRefresh(Instant after);
 
   // --- For queues and platform workers ------------------------------------------------------------------------
 
-  /// Counts work that was queued and is not finished; virtual time stands still while the count is not zero.
+  /// Counts work that can run or is running; virtual time stands still while the count is not zero. Work that cannot
+  /// run yet, as its queue is held by a thread that waits, is not counted: it would keep time from ending that wait.
   void beginWork() { busy_.fetch_add(1, std::memory_order_acq_rel); }
   void endWork();
 
@@ -109,9 +112,9 @@ class Clock {
   /// A parked thread counts as idle. The main thread, parked in virtual time, moves time itself; it stops the
   /// process with a message if nothing could ever wake it.
   class Parking {
-    friend class Clock;
+    friend class Clock;  // whose mutex guards the fields
     enum class State { free, parked, woken, late } state = State::free;
-    bool counted = false;
+    bool counted = false;  // the waiting thread's work is, while it does not wait
     std::condition_variable wake;
   };
   bool park(const std::shared_ptr<Parking>& parking, std::optional<Instant> deadline);
@@ -128,38 +131,50 @@ class Clock {
 
  private:
   Clock();
-  struct Event {
-    EventId id;
-    Lane lane;
-    Work fire;
-  };
-  using Key = std::pair<Instant, EventId>;
+  using Condition = std::function<bool()>;
 
-  bool pump(const std::function<bool()>* condition, Instant limit);
+  Instant after(Duration duration) const;
+  /// The loop behind the verbs: false when `limit` was reached with the condition, if any, not met.
+  bool pump(const Condition* condition, Instant limit);
+  bool pumpVirtualTime(const Condition* condition, Instant limit);
+  bool pumpRealTime(const Condition* condition, Instant limit);
   bool runOneMainItem();
-  /// Takes the first event due by `limit`, of one lane or of both; the caller holds the lock.
-  bool takeDueEvent(Instant limit, std::optional<Lane> lane, Work& fire);
+  /// Waits until nothing can run, in virtual time; false when there is work for the main thread instead.
+  bool comeToRest();
+  bool parkMainVirtually(Parking& parking, std::optional<Instant> deadline);
+  bool parkVirtually(const std::shared_ptr<Parking>& parking, std::optional<Instant> deadline);
+  bool parkReally(Parking& parking, std::optional<Instant> deadline);
+  /// The thread starts to wait, if it had not been woken before.
+  bool beginParking(Parking& parking) IOS_REQUIRES(mutex_);
+  void giveUpParking(Parking& parking) IOS_REQUIRES(mutex_);
   void timerThread();
-  bool parkMainVirtually(Parking& parking, std::optional<Instant> deadline, std::unique_lock<std::mutex>& lock);
+
+  /// In virtual time also moves time to the event's deadline.
+  std::optional<Work> takeDueEvent(Instant limit, std::optional<Lane> lane) IOS_REQUIRES(mutex_);
+  void moveTo(Instant instant) IOS_REQUIRES(mutex_);
+  void wakeMain() IOS_REQUIRES(mutex_);
+  /// A real instant to wait for, kept in the range that the system's clock can express.
+  std::chrono::steady_clock::time_point realDeadline(Instant instant) const;
 
   const std::thread::id mainThread_;
   std::atomic<bool> virtual_ = false;
   std::atomic<std::int64_t> virtualNow_ = 0;
+  // Both written before `virtual_` is, and never again.
   Instant virtualStart_{};
   WallTime virtualWall_ = kVirtualEpoch;
   const std::chrono::steady_clock::time_point realStart_;
 
   std::atomic<std::int64_t> busy_ = 0;
-  mutable std::mutex mutex_;
+  mutable Mutex mutex_;
   std::condition_variable mainWake_;
   std::condition_variable timerWake_;
-  std::deque<Work> mainQueue_;
-  std::map<Key, Event> events_;
-  std::map<EventId, Instant> deadlines_;
-  std::multiset<std::string> activities_;
-  std::vector<std::function<std::vector<std::string>()>> reporters_;
-  EventId lastEvent_ = 0;
-  bool timerThreadRuns_ = false;
+  std::deque<Work> mainQueue_ IOS_GUARDED_BY(mutex_);
+  EventQueue events_ IOS_GUARDED_BY(mutex_);
+  std::multiset<std::string> activities_ IOS_GUARDED_BY(mutex_);
+  std::vector<std::function<std::vector<std::string>()>> reporters_ IOS_GUARDED_BY(mutex_);
+  /// How often the main thread was given a reason to look again.
+  std::uint64_t mainWakes_ IOS_GUARDED_BY(mutex_) = 0;
+  bool timerThreadRuns_ IOS_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace ios

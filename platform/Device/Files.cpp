@@ -1,0 +1,264 @@
+#include "Device/Files.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <set>
+#include <utility>
+
+namespace ios {
+namespace {
+
+namespace fs = std::filesystem;
+using Fault = std::function<int(const std::string&, const fs::path&)>;
+
+struct Disk {
+  std::mutex mutex;
+  Fault fault;
+  fs::path root;
+
+  static Disk& shared() {
+    static auto& disk = *new Disk;
+    return disk;
+  }
+};
+
+/// The error of an operation that the disk's tested health forbids.
+std::optional<FileError> refusal(const std::string& operation, const fs::path& path) {
+  Fault fault;
+  {
+    std::lock_guard lock(Disk::shared().mutex);
+    fault = Disk::shared().fault;
+  }
+  const int code = fault ? fault(operation, path) : 0;
+  if (code == 0) return std::nullopt;
+  return FileError{code, operation, path};
+}
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() { close(); }
+  Descriptor(const Descriptor&) = delete;
+  int number() const { return number_; }
+  /// 0, or the errno of closing, where some disks first report a failed write.
+  int close() {
+    const int number = std::exchange(number_, -1);
+    return number >= 0 && ::close(number) != 0 ? errno : 0;
+  }
+
+ private:
+  int number_;
+};
+
+int writeAll(int descriptor, std::span<const std::uint8_t> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+int writeNewFile(const fs::path& path, std::span<const std::uint8_t> bytes) {
+  Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+  if (file.number() < 0) return errno;
+  if (const int code = writeAll(file.number(), bytes)) return code;
+  if (::fsync(file.number()) != 0) return errno;
+  return file.close();
+}
+
+/// Makes the renaming of a file in `folder` outlive a loss of power. Some file systems cannot, which is no
+/// failure.
+void syncFolder(const fs::path& folder) {
+  Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor.number() >= 0) ::fsync(descriptor.number());
+}
+
+std::optional<FileError> createFolderAndTell(const fs::path& path, std::vector<fs::path>& made) {
+  std::error_code error;
+  if (fs::is_directory(path, error)) return std::nullopt;
+  if (path.has_relative_path() && path.parent_path() != path) {
+    if (auto problem = createFolderAndTell(path.parent_path(), made)) return problem;
+  }
+  if (auto problem = refusal("create", path)) return problem;
+  if (::mkdir(path.c_str(), 0755) == 0) {
+    made.push_back(path);
+  } else if (const int code = errno; code != EEXIST || !fs::is_directory(path, error)) {
+    return FileError{code, "create", path};
+  }
+  return std::nullopt;
+}
+
+std::optional<FileError> copyFile(const fs::path& from, const fs::path& to) {
+  if (auto problem = refusal("write", to)) return problem;
+  std::error_code error;
+  fs::copy_file(from, to, error);
+  if (error) return FileError{error.value(), "write", to};
+  return std::nullopt;
+}
+
+/// Whether the link at `link` may stay a link in a copy of `top`.
+bool leadsInside(const fs::path& link, const fs::path& top) {
+  std::error_code error;
+  const fs::path target = fs::read_symlink(link, error);
+  if (error || target.is_absolute()) return false;
+  const fs::path inside =
+      (link.parent_path() / target).lexically_normal().lexically_relative(top.lexically_normal());
+  return !inside.empty() && *inside.begin() != "..";
+}
+
+std::optional<FileError> copyInto(const fs::path& from, const fs::path& to, const fs::path& top,
+                                  std::set<fs::path>& open) {
+  std::error_code error;
+  if (fs::is_symlink(from, error) && from != top && leadsInside(from, top)) {
+    if (auto problem = refusal("create", to)) return problem;
+    fs::copy_symlink(from, to, error);
+    if (error) return FileError{error.value(), "create", to};
+    return std::nullopt;
+  }
+  const auto status = fs::status(from, error);
+  if (fs::is_regular_file(status)) return copyFile(from, to);
+  if (!fs::is_directory(status)) return FileError{error ? error.value() : EINVAL, "read", from};
+
+  const fs::path real = fs::canonical(from, error);
+  if (error || !open.insert(real).second) return FileError{error ? error.value() : ELOOP, "read", from};
+  if (auto problem = createFolder(to)) return problem;
+  fs::directory_iterator entries(from, error);
+  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
+    if (auto problem = copyInto(entries->path(), to / entries->path().filename(), top, open)) return problem;
+  }
+  open.erase(real);
+  if (error) return FileError{error.value(), "read", from};
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::string FileError::description() const {
+  fs::path shown = path;
+  {
+    std::lock_guard lock(Disk::shared().mutex);
+    const fs::path inside =
+        Disk::shared().root.empty() ? fs::path() : path.lexically_relative(Disk::shared().root);
+    if (!inside.empty() && *inside.begin() != ".." && inside != ".") shown = inside;
+  }
+  return "could not " + operation + " " + shown.string() + ": " + std::generic_category().message(code);
+}
+
+void nameFilesRelativeTo(const fs::path& root) {
+  std::lock_guard lock(Disk::shared().mutex);
+  Disk::shared().root = root;
+}
+
+void setDiskFault(Fault fault) {
+  std::lock_guard lock(Disk::shared().mutex);
+  Disk::shared().fault = std::move(fault);
+}
+
+fs::path temporaryNameBeside(const fs::path& path) {
+  static std::atomic<unsigned> count = 0;
+  return path.parent_path() / ("." + path.filename().string() + "." + std::to_string(::getpid()) + "." +
+                               std::to_string(++count) + ".tmp");
+}
+
+void sweepTemporaryFiles(const fs::path& folder) {
+  std::error_code error;
+  fs::directory_iterator entries(folder, error);
+  std::vector<fs::path> strays;
+  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
+    // ".<name>.<process>.<count>.tmp"
+    const std::string name = entries->path().filename().string();
+    if (!name.starts_with('.') || !name.ends_with(".tmp")) continue;
+    const std::string start = name.substr(0, name.size() - 4);
+    const std::string withoutCount = start.substr(0, start.rfind('.'));
+    const long process = std::strtol(withoutCount.c_str() + withoutCount.rfind('.') + 1, nullptr, 10);
+    if (process > 0 && ::kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH)
+      strays.push_back(entries->path());
+  }
+  // One that cannot be removed does no harm, and the next start tries again.
+  for (const auto& stray : strays) static_cast<void>(removeTree(stray));
+}
+
+std::optional<FileError> createFolder(const fs::path& path) {
+  std::vector<fs::path> made;
+  return createFolderAndTell(path, made);
+}
+
+std::optional<FileError> removeTree(const fs::path& path) {
+  if (auto problem = refusal("remove", path)) return problem;
+  std::error_code error;
+  fs::remove_all(path, error);
+  if (error) return FileError{error.value(), "remove", path};
+  return std::nullopt;
+}
+
+std::optional<FileError> renameFile(const fs::path& from, const fs::path& to) {
+  if (auto problem = refusal("rename", to)) return problem;
+  if (::rename(from.c_str(), to.c_str()) != 0) return FileError{errno, "rename", to};
+  syncFolder(to.parent_path());
+  return std::nullopt;
+}
+
+std::optional<FileError> copyTree(const fs::path& from, const fs::path& to) {
+  std::set<fs::path> open;
+  return copyInto(from, to, from, open);
+}
+
+std::optional<FileError> writeFileAtomically(const fs::path& path, std::span<const std::uint8_t> bytes) {
+  std::vector<fs::path> made;
+  const fs::path temporary = temporaryNameBeside(path);
+  const auto write = [&]() -> std::optional<FileError> {
+    if (auto problem = createFolderAndTell(path.parent_path(), made)) return problem;
+    if (auto problem = refusal("write", path)) return problem;
+    if (const int code = writeNewFile(temporary, bytes)) return FileError{code, "write", path};
+    if (auto problem = refusal("rename", path)) return problem;
+    if (::rename(temporary.c_str(), path.c_str()) != 0) return FileError{errno, "write", path};
+    return std::nullopt;
+  };
+  auto problem = write();
+  if (problem) {
+    ::unlink(temporary.c_str());
+    // Only folders that are still empty go.
+    for (auto folder = made.rbegin(); folder != made.rend(); ++folder) ::rmdir(folder->c_str());
+  } else {
+    syncFolder(path.parent_path());
+  }
+  return problem;
+}
+
+std::optional<std::vector<std::uint8_t>> readFile(const fs::path& path, FileError* error,
+                                                  std::uintmax_t limit) {
+  const auto fail = [&](int code) {
+    if (error) *error = FileError{code, "read", path};
+    return std::nullopt;
+  };
+  // Not blocking: a pipe in the file's place must not hold the reader up.
+  Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.number() < 0) return fail(errno);
+  struct stat status {};
+  if (::fstat(file.number(), &status) != 0) return fail(errno);
+  if (!S_ISREG(status.st_mode)) return fail(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+  if (static_cast<std::uintmax_t>(status.st_size) > limit) return fail(EFBIG);
+  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(status.st_size));
+  std::size_t length = 0;
+  while (length < bytes.size()) {
+    const ssize_t count = ::read(file.number(), bytes.data() + length, bytes.size() - length);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return fail(errno);
+    if (count == 0) break;
+    length += static_cast<std::size_t>(count);
+  }
+  bytes.resize(length);
+  return bytes;
+}
+
+}  // namespace ios

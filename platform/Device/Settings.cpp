@@ -1,0 +1,99 @@
+#include "Device/Settings.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "Device/ScreenProfile.h"
+
+namespace ios {
+namespace {
+
+constexpr std::array<std::pair<Permission, const char*>, 4> kPermissionWords{{
+    {Permission::notDetermined, "notDetermined"},
+    {Permission::restricted, "restricted"},
+    {Permission::denied, "denied"},
+    {Permission::authorized, "authorized"},
+}};
+
+bool readLanguages(const PropertyList& value, std::vector<std::string>& languages) {
+  if (!value.array()) return false;
+  languages.clear();
+  for (const auto& language : *value.array()) {
+    if (!language.text() || language.text()->empty()) return false;
+    languages.push_back(*language.text());
+  }
+  return true;
+}
+
+bool readProfile(const PropertyList& value, std::string& profile) {
+  const ScreenProfile* known = value.text() ? ScreenProfile::named(*value.text()) : nullptr;
+  if (known) profile = known->name;
+  return known != nullptr;
+}
+
+bool readPermissions(const PropertyList& value, decltype(DeviceSettings::permissions)& permissions) {
+  if (!value.dictionary()) return false;
+  for (const auto& [bundle, services] : *value.dictionary()) {
+    if (!services.dictionary()) return false;
+    for (const auto& [service, answer] : *services.dictionary()) {
+      const auto word =
+          std::find_if(kPermissionWords.begin(), kPermissionWords.end(),
+                       [&](const auto& entry) { return answer.text() && *answer.text() == entry.second; });
+      if (word == kPermissionWords.end()) return false;
+      permissions[bundle][service] = word->first;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+PropertyList settingsPropertyList(const DeviceSettings& settings) {
+  NSDictionary permissions;
+  for (const auto& [bundle, services] : settings.permissions) {
+    NSDictionary answers;
+    for (const auto& [service, answer] : services) {
+      answers[service] = kPermissionWords.at(static_cast<std::size_t>(answer)).second;
+    }
+    permissions[bundle] = answers;
+  }
+  return NSDictionary{
+      {"Languages", NSArray(settings.languages.begin(), settings.languages.end())},
+      {"OSVersion", settings.osVersion},
+      {"Profile", settings.profile},
+      {"Orientation", settings.orientation},
+      {"Permissions", permissions},
+  };
+}
+
+std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list, std::string& problem) {
+  const auto fail = [&problem](const std::string& what) {
+    problem = what;
+    return std::nullopt;
+  };
+  if (!list.dictionary()) return fail("is no dictionary");
+  DeviceSettings settings;
+  if (const auto* value = list.member("Languages"); value && !readLanguages(*value, settings.languages)) {
+    return fail("Languages is no array of language tags");
+  }
+  if (const auto* value = list.member("OSVersion")) {
+    if (!value->text()) return fail("OSVersion is no text");
+    settings.osVersion = *value->text();
+  }
+  if (const auto* value = list.member("Profile"); value && !readProfile(*value, settings.profile)) {
+    return fail("Profile names no known screen profile");
+  }
+  if (const auto* value = list.member("Orientation")) {
+    if (!value->integer() || *value->integer() < 1 || *value->integer() > 6)
+      return fail("Orientation is not 1 to 6");
+    settings.orientation = static_cast<int>(*value->integer());
+  }
+  if (const auto* value = list.member("Permissions");
+      value && !readPermissions(*value, settings.permissions)) {
+    return fail("Permissions has an answer that is none");
+  }
+  return settings;
+}
+
+}  // namespace ios
