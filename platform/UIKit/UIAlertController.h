@@ -10,6 +10,8 @@
 
 namespace ios {
 
+class AlertPanel;
+
 enum class UIAlertControllerStyle : long { actionSheet = 0, alert = 1 };
 enum class UIAlertActionStyle : long { default_ = 0, cancel = 1, destructive = 2 };
 
@@ -17,7 +19,8 @@ enum class UIAlertActionStyle : long { default_ = 0, cancel = 1, destructive = 2
 class UIAlertAction : public NSObject {
  public:
   using Handler = std::function<void(const std::shared_ptr<UIAlertAction>&)>;
-  static std::shared_ptr<UIAlertAction> actionWithTitle(std::string title, UIAlertActionStyle style, Handler handler);
+  static std::shared_ptr<UIAlertAction> actionWithTitle(std::string title, UIAlertActionStyle style,
+                                                        Handler handler);
   UIAlertAction(std::string title, UIAlertActionStyle style, Handler handler)
       : title_(std::move(title)), style_(style), handler_(std::move(handler)) {}
   const std::string& title() const { return title_; }
@@ -30,9 +33,10 @@ class UIAlertAction : public NSObject {
   Handler handler_;
 };
 
-/// An alert in the middle of the screen, or an action sheet at its lower edge (a popover on an iPad, which there
-/// needs an anchor). A tapped action first dismisses the alert; its handler runs when that has ended. The cancel
-/// action stands last, apart; tapping beside an action sheet that has one counts as cancel.
+/// An alert in the middle of the screen, or an action sheet at its lower edge (a popover on an iPad, which
+/// there needs an anchor). A tapped action first dismisses the alert; its handler runs when that has ended.
+/// The cancel action stands last, apart; tapping beside an action sheet that has one counts as cancel. In a
+/// popover it is not shown: there, tapping beside it always closes it, as cancel where there is that action.
 class UIAlertController : public Subclass<UIAlertController, UIViewController> {
  public:
   static MethodList methods();
@@ -48,17 +52,24 @@ class UIAlertController : public Subclass<UIAlertController, UIViewController> {
 
   UIModalPresentationStyle modalPresentationStyle() const override;
   void loadView() override;
+  void viewWillAppear(bool animated) override;
   void viewWillLayoutSubviews() override;
 
-  UIAlertController(std::optional<std::string> title, std::optional<std::string> message, UIAlertControllerStyle style);
+  UIAlertController(std::optional<std::string> title, std::optional<std::string> message,
+                    UIAlertControllerStyle style);
 
  private:
+  friend class PresentationController;
+  /// What the panel with title, message and actions takes of a screen (of a popover's room) of that size.
+  CGSize panelSize(CGSize available);
+  std::shared_ptr<AlertPanel> panel();
   void choose(const std::shared_ptr<UIAlertAction>& action);
   void actionTapped(const id& sender);
   void tappedOutside();
   std::optional<std::string> alertTitle_, message_;
   UIAlertControllerStyle style_;
   std::vector<std::shared_ptr<UIAlertAction>> actions_;
+  bool actionsChanged_ = true;
   bool chosen_ = false;
 };
 

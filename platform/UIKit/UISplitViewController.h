@@ -7,8 +7,8 @@
 
 namespace ios {
 
-/// Two screens side by side on a wide display (a primary column of 320 points and the rest), the last one alone on
-/// a narrow one.
+/// Two screens side by side on a wide display (a primary column of 320 points and the rest), the last one
+/// alone on a narrow one.
 class UISplitViewController : public Subclass<UISplitViewController, UIViewController> {
  public:
   UISplitViewController() = default;
@@ -19,6 +19,7 @@ class UISplitViewController : public Subclass<UISplitViewController, UIViewContr
   void viewDidLoad() override;
 
  private:
+  std::shared_ptr<UIView> divider_;
   std::vector<std::shared_ptr<UIViewController>> controllers_;
 };
 

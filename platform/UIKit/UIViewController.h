@@ -16,15 +16,17 @@ class UINavigationController;
 class UITabBarController;
 class UISplitViewController;
 class UIPopoverPresentationController;
+class PresentationController;
 
 enum class UIModalPresentationStyle : long { fullScreen = 0, pageSheet = 1, formSheet = 2, popover = 7 };
 
-/// A screen of the interface: owns a view, made when first asked for. It holds its children and what it presents;
-/// parent and presenter are back references. Main thread.
+/// A screen of the interface: owns a view, made when first asked for. It holds its children and what it
+/// presents; parent and presenter are back references. Main thread.
 class UIViewController : public Subclass<UIViewController, UIResponder> {
  public:
   UIViewController() = default;
-  /// The view comes from the interface file `nibName` of `bundle`, where there is one.
+  /// The names of the interface file are kept for `loadView`, whose default makes a plain view for every
+  /// controller.
   UIViewController(std::optional<std::string> nibName, std::shared_ptr<NSBundle> bundle);
   static MethodList methods();
 
@@ -46,6 +48,8 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   void setTitle(std::string title);
 
   // Containment.
+  /// A child of another controller leaves that one. A controller in its own line of parents stops the
+  /// process.
   void addChildViewController(const std::shared_ptr<UIViewController>& child);
   void removeFromParentViewController();
   const std::vector<std::shared_ptr<UIViewController>>& childViewControllers() const { return children_; }
@@ -54,14 +58,20 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   std::shared_ptr<UITabBarController> tabBarController() const;
 
   // Presentation.
-  /// Shows `controller` over this one's outermost container. Refused, with a line on standard error and nothing
-  /// changed, when this controller presents something already, when its view is in no window, or when `controller`
-  /// is being presented.
+  /// Shows `controller` over this one's outermost container, which is recorded as the one that presents.
+  /// Refused, with a line on standard error and nothing changed (the completion is not called), when this
+  /// controller presents something already, when its view is in no window, when it is being dismissed, when
+  /// `controller` is shown somewhere, or when an action sheet on an iPad has no anchor. The completion runs
+  /// on the main thread when the transition has ended; without animation, in its next turn.
   void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                              std::function<void()> completion = nullptr);
   /// Dismisses what this controller presents (with all above it) or, if nothing, this controller itself.
+  /// Asked for once more, it only adds a completion; asked for while the presentation is still on its way, an
+  /// animated dismissal follows that. The completion runs on the main thread when the transition has ended;
+  /// without animation, or with nothing to dismiss, in its next turn.
   void dismissViewControllerAnimated(bool animated, std::function<void()> completion = nullptr);
-  /// What this controller, or the nearest ancestor that presents, presents; empty if nothing.
+  /// What this controller, or the nearest ancestor that presents, presents; empty if nothing. Set by the call
+  /// that presents, and until the dismissal's transition has ended.
   std::shared_ptr<UIViewController> presentedViewController() const;
   /// Who presented this controller or the nearest of its ancestors that was presented.
   std::shared_ptr<UIViewController> presentingViewController() const;
@@ -69,21 +79,39 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   bool isBeingDismissed() const { return beingDismissed_; }
   virtual UIModalPresentationStyle modalPresentationStyle() const { return presentationStyle_; }
   void setModalPresentationStyle(UIModalPresentationStyle style) { presentationStyle_ = style; }
-  /// Anchor and arrows of a popover; made when first asked for, for controllers shown as one.
+  /// Anchor and arrows of a popover; made when first asked for, for controllers shown as one; empty for
+  /// others.
   std::shared_ptr<UIPopoverPresentationController> popoverPresentationController();
 
   std::shared_ptr<UIResponder> nextResponder() override;
 
  protected:
-  /// Appearance calls in the platform's order, passed on to children that are shown.
+  /// Appearance calls in the platform's order, passed on to children whose views are in this one's. Calls
+  /// that repeat the state there is do nothing.
   void beginAppearanceTransition(bool appearing, bool animated);
   void endAppearanceTransition();
+  /// For containers that show `shown` in place of `old` (either may be empty): the children's appearance
+  /// calls, as far as the container itself is shown. `shown` goes into the view tree between the two calls,
+  /// `old` leaves it.
+  void beginExchange(const std::shared_ptr<UIViewController>& old,
+                     const std::shared_ptr<UIViewController>& shown, bool animated);
+  void endExchange(const std::shared_ptr<UIViewController>& old,
+                   const std::shared_ptr<UIViewController>& shown);
+  /// The title of a child, or of a child's top screen, has changed.
+  virtual void childTitleDidChange() {}
 
  private:
   friend class UIView;
   friend class UIWindow;
   friend class PresentationController;
   enum class Appearance { disappeared, appearing, appeared, disappearing };
+  /// The outermost container of this controller; itself where there is none.
+  std::shared_ptr<UIViewController> outermost();
+  /// Why `controller` cannot be presented here now; empty if it can.
+  std::string refusal(const std::shared_ptr<UIViewController>& controller);
+  /// The view came into a window or left it by other means than a transition of a container or a
+  /// presentation.
+  void viewMovedToWindow();
 
   std::shared_ptr<UIView> view_;
   std::optional<std::string> nibName_;
@@ -93,7 +121,7 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   std::weak_ptr<UIViewController> parent_;
   std::shared_ptr<UIViewController> presented_;
   std::weak_ptr<UIViewController> presenting_;
-  std::shared_ptr<NSObject> presentation_;  // the views around a presented controller's view
+  std::shared_ptr<PresentationController> presentation_;  // the views around a presented controller's view
   std::shared_ptr<UIPopoverPresentationController> popover_;
   UIModalPresentationStyle presentationStyle_ = UIModalPresentationStyle::fullScreen;
   Appearance appearance_ = Appearance::disappeared;

@@ -1,0 +1,97 @@
+#include "UIKit/Chrome+Private.h"
+#include "UIKit/TabBar+Private.h"
+#include "UIKit/UIGraphics.h"
+#include "UIKit/UILabel.h"
+
+namespace ios {
+
+namespace {
+
+constexpr unsigned kUnselected = 0x929292;
+constexpr CGFloat kSignSize = 25;
+
+/// The first character of UTF-8 text, whole.
+std::string firstCharacter(const std::string& text) {
+  std::size_t length = text.empty() ? 0 : 1;
+  while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) ++length;
+  return text.substr(0, length);
+}
+
+}  // namespace
+
+TabBarItem::TabBarItem(const std::string& title, Sign sign, bool selected)
+    : sign_(sign), selected_(selected), title_(std::make_shared<UILabel>()) {
+  title_->setText(title);
+  title_->setFont(UIFont::systemFontOfSize(10));
+  title_->setTextColor(UIColor::colorWithHex(selected ? chrome::kTint : kUnselected));
+  title_->setTextAlignment(TextAlignment::center);
+  title_->setUserInteractionEnabled(false);
+  if (sign == Sign::more) return;
+  initial_ = std::make_shared<UILabel>();
+  initial_->setText(firstCharacter(title));
+  initial_->setFont(UIFont::boldSystemFontOfSize(15));
+  initial_->setTextColor(selected ? UIColor::colorWithHex(chrome::kBar) : UIColor::colorWithHex(kUnselected));
+  initial_->setTextAlignment(TextAlignment::center);
+  initial_->setUserInteractionEnabled(false);
+}
+
+std::string TabBarItem::accessibilityLabel() const {
+  return title_->text();
+}
+
+CGRect TabBarItem::signFrame() const {
+  return {{std::round((bounds().width() - kSignSize) / 2), 6}, {kSignSize, kSignSize}};
+}
+
+void TabBarItem::layoutSubviews() {
+  if (!title_->superview()) {
+    addSubview(title_);
+    if (initial_) addSubview(initial_);
+  }
+  title_->setFrame({{2, 34}, {std::max(0.0, bounds().width() - 4), 13}});
+  if (initial_) initial_->setFrame(signFrame());
+}
+
+void TabBarItem::drawRect(const CGRect&) {
+  const auto context = UIGraphicsGetCurrentContext();
+  const CGColor color = UIColor::colorWithHex(selected_ ? chrome::kTint : kUnselected)->CGColorValue();
+  const CGRect frame = signFrame();
+  CGContextSetFillColorWithColor(context, color);
+  CGContextSetStrokeColorWithColor(context, color);
+  if (sign_ == Sign::more) {
+    for (const CGFloat x : {-8.0, 0.0, 8.0}) {
+      CGContextAddPath(context, CGPath::ellipse({{frame.midX() + x - 2.5, frame.midY() - 2.5}, {5, 5}}));
+      CGContextFillPath(context);
+    }
+    return;
+  }
+  CGContextAddPath(context, CGPath::roundedRect(CGRectInset(frame, 1, 1), 6));
+  if (selected_) return CGContextFillPath(context);
+  CGContextSetLineWidth(context, 1.5);
+  CGContextStrokePath(context);
+}
+
+TabBar::TabBar() : edge_(chrome::plate(chrome::kBarEdge)) {
+  setBackgroundColor(UIColor::colorWithHex(chrome::kBar));
+}
+
+void TabBar::setItems(std::vector<std::shared_ptr<TabBarItem>> items) {
+  for (const auto& item : items_) item->removeFromSuperview();
+  items_ = std::move(items);
+  for (const auto& item : items_) addSubview(item);
+  setNeedsLayout();
+}
+
+void TabBar::layoutSubviews() {
+  if (!edge_->superview()) addSubview(edge_);
+  const CGSize size = bounds().size;
+  edge_->setFrame({{0, 0}, {size.width, chrome::hairline()}});
+  const CGFloat width = items_.empty() ? 0 : size.width / static_cast<CGFloat>(items_.size());
+  CGFloat x = 0;
+  for (const auto& item : items_) {
+    item->setFrame(chrome::mirrored({{x, 0}, {width, size.height}}, size.width, chrome::isMirrored()));
+    x += width;
+  }
+}
+
+}  // namespace ios
