@@ -11,15 +11,18 @@
 
 namespace ios {
 
-/// Calls its target at the refreshes of the display, on the main thread. Refreshes come 60 times a second, on one
-/// grid for the whole device. A main thread that is late gets one tick, with the newest refresh's time, and never a
-/// burst of old ones. The target is kept alive until the link is off its run loop.
+/// Calls its target at the refreshes of the display, on the main thread. Refreshes come 60 times a second, on
+/// one grid for the whole device. A main thread that is late gets one tick, with the newest refresh's time,
+/// and never a burst of old ones. The target is kept alive until the link is off its run loop.
 class CADisplayLink : public NSObject {
  public:
+  /// Held by a shared reference, as the run loop keeps one too. A selector that the target lacks stops the
+  /// process.
   CADisplayLink(const id& target, Selector selector);
-  ~CADisplayLink() override;
   static std::shared_ptr<CADisplayLink> displayLinkWithTarget(const id& target, Selector selector);
 
+  /// Once, and in one mode (the common modes count as one). Run loops other than the main one are never run
+  /// and give no ticks.
   void addToRunLoop(const std::shared_ptr<NSRunLoop>& runLoop, const NSRunLoopMode& mode);
   /// Any thread; a tick that is under way ends as usual.
   void removeFromRunLoop(const std::shared_ptr<NSRunLoop>& runLoop, const NSRunLoopMode& mode);
@@ -34,18 +37,26 @@ class CADisplayLink : public NSObject {
   double timestamp() const { return timestamp_; }
 
  private:
-  void arm();
-  void disarm();
-  void tick(std::int64_t refresh);
+  std::int64_t nextDue() const;
+  void arm(std::int64_t refresh);
+  /// Takes back the tick that is on its way; the caller holds the lock and cancels the event after it.
+  std::optional<std::uint64_t> disarm();
+  void tick(std::uint64_t arming);
+  void deliver(std::uint64_t arming);
 
-  id target_;
-  Action action_;
-  std::atomic<bool> attached_ = false, paused_ = false;
+  const Action action_;
+  std::atomic<bool> paused_ = false;
   std::atomic<long> frameInterval_ = 1;
   std::atomic<double> timestamp_ = 0;
+
+  std::mutex mutex_;  // guards all below
+  id target_;
   NSRunLoopMode mode_;
-  std::mutex mutex_;
-  std::optional<std::uint64_t> event_;
+  bool attached_ = false;
+  bool armed_ = false;
+  std::uint64_t arming_ = 0;  // counts, so that a tick on its way knows that it was taken back
+  std::uint64_t event_ = 0;
+  std::optional<std::int64_t> lastRefresh_;
 };
 
 }  // namespace ios
