@@ -1,0 +1,32 @@
+#include "AppDelegate.h"
+
+#include "AboutViewController.h"
+#include "Foundation/NSUserDefaults.h"
+#include "ListViewController.h"
+#include "NoteStore.h"
+#include "UIKit/UINavigationController.h"
+#include "UIKit/UIScreen.h"
+#include "UIKit/UITabBarController.h"
+#include "front/Tellvane.h"
+
+namespace Notes {
+
+using namespace ios;
+
+bool AppDelegate::applicationDidFinishLaunching(UIApplication&) {
+  auto list = UINavigationController::withRootViewController(
+      std::make_shared<ListViewController>(std::make_shared<NoteStore>(NoteStore::examples())));
+  list->setTitle("Notes");
+  auto tabs = std::make_shared<UITabBarController>();
+  tabs->setViewControllers({list, std::make_shared<AboutViewController>()});
+
+  window_ = std::make_shared<UIWindow>(UIScreen::mainScreen()->bounds());
+  window_->setRootViewController(tabs);
+  window_->makeKeyAndVisible();
+
+  const auto& settings = NSUserDefaults::standardUserDefaults();
+  tellvane::Tellvane::instantiateSDK(settings->boolForKey("debug"), settings->boolForKey("microphone"));
+  return true;
+}
+
+}  // namespace Notes
