@@ -49,7 +49,7 @@ void CADisplayLink::invalidate() {
   {
     std::lock_guard lock(mutex_);
     attached_ = false;
-    event = disarm(nextDue());
+    event = disarm();
     target = std::move(target_);
   }
   if (event) Clock::shared().cancel(*event);
@@ -62,7 +62,7 @@ void CADisplayLink::setPaused(bool paused) {
     std::lock_guard lock(mutex_);
     paused_ = paused;
     if (paused) {
-      event = disarm(nextDue());
+      event = disarm();
     } else {
       arm(nextDue());
     }
