@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -16,10 +17,14 @@ namespace ios {
 
 enum class UIApplicationState : long { active = 0, inactive = 1, background = 2 };
 
-inline const std::string UIApplicationDidBecomeActiveNotification = "UIApplicationDidBecomeActiveNotification";
-inline const std::string UIApplicationWillResignActiveNotification = "UIApplicationWillResignActiveNotification";
-inline const std::string UIApplicationDidEnterBackgroundNotification = "UIApplicationDidEnterBackgroundNotification";
-inline const std::string UIApplicationWillEnterForegroundNotification = "UIApplicationWillEnterForegroundNotification";
+inline const std::string UIApplicationDidBecomeActiveNotification =
+    "UIApplicationDidBecomeActiveNotification";
+inline const std::string UIApplicationWillResignActiveNotification =
+    "UIApplicationWillResignActiveNotification";
+inline const std::string UIApplicationDidEnterBackgroundNotification =
+    "UIApplicationDidEnterBackgroundNotification";
+inline const std::string UIApplicationWillEnterForegroundNotification =
+    "UIApplicationWillEnterForegroundNotification";
 inline const std::string UIApplicationWillTerminateNotification = "UIApplicationWillTerminateNotification";
 /// The URL of the application's page in the system settings.
 inline const std::string UIApplicationOpenSettingsURLString = "app-settings:";
@@ -27,7 +32,10 @@ inline const std::string UIApplicationOpenSettingsURLString = "app-settings:";
 /// What the host application is told about its own life; all optional.
 class UIApplicationDelegate : public NSObject {
  public:
-  virtual bool applicationDidFinishLaunching(class UIApplication& application) { (void)application; return true; }
+  virtual bool applicationDidFinishLaunching(class UIApplication& application) {
+    (void)application;
+    return true;
+  }
   virtual void applicationDidBecomeActive(class UIApplication& application) { (void)application; }
   virtual void applicationWillResignActive(class UIApplication& application) { (void)application; }
   virtual void applicationDidEnterBackground(class UIApplication& application) { (void)application; }
@@ -44,6 +52,7 @@ class UIApplicationDelegate : public NSObject {
 /// The application: its windows, its state, what it opens. One a process. Main thread.
 class UIApplication : public Subclass<UIApplication, UIResponder> {
  public:
+  UIApplication();
   static MethodList methods();
   /// Made on first use.
   static const std::shared_ptr<UIApplication>& sharedApplication();
@@ -55,17 +64,17 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
   UIApplicationState applicationState() const { return state_; }
   const std::shared_ptr<UIApplicationDelegate>& delegate() const { return delegate_; }
 
-  /// Whether an application on the device claims the URL's scheme, or the system itself opens it (http, https, the
-  /// settings page).
+  /// Whether an application on the device claims the URL's scheme, or the system itself opens it (http,
+  /// https, the settings page).
   bool canOpenURL(const NSURL& url) const;
-  /// Opens the URL in whatever claims it: this application becomes inactive, then goes to the background, with the
-  /// platform's notifications, and the other is launched as a process of its own. False, and nothing changes, when
-  /// nobody does. Returns before the other has run.
+  /// Opens the URL in whatever claims it: this application becomes inactive, then goes to the background,
+  /// with the platform's notifications, and the other is launched as a process of its own. False, and nothing
+  /// changes, when nobody does. Returns before the other has run.
   bool openURL(const NSURL& url);
 
   /// Whether touches are ignored for now; counted.
   void beginIgnoringInteractionEvents() { ++ignoringInteraction_; }
-  void endIgnoringInteractionEvents() { --ignoringInteraction_; }
+  void endIgnoringInteractionEvents() { ignoringInteraction_ -= ignoringInteraction_ > 0; }
 
   virtual void sendEvent(const std::shared_ptr<UIEvent>& event);
 
@@ -78,7 +87,9 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
   void moveToForeground();
   /// A system prompt covers the application, or has gone: inactive, active again.
   void setCovered(bool covered);
+  /// Tells the delegate and the observers, once; ending the process is the caller's.
   void terminate();
+  bool isTerminated() const { return terminated_; }
   /// What is in front: this application's bundle identifier, another's, a page's URL, or "home".
   const std::string& front() const { return front_; }
   /// The picture on the display while this application is in front: its windows, the status bar.
@@ -89,19 +100,35 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
   friend class UIView;
   void receiveTouches(const std::vector<struct TouchSample>& samples);
   void receiveShake();
-  void setState(UIApplicationState state);
+  void endTouches();
+  void deviceChanged();
+  void resignActive();
+  void becomeActive();
+  void launched(const std::string& application, bool started, int status, const std::string& problem);
+  std::shared_ptr<UITouch> touchAt(CGPoint location, const std::shared_ptr<UIEvent>& event) const;
+  void dispatchTouches(const std::shared_ptr<UIEvent>& event);
+  void tell(void (UIApplicationDelegate::*call)(UIApplication&), const std::string& notification);
+  void windowShown(const std::shared_ptr<UIWindow>& window);
+  void windowGone(const UIWindow& window);
 
   std::shared_ptr<UIApplicationDelegate> delegate_;
   std::vector<std::weak_ptr<UIWindow>> windows_;
   std::weak_ptr<UIWindow> keyWindow_;
   std::atomic<UIApplicationState> state_ = UIApplicationState::inactive;
   int ignoringInteraction_ = 0;
+  bool covered_ = false;
+  bool terminated_ = false;
   std::string front_;
+  CGRect screenBounds_;
+  long orientation_ = 0;
+  struct DisplayCache;
+  std::shared_ptr<DisplayCache> displayCache_;
+  std::shared_ptr<UIImage> displayed_;
   std::vector<std::pair<std::int64_t, std::shared_ptr<UITouch>>> fingers_;
 };
 
-/// Runs the process as an application: starts it with `delegate`, then the main loop, until it is told to end.
-/// Never returns before that; the result is the process's exit status.
+/// Runs the process as an application: starts it with `delegate`, then the main loop, until it is told to
+/// end. Never returns before that; the result is the process's exit status.
 int UIApplicationMain(int argc, char** argv, std::shared_ptr<UIApplicationDelegate> delegate);
 
 }  // namespace ios

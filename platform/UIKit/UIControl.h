@@ -10,7 +10,11 @@
 
 namespace ios {
 
-enum UIControlEvents : unsigned { UIControlEventTouchDown = 1 << 0, UIControlEventTouchUpInside = 1 << 6, UIControlEventValueChanged = 1 << 12 };
+enum UIControlEvents : unsigned {
+  UIControlEventTouchDown = 1 << 0,
+  UIControlEventTouchUpInside = 1 << 6,
+  UIControlEventValueChanged = 1 << 12
+};
 
 /// A view that reports what a finger does to it to its targets, which it does not keep alive.
 class UIControl : public Subclass<UIControl, UIView> {
@@ -25,6 +29,8 @@ class UIControl : public Subclass<UIControl, UIView> {
   /// While a finger is on it.
   bool isHighlighted() const { return highlighted_; }
   virtual void setHighlighted(bool highlighted);
+  /// A finger that taps a control means the control, not a single-tap recogniser of a view behind it.
+  bool gestureRecognizerShouldBegin(const UIGestureRecognizer& recognizer) const override;
   void touchesBegan(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
   void touchesMoved(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
   void touchesEnded(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;

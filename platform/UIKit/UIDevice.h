@@ -8,12 +8,19 @@
 namespace ios {
 
 enum class UIDeviceOrientation : long {
-  unknown = 0, portrait, portraitUpsideDown, landscapeLeft, landscapeRight, faceUp, faceDown
+  unknown = 0,
+  portrait,
+  portraitUpsideDown,
+  landscapeLeft,
+  landscapeRight,
+  faceUp,
+  faceDown
 };
 enum class UIUserInterfaceIdiom : long { phone = 0, pad = 1 };
 
 /// Posted on the default centre, with the device as sender, after the device was turned.
-inline const std::string UIDeviceOrientationDidChangeNotification = "UIDeviceOrientationDidChangeNotification";
+inline const std::string UIDeviceOrientationDidChangeNotification =
+    "UIDeviceOrientationDidChangeNotification";
 
 class UIDevice : public Subclass<UIDevice, NSObject> {
  public:

@@ -12,15 +12,15 @@ class UIView;
 
 enum class UIGestureRecognizerState : long { possible, began, changed, ended, cancelled, failed };
 
-/// Watches the touches of a view and its subviews for a gesture and calls its targets when it is made. Targets are
-/// not kept alive. Of several recognisers that fit, the one of the deeper view, then the one added last, wins; the
-/// others fail, as the platform's default rules have it. Main thread.
+/// Watches the touches of a view and its subviews for a gesture and calls its targets when it is made.
+/// Targets are not kept alive. Of several recognisers that fit, the one of the deeper view, then the one
+/// added last, wins; the others fail, as the platform's default rules have it. Main thread.
 class UIGestureRecognizer : public Subclass<UIGestureRecognizer, NSObject> {
  public:
   UIGestureRecognizer(const id& target, Selector action);
   static MethodList methods() { return {}; }
   void addTarget(const id& target, Selector action);
-  std::shared_ptr<UIView> view() const { return view_.lock(); }
+  std::shared_ptr<UIView> view() const;
   UIGestureRecognizerState state() const { return state_; }
   bool isEnabled() const { return enabled_; }
   void setEnabled(bool enabled);
@@ -28,6 +28,11 @@ class UIGestureRecognizer : public Subclass<UIGestureRecognizer, NSObject> {
   bool cancelsTouchesInView() const { return cancelsTouchesInView_; }
   void setCancelsTouchesInView(bool cancels) { cancelsTouchesInView_ = cancels; }
   virtual CGPoint locationInView(const UIView* view) const = 0;
+  /// Whether recognition of `other`, on the same touches, makes this one fail.
+  virtual bool canBePreventedByGestureRecognizer(const UIGestureRecognizer& other) const {
+    (void)other;
+    return true;
+  }
 
  protected:
   // For subclasses: called with the touches that changed; they answer by setting the state.
@@ -37,6 +42,7 @@ class UIGestureRecognizer : public Subclass<UIGestureRecognizer, NSObject> {
   virtual void touchesCancelled(const UITouches& touches, const std::shared_ptr<UIEvent>& event);
   /// Back to the start, after the gesture was made or has failed.
   virtual void reset() {}
+  /// A change that the current state does not allow is ignored (only `possible` leads to `failed`).
   void setState(UIGestureRecognizerState state);
 
  private:
@@ -47,11 +53,18 @@ class UIGestureRecognizer : public Subclass<UIGestureRecognizer, NSObject> {
     std::weak_ptr<NSObject> target;
     Action action;
   };
-  std::weak_ptr<UIView> view_;
+  UIView* view_ = nullptr;  // cleared when that view goes
   std::vector<TargetAction> targets_;
   UIGestureRecognizerState state_ = UIGestureRecognizerState::possible;
   bool enabled_ = true;
   bool cancelsTouchesInView_ = true;
+  bool delivering_ = false;   // inside one of the touches operations
+  bool stateWasSet_ = false;  // by the one that is being delivered
+  unsigned attachment_ = 0;   // counts attachments, so that one of an earlier time is told apart
+
+  void attach(UIView* view);
+  void callTargets();
+  void backToPossible();
 };
 
 /// Taps: so many in a row, each with so many fingers.
@@ -65,6 +78,8 @@ class UITapGestureRecognizer : public Subclass<UITapGestureRecognizer, UIGesture
   unsigned long numberOfTouchesRequired() const { return touches_; }
   void setNumberOfTouchesRequired(unsigned long touches) { touches_ = touches; }
   CGPoint locationInView(const UIView* view) const override;
+  /// More taps than `other` takes: both may be made, the shorter one first.
+  bool canBePreventedByGestureRecognizer(const UIGestureRecognizer& other) const override;
 
  protected:
   void touchesBegan(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
@@ -74,6 +89,7 @@ class UITapGestureRecognizer : public Subclass<UITapGestureRecognizer, UIGesture
 
  private:
   struct Progress;
+  void failAfter(double seconds);
   unsigned long taps_ = 1, touches_ = 1;
   std::shared_ptr<Progress> progress_;
 };

@@ -10,8 +10,8 @@ namespace ios {
 /// Receives events. What it does not handle goes to the next responder: a view's superview or controller, the
 /// window, the application. Main thread.
 ///
-/// Motion events are sent by selector ("motionBegan:withEvent:", "motionEnded:withEvent:"), so that a class can be
-/// extended to take them; the operations here pass them on.
+/// Motion events are sent by selector ("motionBegan:withEvent:", "motionEnded:withEvent:"), so that a class
+/// can be extended to take them; the operations here pass them on.
 class UIResponder : public Subclass<UIResponder, NSObject> {
  public:
   static MethodList methods();

@@ -28,11 +28,11 @@ enum UIViewAutoresizing : unsigned {
   UIViewAutoresizingFlexibleBottomMargin = 1 << 5,
 };
 
-/// A rectangle of the interface. Coordinates are points, y downwards. A view holds its subviews; the superview, the
-/// window and the controller are back references. Main thread.
+/// A rectangle of the interface. Coordinates are points, y downwards. A view holds its subviews; the
+/// superview, the window and the controller are back references. Main thread.
 ///
-/// Changes of what shows (frame, colours, contents, the tree) mark the window dirty by themselves; a subclass whose
-/// drawing changes says `setNeedsDisplay`.
+/// Changes of what shows (frame, colours, contents, the tree) mark the window dirty by themselves; a subclass
+/// whose drawing changes says `setNeedsDisplay`.
 class UIView : public Subclass<UIView, UIResponder> {
  public:
   explicit UIView(CGRect frame = CGRectZero);
@@ -61,7 +61,7 @@ class UIView : public Subclass<UIView, UIResponder> {
   void bringSubviewToFront(const std::shared_ptr<UIView>& view);
   void removeFromSuperview();
   const std::vector<std::shared_ptr<UIView>>& subviews() const { return subviews_; }
-  std::shared_ptr<UIView> superview() const { return superview_.lock(); }
+  std::shared_ptr<UIView> superview() const;
   /// The window it is in; empty when it is in none. A window answers itself.
   virtual std::shared_ptr<UIWindow> window() const;
   bool isDescendantOfView(const UIView& view) const;
@@ -72,7 +72,7 @@ class UIView : public Subclass<UIView, UIResponder> {
   CGFloat alpha() const { return alpha_; }
   void setAlpha(CGFloat alpha);
   bool isHidden() const { return hidden_; }
-  void setHidden(bool hidden);
+  virtual void setHidden(bool hidden);
   bool clipsToBounds() const { return layer_->masksToBounds; }
   void setClipsToBounds(bool clips);
   /// Changing the layer's fields takes a `setNeedsDisplay`.
@@ -91,11 +91,14 @@ class UIView : public Subclass<UIView, UIResponder> {
   void setNeedsLayout();
   void layoutIfNeeded();
   virtual void layoutSubviews() {}
-  virtual CGSize sizeThatFits(CGSize size) const { (void)size; return bounds_.size; }
+  virtual CGSize sizeThatFits(CGSize size) const {
+    (void)size;
+    return bounds_.size;
+  }
   void sizeToFit();
   void setNeedsDisplay();
-  /// Draws the view's own content (background and subviews are drawn by the platform) into the current context, in
-  /// the view's coordinates.
+  /// Draws the view's own content (background and subviews are drawn by the platform) into the current
+  /// context, in the view's coordinates.
   virtual void drawRect(const CGRect& rect) { (void)rect; }
   /// Draws what the display shows of this view, subviews included, into `rect` of the current context. With
   /// `afterScreenUpdates` changes that are still pending are laid out and rendered first; without, the last
@@ -109,23 +112,45 @@ class UIView : public Subclass<UIView, UIResponder> {
   void addGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer);
   void removeGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>& recognizer);
   const std::vector<std::shared_ptr<UIGestureRecognizer>>& gestureRecognizers() const { return recognizers_; }
+  /// Asked of the view under the finger when a recogniser, its own or an ancestor's, has found its gesture;
+  /// false makes that recogniser fail.
+  virtual bool gestureRecognizerShouldBegin(const UIGestureRecognizer& recognizer) const {
+    (void)recognizer;
+    return true;
+  }
   std::shared_ptr<UIResponder> nextResponder() override;
 
   virtual void didMoveToSuperview() {}
   virtual void didMoveToWindow() {}
 
-  /// Runs `animations` now; frames, centres, bounds, alphas and transforms it sets are shown moving to their new
-  /// values over `duration` seconds. `completion` runs on the main thread when they have arrived.
+  /// Runs `animations` now; frames, centres, bounds, alphas and transforms it sets are shown moving to their
+  /// new values over `duration` seconds. `completion` runs on the main thread when they have arrived.
   static void animateWithDuration(double duration, const std::function<void()>& animations,
                                   std::function<void()> completion = nullptr);
 
+ protected:
+  /// What is drawn above the subviews, below the border: a scroll view's indicator.
+  virtual void drawOverSubviews(const CGContextRef& context) const { (void)context; }
+
  private:
+  friend class UIApplication;
+  friend class UITouch;
   friend class UIWindow;
   friend class UIViewController;
   friend class ViewRenderer;
+  enum class Animatable { center, bounds, alpha, transform };
   struct Animation;
-  void geometryWillChange();
+  struct Shown;
+  /// The values on the display: the view's own, or those on the way to them.
+  Shown shown() const;
+  /// To be called before a value changes: inside an animation it starts from what is shown now.
+  void willChange(Animatable property);
+  void setSize(CGSize size);
+  CGPoint pointToSuperview(CGPoint point) const;
+  CGPoint pointFromSuperview(CGPoint point) const;
   void autoresizeSubviews(CGSize oldSize);
+  void autoresize(CGSize oldSuperviewSize, CGSize newSuperviewSize);
+  void detach();
   void movedToWindow();
 
   CGRect bounds_;
@@ -141,7 +166,7 @@ class UIView : public Subclass<UIView, UIResponder> {
   std::string accessibilityLabel_;
   std::shared_ptr<UIColor> backgroundColor_;
   std::shared_ptr<CALayer> layer_;
-  std::weak_ptr<UIView> superview_;
+  UIView* superview_ = nullptr;  // cleared when that view goes; plain, so that a constructor can add subviews
   std::weak_ptr<UIViewController> controller_;  // set when this is a controller's view
   std::vector<std::shared_ptr<UIView>> subviews_;
   std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers_;

@@ -7,10 +7,11 @@
 namespace ios {
 
 class BackingStore;
+class GestureArbiter;
 
-/// A window: the root of a view tree. It keeps its rendering, which the display, the still image and recorders
-/// share; drawing a window in which nothing changed is one copy. The application holds windows weakly: a window
-/// shows as long as its owner holds it.
+/// A window: the root of a view tree. It keeps its rendering, which the display, the still image and
+/// recorders share; drawing a window in which nothing changed is one copy. The application holds windows
+/// weakly: a window shows as long as its owner holds it.
 class UIWindow : public Subclass<UIWindow, UIView> {
  public:
   explicit UIWindow(CGRect frame);
@@ -25,6 +26,9 @@ class UIWindow : public Subclass<UIWindow, UIView> {
   /// Windows of a higher level are in front.
   CGFloat windowLevel() const { return level_; }
   void setWindowLevel(CGFloat level);
+  /// A new window is hidden. One that is shown without being made key leaves the key window as it is; when
+  /// the key window is hidden, the frontmost visible one takes its place.
+  void setHidden(bool hidden) override;
 
   std::shared_ptr<UIWindow> window() const override;
   std::shared_ptr<UIResponder> nextResponder() override;
@@ -34,12 +38,17 @@ class UIWindow : public Subclass<UIWindow, UIView> {
  private:
   friend class UIView;
   friend class UIApplication;
+  friend class UIGestureRecognizer;
   friend class ViewRenderer;
   void markDirty();
+  /// The display lays out what asked for it at its next refresh.
+  void layoutAtNextRefresh();
 
   std::shared_ptr<UIViewController> root_;
   CGFloat level_ = 0;
+  bool layoutIsScheduled_ = false;
   std::unique_ptr<BackingStore> backing_;
+  std::unique_ptr<GestureArbiter> arbiter_;
 };
 
 }  // namespace ios
