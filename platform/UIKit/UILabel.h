@@ -32,6 +32,8 @@ class UILabel : public Subclass<UILabel, UIView> {
 
  private:
   std::vector<TextRun> runs(CGFloat scale) const;
+  /// The text at `scale`, in the bounds, with no more lines than fit there.
+  std::unique_ptr<TextLayout> layout(CGFloat scale) const;
   std::string text_;
   std::shared_ptr<NSAttributedString> attributedText_;
   std::shared_ptr<UIFont> font_;

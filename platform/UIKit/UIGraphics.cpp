@@ -1,0 +1,68 @@
+#include "UIKit/UIGraphics.h"
+
+#include <cmath>
+#include <vector>
+
+#include "CoreGraphics/CGContext+Private.h"
+#include "UIKit/UIScreen.h"
+
+namespace ios {
+namespace {
+
+struct Entry {
+  CGContextRef context;
+  bool isImage = false;
+  CGFloat scale = 1;
+};
+
+std::vector<Entry>& stack() {
+  thread_local std::vector<Entry> entries;
+  return entries;
+}
+
+// Whole pixels that hold so many points; 0 for none and for what is no number.
+std::size_t pixels(CGFloat points, CGFloat scale) {
+  constexpr CGFloat kRounding = 1e-6;
+  const CGFloat count = std::ceil(points * scale - kRounding);
+  return count > 0 && count <= static_cast<CGFloat>(CGImage::kMaximumPixels) ? static_cast<std::size_t>(count)
+                                                                             : 0;
+}
+
+}  // namespace
+
+void UIGraphicsBeginImageContextWithOptions(CGSize size, bool opaque, CGFloat scale) {
+  if (!(scale > 0)) scale = UIScreen::mainScreen()->scale();
+  Entry entry{nullptr, true, scale};
+  const std::size_t width = pixels(size.width, scale), height = pixels(size.height, scale);
+  entry.context = CGContext::withOwnPixels(width, height, opaque);
+  if (entry.context) {
+    CGContextTranslateCTM(entry.context, 0, static_cast<CGFloat>(height));
+    CGContextScaleCTM(entry.context, scale, -scale);
+  }
+  stack().push_back(std::move(entry));
+}
+
+std::shared_ptr<UIImage> UIGraphicsGetImageFromCurrentImageContext() {
+  if (stack().empty() || !stack().back().isImage || !stack().back().context) return nullptr;
+  const Entry& top = stack().back();
+  CGImageRef image = top.context->takeImage();
+  return image ? std::make_shared<UIImage>(std::move(image), top.scale) : nullptr;
+}
+
+void UIGraphicsEndImageContext() {
+  if (!stack().empty() && stack().back().isImage) stack().pop_back();
+}
+
+CGContextRef UIGraphicsGetCurrentContext() {
+  return stack().empty() ? nullptr : stack().back().context;
+}
+
+void UIGraphicsPushContext(const CGContextRef& context) {
+  stack().push_back({context});
+}
+
+void UIGraphicsPopContext() {
+  if (!stack().empty() && !stack().back().isImage) stack().pop_back();
+}
+
+}  // namespace ios
