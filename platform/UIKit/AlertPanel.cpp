@@ -77,6 +77,13 @@ AlertPanel::AlertPanel(Style style, const std::optional<std::string>& title,
     title_ = wrappingLabel(title, UIFont::boldSystemFontOfSize(13), gray);
     message_ = wrappingLabel(message, UIFont::systemFontOfSize(13), gray);
   }
+  for (const auto& label : {title_, message_}) {
+    if (label) texts_->addSubview(label);
+  }
+  group_->addSubview(texts_);
+  group_->addSubview(list_);
+  addSubview(group_);
+  addSubview(cancelGroup_);
 }
 
 void AlertPanel::setActions(const std::vector<std::shared_ptr<UIAlertAction>>& actions, const id& target,
@@ -95,6 +102,9 @@ void AlertPanel::setActions(const std::vector<std::shared_ptr<UIAlertAction>>& a
   // Of two actions side by side cancel comes first, below one another last; `layoutRows` turns the order
   // round.
   if (cancel && style_ == Style::alert) rows_.push_back(cancel);
+  for (const auto& row : rows_) list_->addSubview(row);
+  if (cancel_) cancelGroup_->addSubview(cancel_);
+  cancelGroup_->setHidden(!cancel_);
   setNeedsLayout();
 }
 
@@ -142,24 +152,16 @@ CGSize AlertPanel::sizeThatFits(CGSize available) const {
 }
 
 void AlertPanel::layoutSubviews() {
-  if (!group_->superview()) {
-    group_->addSubview(texts_);
-    group_->addSubview(list_);
-    addSubview(group_);
-    addSubview(cancelGroup_);
-  }
   const Plan plan = this->plan(bounds().width(), bounds().height());
   for (const auto& line : separators_) line->removeFromSuperview();
   separators_.clear();
   group_->setFrame({{0, 0}, {plan.width, plan.textShown + plan.rowsShown}});
   layoutTexts(plan);
   layoutRows(plan);
-  cancelGroup_->setHidden(!cancel_);
   if (!cancel_) return;
   const CGFloat height = metrics().rowHeight;
   cancelGroup_->setFrame({{0, plan.total() - height}, {plan.width, height}});
   cancel_->setFrame(cancelGroup_->bounds());
-  if (!cancel_->superview()) cancelGroup_->addSubview(cancel_);
 }
 
 void AlertPanel::layoutTexts(const Plan& plan) {
@@ -170,7 +172,6 @@ void AlertPanel::layoutTexts(const Plan& plan) {
   CGFloat y = m.top;
   for (const auto& label : {title_, message_}) {
     if (!label) continue;
-    if (!label->superview()) texts_->addSubview(label);
     const CGFloat width = plan.width - 2 * m.side;
     const CGFloat height = label->sizeThatFits({width, kUnlimited}).height;
     label->setFrame({{m.side, y}, {width, height}});
@@ -183,9 +184,6 @@ void AlertPanel::layoutRows(const Plan& plan) {
   const CGFloat thin = chrome::hairline();
   list_->setFrame({{0, plan.textShown}, {plan.width, plan.rowsShown}});
   list_->setContentSize({plan.width, plan.rowsHeight});
-  for (const auto& row : rows_) {
-    if (!row->superview()) list_->addSubview(row);
-  }
   if (plan.textShown > 0 && !rows_.empty()) addSeparator(group_, {{0, plan.textShown}, {plan.width, thin}});
   if (sideBySide(plan.width)) {
     const bool swapped = rows_.back()->isCancel() != chrome::isMirrored();

@@ -19,6 +19,7 @@ AlertRow::AlertRow(const std::shared_ptr<UIAlertAction>& action, CGFloat fontSiz
   label_->setTextAlignment(TextAlignment::center);
   label_->setMinimumScaleFactor(kSmallestScale);
   label_->setUserInteractionEnabled(false);
+  addSubview(label_);
 }
 
 CGFloat AlertRow::naturalWidth() const {
@@ -31,7 +32,6 @@ void AlertRow::setHighlighted(bool highlighted) {
 }
 
 void AlertRow::layoutSubviews() {
-  if (!label_->superview()) addSubview(label_);
   label_->setFrame(CGRectInset({{0, 0}, bounds().size}, kSide, 0));
 }
 

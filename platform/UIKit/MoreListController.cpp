@@ -22,6 +22,7 @@ class MoreLine : public Subclass<MoreLine, UIControl> {
     label_->setFont(UIFont::systemFontOfSize(17));
     label_->setUserInteractionEnabled(false);
     label_->setTextAlignment(chrome::isMirrored() ? TextAlignment::right : TextAlignment::left);
+    addSubview(label_);
   }
   static MethodList methods() { return {}; }
   std::string accessibilityLabel() const override { return label_->text(); }
@@ -30,7 +31,6 @@ class MoreLine : public Subclass<MoreLine, UIControl> {
     setBackgroundColor(highlighted ? UIColor::colorWithHex(chrome::kPressed) : nullptr);
   }
   void layoutSubviews() override {
-    if (!label_->superview()) addSubview(label_);
     const CGSize size = bounds().size;
     label_->setFrame(chrome::mirrored({{kSide, 0}, {std::max(0.0, size.width - 3 * kSide), size.height}},
                                       size.width, chrome::isMirrored()));

@@ -18,6 +18,7 @@ BackButton::BackButton() : label_(std::make_shared<UILabel>()) {
   label_->setFont(UIFont::systemFontOfSize(17));
   label_->setTextColor(UIColor::colorWithHex(chrome::kTint));
   label_->setUserInteractionEnabled(false);
+  addSubview(label_);
 }
 
 void BackButton::setTitle(const std::string& title) {
@@ -39,7 +40,6 @@ void BackButton::setHighlighted(bool highlighted) {
 }
 
 void BackButton::layoutSubviews() {
-  if (!label_->superview()) addSubview(label_);
   const CGSize size = bounds().size;
   const CGFloat left = kSide + kArrowWidth;
   label_->setFrame(chrome::mirrored({{left, 0}, {std::max(0.0, size.width - left - kSide), size.height}},
@@ -67,6 +67,9 @@ NavigationBar::NavigationBar()
   title_->setFont(UIFont::boldSystemFontOfSize(17));
   title_->setTextAlignment(TextAlignment::center);
   title_->setUserInteractionEnabled(false);
+  addSubview(title_);
+  addSubview(back_);
+  addSubview(edge_);
 }
 
 void NavigationBar::setTitle(const std::string& title) {
@@ -81,12 +84,6 @@ void NavigationBar::setBackTitle(const std::optional<std::string>& title) {
 }
 
 void NavigationBar::layoutSubviews() {
-  if (!title_->superview()) {
-    for (const std::shared_ptr<UIView>& part :
-         {std::shared_ptr<UIView>(title_), std::shared_ptr<UIView>(back_), edge_}) {
-      addSubview(part);
-    }
-  }
   const CGFloat width = bounds().width();
   const CGFloat top = bounds().height() - kHeight;
   const bool mirror = chrome::isMirrored();

@@ -133,10 +133,10 @@ PopoverPlacement placePopover(CGSize size, const CGRect& anchor, const CGRect& a
 PopoverBubble::PopoverBubble() : clip_(std::make_shared<UIView>()) {
   clip_->layer()->cornerRadius = kCorner;
   clip_->setClipsToBounds(true);
+  addSubview(clip_);
 }
 
 void PopoverBubble::setContent(const std::shared_ptr<UIView>& content) {
-  if (!clip_->superview()) addSubview(clip_);
   clip_->addSubview(content);
 }
 

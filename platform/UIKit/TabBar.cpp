@@ -26,6 +26,7 @@ TabBarItem::TabBarItem(const std::string& title, Sign sign, bool selected)
   title_->setTextColor(UIColor::colorWithHex(selected ? chrome::kTint : kUnselected));
   title_->setTextAlignment(TextAlignment::center);
   title_->setUserInteractionEnabled(false);
+  addSubview(title_);
   if (sign == Sign::more) return;
   initial_ = std::make_shared<UILabel>();
   initial_->setText(firstCharacter(title));
@@ -33,6 +34,7 @@ TabBarItem::TabBarItem(const std::string& title, Sign sign, bool selected)
   initial_->setTextColor(selected ? UIColor::colorWithHex(chrome::kBar) : UIColor::colorWithHex(kUnselected));
   initial_->setTextAlignment(TextAlignment::center);
   initial_->setUserInteractionEnabled(false);
+  addSubview(initial_);
 }
 
 std::string TabBarItem::accessibilityLabel() const {
@@ -44,10 +46,6 @@ CGRect TabBarItem::signFrame() const {
 }
 
 void TabBarItem::layoutSubviews() {
-  if (!title_->superview()) {
-    addSubview(title_);
-    if (initial_) addSubview(initial_);
-  }
   title_->setFrame({{2, 34}, {std::max(0.0, bounds().width() - 4), 13}});
   if (initial_) initial_->setFrame(signFrame());
 }
@@ -73,17 +71,18 @@ void TabBarItem::drawRect(const CGRect&) {
 
 TabBar::TabBar() : edge_(chrome::plate(chrome::kBarEdge)) {
   setBackgroundColor(UIColor::colorWithHex(chrome::kBar));
+  addSubview(edge_);
 }
 
 void TabBar::setItems(std::vector<std::shared_ptr<TabBarItem>> items) {
   for (const auto& item : items_) item->removeFromSuperview();
   items_ = std::move(items);
   for (const auto& item : items_) addSubview(item);
+  bringSubviewToFront(edge_);
   setNeedsLayout();
 }
 
 void TabBar::layoutSubviews() {
-  if (!edge_->superview()) addSubview(edge_);
   const CGSize size = bounds().size;
   edge_->setFrame({{0, 0}, {size.width, chrome::hairline()}});
   const CGFloat width = items_.empty() ? 0 : size.width / static_cast<CGFloat>(items_.size());

@@ -29,7 +29,6 @@ std::shared_ptr<UINavigationController> UITabBarController::moreNavigationContro
     list->setTitle(kMore);
     more_ = UINavigationController::withRootViewController(list);
     more_->setTitle(kMore);
-    addChildViewController(more_);
   }
   return more_;
 }
@@ -80,6 +79,8 @@ void UITabBarController::setSelectedIndex(std::size_t index) {
 void UITabBarController::show(const std::shared_ptr<UIViewController>& controller) {
   const auto old = selected_;
   selected_ = controller;
+  // "More" is one of the children from when it is first chosen.
+  if (controller && controller == more_ && !more_->parentViewController()) addChildViewController(more_);
   rebuildBar();
   if (old == controller || !isViewLoaded()) return;
   beginExchange(old, controller, false);
