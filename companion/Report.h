@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "CoreFoundation/PropertyList.h"
+#include "JpegCheck.h"
+
+namespace companion {
+
+enum class ReportKind { stillImage, recording };
+
+/// Type texts of the representations of a hand-off.
+inline const std::string kImageRecordType = "dictionaryInApp";
+inline const std::string kImageType = "imageData";
+inline const std::string kVideoRecordType = "TLVScreenVideoDetails";
+
+/// The record of a capture: key → text.
+using Record = std::map<std::string, std::string>;
+
+/// The keys a record has, no more and no fewer, in the order in which they are written.
+std::span<const std::string_view> recordKeys(ReportKind kind);
+/// What the record says under `key`; empty if it says nothing.
+const std::string& entry(const Record& record, std::string_view key);
+/// The screen that was captured: "screenName" of a still image, "videoName" of a recording.
+const std::string& screen(const Record& record);
+
+/// A hand-off that was checked and found good.
+struct Report {
+  ReportKind kind = ReportKind::stillImage;
+  Record record;
+  /// Type text → bytes as received. Of known types only.
+  std::map<std::string, ios::Bytes> representations;
+  /// Of the JPEG image under `kImageType`, if there is one.
+  std::optional<ImageSize> image;
+  /// The pasteboard's count of changes when the item was on it.
+  std::int64_t changeCount = 0;
+};
+
+}  // namespace companion
