@@ -6,21 +6,23 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "CoreFoundation/PropertyList.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
 
-/// A folder with an Info.plist (XML or binary) and resources, localised ones in `<language>.lproj` folders. Any
-/// thread; made once a folder and alive until the process ends. What was read is kept.
+/// A folder with an Info.plist (XML or binary) and resources, localised ones in `<language>.lproj` folders.
+/// Any thread; made once a folder and alive until the process ends. What was read is kept.
 class NSBundle : public NSObject {
  public:
   /// The running application's bundle.
   static std::shared_ptr<NSBundle> mainBundle();
-  /// The bundle of an application or framework that this process can load from, or empty. Looked for in: the main
-  /// bundle; `Frameworks/*.framework` and `*.framework` of the main bundle and beside the executable; the framework
-  /// folders around every image the process has loaded; the folders listed in IOS_FRAMEWORK_PATH (":"-separated).
+  /// The bundle of an application or framework that this process can load from, or empty. Looked for in: the
+  /// main bundle; `Frameworks/*.framework` and `*.framework` of the main bundle and beside the executable;
+  /// the framework folders around every image the process has loaded; the folders listed in
+  /// IOS_FRAMEWORK_PATH (":"-separated).
   static std::shared_ptr<NSBundle> bundleWithIdentifier(const std::string& identifier);
   static std::shared_ptr<NSBundle> bundleWithPath(const std::filesystem::path& path);
 
@@ -29,12 +31,15 @@ class NSBundle : public NSObject {
   const std::optional<NSDictionary>& infoDictionary() const { return info_; }
   std::optional<std::string> bundleIdentifier() const;
 
-  /// The text under `key` in `<table>.strings` of the user's most preferred language that the bundle has, falling
-  /// back from "de-AT" to "de", through the list of preferred languages to the bundle's development language. A key
-  /// that is missing gives `value`, or the key itself when `value` is empty.
-  std::string localizedStringForKey(const std::string& key, const std::string& value, const std::string& table) const;
+  /// The text under `key` in `<table>.strings` of the user's most preferred language that the bundle has,
+  /// falling back from "de-AT" to "de", through the list of preferred languages to the bundle's development
+  /// language. A key that is missing gives `value`, or the key itself when `value` is empty. A table that is
+  /// damaged gives what stands before the damage, with a line on standard error.
+  std::string localizedStringForKey(const std::string& key, const std::string& value,
+                                    const std::string& table) const;
   /// The best localised, else the unlocalised file of that name; empty if there is none.
-  std::optional<std::filesystem::path> pathForResource(const std::string& name, const std::string& type) const;
+  std::optional<std::filesystem::path> pathForResource(const std::string& name,
+                                                       const std::string& type) const;
 
   explicit NSBundle(std::filesystem::path path);
 
@@ -45,11 +50,11 @@ class NSBundle : public NSObject {
   std::filesystem::path path_;
   std::optional<NSDictionary> info_;
   mutable std::mutex mutex_;
-  mutable std::map<std::filesystem::path, std::map<std::string, std::string>> tables_;
+  mutable std::map<std::filesystem::path, std::shared_ptr<const std::map<std::string, std::string>>> tables_;
 };
 
 /// The localised text for `key`; the key itself where there is none.
-std::string NSLocalizedString(const std::string& key, const std::string& table, const std::shared_ptr<NSBundle>& bundle,
-                              const std::string& value);
+std::string NSLocalizedString(const std::string& key, const std::string& table,
+                              const std::shared_ptr<NSBundle>& bundle, const std::string& value);
 
 }  // namespace ios

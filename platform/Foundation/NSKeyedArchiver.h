@@ -7,8 +7,8 @@
 
 namespace ios {
 
-/// Writes objects as a keyed archive: a binary property list with "$archiver", "$objects", "$top" and "$version",
-/// as any reader of that form expects it.
+/// Writes objects as a keyed archive: a binary property list with "$archiver", "$objects", "$top" and
+/// "$version", as any reader of that form expects it.
 class NSKeyedArchiver {
  public:
   /// `root` is property-list data without UIDs. The same value gives the same bytes.

@@ -26,18 +26,20 @@ class NSNotification : public NSObject {
   std::optional<NSDictionary> userInfo_;
 };
 
-/// Announces what happened to whoever registered for it. Observers are called on the posting thread, inside the
-/// post, in the order of registration. Any thread.
+/// Announces what happened to whoever registered for it. Observers are called on the posting thread, inside
+/// the post, in the order of registration. Any thread.
 ///
-/// Observers are not kept alive; one that is gone is forgotten. One that is added during a post hears of the next
-/// post; one that is removed during a post, and was not called yet, is not called.
+/// Observers are not kept alive; one that is gone is forgotten. One that is added during a post hears of the
+/// next post; one that is removed during a post, and was not called yet, is not called.
 class NSNotificationCenter : public NSObject {
  public:
   static const std::shared_ptr<NSNotificationCenter>& defaultCenter();
 
-  /// `selector` takes the notification or nothing. Empty `name`: every name; empty `object`: any sender. The same
-  /// observer registered twice is called twice. A selector that the observer lacks stops the process, here.
-  void addObserver(const id& observer, Selector selector, const std::optional<std::string>& name, const id& object);
+  /// `selector` takes the notification or nothing. Empty `name`: every name; empty `object`: any sender. The
+  /// same observer registered twice is called twice. A selector that the observer lacks stops the process,
+  /// here.
+  void addObserver(const id& observer, Selector selector, const std::optional<std::string>& name,
+                   const id& object);
   /// Removes every registration of `observer` that matches.
   void removeObserver(const NSObject& observer, const std::optional<std::string>& name = std::nullopt,
                       const id& object = nullptr);

@@ -18,24 +18,29 @@ inline const NSRunLoopMode UITrackingRunLoopMode = "UITrackingRunLoopMode";
 /// Stands for both.
 inline const NSRunLoopMode NSRunLoopCommonModes = "kCFRunLoopCommonModes";
 
-/// The loop of a thread. The main thread's is run by the application; every other thread has one too, which nobody
-/// runs, so that timers scheduled there never fire, as on the platform.
+/// The loop of a thread. The main thread's is run by the application; every other thread has one too, which
+/// nobody runs, so that timers scheduled there never fire, as on the platform; such a loop does not keep them
+/// either.
 class NSRunLoop : public NSObject {
  public:
   static const std::shared_ptr<NSRunLoop>& mainRunLoop();
   static std::shared_ptr<NSRunLoop> currentRunLoop();
 
+  /// The main run loop keeps the timer until it is invalidated. On the loop's own thread.
   void addTimer(const std::shared_ptr<NSTimer>& timer, const NSRunLoopMode& mode);
 
   /// The mode the loop runs in now. The application pushes the tracking mode while a drag lasts.
   const NSRunLoopMode& currentMode() const { return modes_.back(); }
   void pushMode(const NSRunLoopMode& mode);
+  /// What waited for the mode that is run again runs soon, not inside this call.
   void popMode();
   bool accepts(const NSRunLoopMode& mode) const;
   /// Runs `due` now if `mode` is being run, or as soon as it is. Main run loop, main thread.
   void performWhenMode(const NSRunLoopMode& mode, std::function<void()> due);
 
  private:
+  void releaseWaiting();
+
   std::vector<NSRunLoopMode> modes_{NSDefaultRunLoopMode};
   struct Waiting {
     NSRunLoopMode mode;
@@ -44,11 +49,13 @@ class NSRunLoop : public NSObject {
   std::vector<Waiting> waiting_;
 };
 
-/// Calls `selector` on `target` once, `delay` seconds from now, in the default mode of the current thread's run
-/// loop, with `argument` if the selector takes one. The target is kept alive until then. Never called inside this
-/// call, even for a delay of 0. A selector that the target lacks stops the process, here.
+/// Calls `selector` on `target` once, `delay` seconds from now, in the default mode of the current thread's
+/// run loop, with `argument` if the selector takes one. The target is kept alive until then. Never called
+/// inside this call, even for a delay of 0. A selector that the target lacks stops the process, here. Off the
+/// main thread it is never called, as nobody runs the loop.
 void performSelectorAfterDelay(const id& target, Selector selector, const id& argument, double delay);
-/// Takes back every delayed perform of `target` (of `selector`).
+/// Takes back every delayed perform of `target` that was asked for on the main thread. Main thread; elsewhere
+/// there is nothing to take back.
 void cancelPreviousPerformRequestsWithTarget(const NSObject& target);
 
 }  // namespace ios

@@ -8,8 +8,8 @@
 
 namespace ios {
 
-/// Settings of the application. Only the argument domain exists: `-debug YES` on the command line of a launch sets
-/// "debug". Read-only; any thread.
+/// Settings of the application. Only the argument domain exists: `-debug YES` on the command line of a launch
+/// sets "debug". Read-only; any thread.
 class NSUserDefaults : public NSObject {
  public:
   static const std::shared_ptr<NSUserDefaults>& standardUserDefaults();

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+
+#include "DeviceClock/Clock.h"
+
+namespace ios {
+
+/// `seconds` as the clock counts; beyond its range a time that never comes, and 0 for what is no number.
+inline Clock::Duration durationFromSeconds(double seconds) {
+  constexpr double kNever =
+      4e18;  // ns: more than a century, and far enough from the end of the range to be added to
+  const double nanoseconds = seconds * 1e9;
+  if (std::isnan(nanoseconds)) return Clock::Duration(0);
+  if (nanoseconds >= kNever) return Clock::Duration(static_cast<std::int64_t>(kNever));
+  if (nanoseconds <= 0) return Clock::Duration(0);
+  return Clock::Duration(std::llround(nanoseconds));
+}
+
+}  // namespace ios
