@@ -1,0 +1,123 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+
+#include "simulator/Console.h"
+#include "simulator/Flow.h"
+#include "simulator/FlowRunner.h"
+#include "simulator/Phone.h"
+#include "simulator/Transcript.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace simulator;
+
+constexpr int kDone = 0, kStepFailed = 1, kBadInput = 2;
+
+struct CommandLine {
+  fs::path flow = "examples/flows/tour.yaml";
+  fs::path out;
+  std::string profile = "iPhone 6";
+  std::string language = "en-US";
+  bool realTime = false;
+  std::vector<fs::path> applications;
+};
+
+int complain(const std::string& what, int status) {
+  std::fprintf(stderr, "%s\n", what.c_str());
+  return status;
+}
+
+/// Names of the pictures that the commands take.
+void pictures(const std::vector<Command>& commands, std::vector<std::string>& names) {
+  for (const Command& command : commands) {
+    if (const auto* picture = std::get_if<TakeScreenshot>(&command.action))
+      names.push_back(picture->name + ".png");
+    if (const auto* repeat = std::get_if<Repeat>(&command.action)) pictures(repeat->commands, names);
+    if (const auto* run = std::get_if<RunFlow>(&command.action)) pictures(run->commands, names);
+  }
+}
+
+/// Makes the output folder and removes what an earlier run of this flow left there, and nothing else.
+std::error_code prepare(const fs::path& out, const Flow& flow) {
+  std::error_code error;
+  fs::create_directories(out, error);
+  std::vector<std::string> names = {"device", "inbox", "console.log"};
+  pictures(flow.commands, names);
+  for (const std::string& name : names) {
+    if (!error) fs::remove_all(out / name, error);
+  }
+  return error;
+}
+
+std::string copyInbox(const fs::path& device, const fs::path& out) {
+  const fs::path inbox = device / "Containers" / kCompanionIdentifier / "Documents" / "inbox";
+  std::error_code error;
+  if (!fs::is_directory(inbox, error)) return {};
+  fs::copy(inbox, out / "inbox", fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
+  return error ? "could not copy the inbox: " + error.message() : "";
+}
+
+int run(const CommandLine& line, const fs::path& executable) {
+  std::string problem;
+  const auto flow = readFlow(line.flow, problem);
+  if (!flow) return complain(problem, kBadInput);
+  if (!ios::ScreenProfile::named(line.profile)) {
+    std::string names;
+    for (const auto& profile : ios::ScreenProfile::all()) names += (names.empty() ? "" : ", ") + profile.name;
+    return complain("no profile is called \"" + line.profile + "\"; known: " + names, kBadInput);
+  }
+  const fs::path out =
+      fs::absolute(line.out.empty() ? fs::path("out") / line.flow.stem() : line.out).lexically_normal();
+  if (const auto error = prepare(out, *flow)) {
+    return complain("could not prepare " + out.string() + ": " + error.message(), kBadInput);
+  }
+
+  Phone::Options options{
+      .folder = out / "device", .settings = {}, .realTime = line.realTime, .catalog = line.applications};
+  options.settings.profile = line.profile;
+  options.settings.languages = {line.language};
+  options.catalog.push_back(executable.parent_path().parent_path() / "Applications");
+  Transcript transcript;
+  Console console(out / "console.log", [&](const std::string& text) { transcript.consoleLine(text); });
+  Phone phone(options, console, [&] { transcript.flushConsole(); });
+  if (problem = phone.installAll(); !problem.empty()) return complain(problem, kBadInput);
+
+  transcript.heading(flow->name + " (" + line.profile + ", " + line.language + ")");
+  const bool played = FlowRunner(phone, console, transcript, out).play(flow->commands, problem);
+  const std::string ending = phone.stop();
+  transcript.flushConsole();
+  if (const std::string lost = copyInbox(options.folder, out); !lost.empty())
+    return complain(lost, kStepFailed);
+  if (!played) return complain(problem, kStepFailed);
+  if (!ending.empty()) return complain(line.flow.string() + ": " + ending, kStepFailed);
+  std::error_code error;
+  transcript.heading("Everything happened as expected; see " + fs::proximate(out, error).string());
+  return kDone;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CommandLine line;
+  CLI::App app("Plays a flow on a simulated phone.");
+  app.add_option("flow", line.flow, "the flow's file; the tour of the still image without one");
+  app.add_option("--out", line.out, "folder for pictures, console, inbox and device; out/<flow> without it");
+  app.add_option("--profile", line.profile, "the phone: \"iPhone 6\"");
+  app.add_option("--language", line.language, "the user's language: \"de-AT\"");
+  app.add_flag("--real-time", line.realTime, "let time pass as on the wall");
+  app.add_option("--applications", line.applications, "a folder of bundles to install from");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kDone : kBadInput;
+  }
+  std::error_code error;
+  const fs::path executable = fs::read_symlink("/proc/self/exe", error);
+  try {
+    return run(line, executable);
+  } catch (const std::exception& unexpected) {
+    return complain(std::string("the simulator failed: ") + unexpected.what(), kStepFailed);
+  }
+}
