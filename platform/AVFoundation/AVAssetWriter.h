@@ -1,0 +1,82 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "AVFoundation/AVAssetWriterInput.h"
+#include "AVFoundation/AVError.h"
+#include "AVFoundation/AVMediaFormat.h"
+#include "CoreMedia/CMTime.h"
+#include "Foundation/NSError.h"
+#include "Foundation/NSURL.h"
+#include "ObjectiveC/NSObject.h"
+
+namespace ios {
+
+class MovieWriter;
+
+enum AVAssetWriterStatus : long {
+  AVAssetWriterStatusUnknown = 0,
+  AVAssetWriterStatusWriting = 1,
+  AVAssetWriterStatusCompleted = 2,
+  AVAssetWriterStatusFailed = 3,
+  AVAssetWriterStatusCancelled = 4,
+};
+
+/// Writes one movie: a QuickTime file (or MPEG-4, by file type) with at most one track of each media type.
+///
+/// Unknown → `startWriting` → writing → `finishWriting…` → completed. Any failure (of the disk, of a codec,
+/// of the times a caller gives) ends in failed, with `error` saying what was being done and the code; nothing
+/// is written any more and no part of the file remains. The movie is made under a hidden name beside
+/// `outputURL` and appears there when it is complete, so a file at `outputURL` always plays.
+///
+/// Usable from any thread. Encoding runs on the thread that appends; finishing on a queue of the writer's
+/// own.
+class AVAssetWriter : public NSObject {
+ public:
+  /// Empty, with `error` set, when `outputURL` is no file URL or its folder does not exist, or
+  /// `outputFileType` is neither AVFileTypeQuickTimeMovie nor AVFileTypeMPEG4. Touches no file.
+  static std::shared_ptr<AVAssetWriter> initWithURL(const NSURL& outputURL, const AVFileType& outputFileType,
+                                                    std::shared_ptr<NSError>& error);
+  explicit AVAssetWriter(std::shared_ptr<MovieWriter> writer, NSURL outputURL, AVFileType outputFileType);
+  /// A writer that goes while it writes is cancelled; one that is finishing finishes.
+  ~AVAssetWriter() override;
+
+  const NSURL& outputURL() const { return outputURL_; }
+  const AVFileType& outputFileType() const { return outputFileType_; }
+  AVAssetWriterStatus status() const;
+  /// Why the status is failed; empty otherwise.
+  std::shared_ptr<NSError> error() const;
+
+  /// False for no input, one that belongs to a writer, a second one of its media type, settings that cannot
+  /// be met, and once writing has started.
+  bool canAddInput(const std::shared_ptr<AVAssetWriterInput>& input) const;
+  /// An input that cannot be added before writing started makes `startWriting` fail with the reason; later
+  /// ones, and no input, are left out.
+  void addInput(const std::shared_ptr<AVAssetWriterInput>& input);
+  const std::vector<std::shared_ptr<AVAssetWriterInput>>& inputs() const { return inputs_; }
+
+  /// Creates the file and sets up the encoders. False, and status failed, when that fails, when a file exists
+  /// at `outputURL` (AVErrorFileAlreadyExists), or when no input was added. False without effect when called
+  /// again.
+  bool startWriting();
+  /// `startTime` becomes the movie's time zero. Sound from before it is cut off, to the frame; pictures from
+  /// before it are left out. Once, while writing; a time that is not numeric fails the writer.
+  void startSessionAtSourceTime(const CMTime& startTime);
+
+  /// Marks every input as finished, completes the file on the writer's queue and calls `handler` there, once,
+  /// whatever came of it: look at `status`. A writer that is not writing is left as it is. A movie without
+  /// any picture or sound fails.
+  void finishWritingWithCompletionHandler(std::function<void()> handler);
+  /// Gives up: status cancelled, no file. No effect unless writing; waits while the file is being completed.
+  void cancelWriting();
+
+ private:
+  const std::shared_ptr<MovieWriter> writer_;
+  const NSURL outputURL_;
+  const AVFileType outputFileType_;
+  std::vector<std::shared_ptr<AVAssetWriterInput>> inputs_;
+};
+
+}  // namespace ios

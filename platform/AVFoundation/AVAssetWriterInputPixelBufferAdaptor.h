@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "AVFoundation/AVAssetWriterInput.h"
+#include "CoreMedia/CMTime.h"
+#include "CoreVideo/CVPixelBuffer.h"
+#include "ObjectiveC/NSObject.h"
+
+namespace ios {
+
+/// Appends pixel buffers to a picture input. The movie has the size of the input's settings, made even by
+/// repeating the last column or row where it is odd; a buffer of another size is stretched to it. Colours are
+/// those of a display (sRGB), stored as BT.601 of limited range and tagged so.
+class AVAssetWriterInputPixelBufferAdaptor : public NSObject {
+ public:
+  /// `sourcePixelBufferAttributes` may be absent; none is heeded.
+  static std::shared_ptr<AVAssetWriterInputPixelBufferAdaptor> initWithAssetWriterInput(
+      const std::shared_ptr<AVAssetWriterInput>& input,
+      const std::optional<NSDictionary>& sourcePixelBufferAttributes);
+  explicit AVAssetWriterInputPixelBufferAdaptor(std::shared_ptr<AVAssetWriterInput> input)
+      : input_(std::move(input)) {}
+
+  const std::shared_ptr<AVAssetWriterInput>& assetWriterInput() const { return input_; }
+
+  /// Encodes the picture before it returns; the buffer is free again then. It may be locked or not. False as
+  /// described at AVAssetWriterInput.
+  bool appendPixelBuffer(const CVPixelBufferRef& buffer, const CMTime& presentationTime);
+
+ private:
+  const std::shared_ptr<AVAssetWriterInput> input_;
+};
+
+}  // namespace ios

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+
+#include "AVFoundation/AVCaptureDevice.h"
+#include "Foundation/NSError.h"
+#include "ObjectiveC/NSObject.h"
+
+namespace ios {
+
+class AVCaptureInput : public NSObject {};
+
+/// A capture device as the input of a session.
+class AVCaptureDeviceInput : public AVCaptureInput {
+ public:
+  /// Empty, with `error` set, for no device, one that is not connected, cannot be opened, or that the
+  /// application may not use (AVErrorApplicationIsNotAuthorizedToUseDevice).
+  static std::shared_ptr<AVCaptureDeviceInput> initWithDevice(const std::shared_ptr<AVCaptureDevice>& device,
+                                                              std::shared_ptr<NSError>& error);
+  explicit AVCaptureDeviceInput(std::shared_ptr<AVCaptureDevice> device) : device_(std::move(device)) {}
+  const std::shared_ptr<AVCaptureDevice>& device() const { return device_; }
+
+ private:
+  const std::shared_ptr<AVCaptureDevice> device_;
+};
+
+}  // namespace ios

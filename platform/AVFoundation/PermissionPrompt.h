@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace ios {
+
+/// A question to the user: may this application use something guarded?
+struct PermissionQuestion {
+  std::string service;  // "microphone"
+  /// The reason that the application's Info dictionary gives; may be empty.
+  std::string reason;
+};
+
+/// Who shows such questions: called on the main thread, one question at a time; must call `answer` once, at
+/// any later time and on any thread. Without one, whoever has not been asked yet is refused, and nothing is
+/// written down.
+using PermissionPresenter =
+    std::function<void(const PermissionQuestion& question, std::function<void(bool granted)> answer)>;
+void setPermissionPresenter(PermissionPresenter presenter);
+
+/// Answers on a queue of the platform's own, once: the user's earlier answer, or the one they give now, which
+/// is kept in the device's settings. Questions for one service that come while it is being asked share the
+/// answer. Any thread.
+void requestPermission(const PermissionQuestion& question, std::function<void(bool granted)> answer);
+
+}  // namespace ios

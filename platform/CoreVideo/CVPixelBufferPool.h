@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+
+#include "CoreVideo/CVPixelBuffer.h"
+
+namespace ios {
+
+/// Pixel buffers of one kind whose memory is used again: a buffer's memory returns here when its last
+/// reference goes, also after the pool itself is gone (it is then freed). Memory is allocated only when none
+/// is free, so there are never more pieces than buffers were in use at one time. A recycled buffer still has
+/// its old pixels. Any thread.
+class CVPixelBufferPool;
+using CVPixelBufferPoolRef = std::shared_ptr<CVPixelBufferPool>;
+
+/// A pool of buffers with `pixelBufferAttributes`: pixel format (integer), width, height and row alignment
+/// (integers or doubles). Nothing is allocated yet. `poolAttributes` may be null; none is heeded. `pool` is
+/// empty after a failure: a missing or unusable size, another pixel format than 32-bit BGRA.
+CVReturn CVPixelBufferPoolCreate(const NSDictionary* poolAttributes,
+                                 const NSDictionary& pixelBufferAttributes, CVPixelBufferPoolRef& pool);
+/// A buffer of the pool, not locked; empty after a failure.
+CVReturn CVPixelBufferPoolCreatePixelBuffer(const CVPixelBufferPoolRef& pool, CVPixelBufferRef& buffer);
+
+/// How a pool is used, for those who watch over memory.
+struct CVPixelBufferPoolUse {
+  std::size_t inUse = 0, mostInUse = 0, allocated = 0;
+};
+CVPixelBufferPoolUse CVPixelBufferPoolGetUse(const CVPixelBufferPoolRef& pool);
+
+/// Tests replace the device's memory here: asked before every buffer a pool hands out; anything but
+/// kCVReturnSuccess makes it fail so. Empty again: there is memory. Asked on the thread that wants the
+/// buffer.
+void setPixelBufferFault(std::function<CVReturn()> fault);
+
+}  // namespace ios
