@@ -137,9 +137,10 @@ void Applications::launch(const InstalledApplication& application, const std::st
   auto activity = std::make_shared<Clock::Activity>("the application " + application.bundleIdentifier);
   dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0),
                  [plan = std::move(plan), finished = std::move(finished), activity]() mutable {
-                   WorkerPool::currentThreadBlocks();
-                   const LaunchResult result = run(plan);
-                   WorkerPool::currentThreadResumes();
+                   const LaunchResult result = [&plan] {
+                     const WorkerPool::BlockedThread waiting;
+                     return run(plan);
+                   }();
                    dispatch_async(dispatch_get_main_queue(), [result, finished] {
                      if (finished) finished(result);
                    });

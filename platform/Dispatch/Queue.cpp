@@ -1,7 +1,7 @@
 #include "Dispatch/Queue.h"
 
-#include <algorithm>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "Dispatch/Queue+Private.h"
@@ -15,107 +15,123 @@ namespace {
 thread_local std::vector<const DispatchQueue*> running;
 
 // Every queue, for the clock's account of what is pending.
-struct Registry {
-  std::mutex mutex;
-  std::set<const DispatchQueue*> queues;
-
+class Registry {
+ public:
   static Registry& shared() {
     static auto& registry = *new Registry;
     return registry;
   }
-  Registry() {
-    Clock::shared().addReporter([this] {
-      std::lock_guard lock(mutex);
-      std::vector<std::string> lines;
-      for (const auto* queue : queues) {
-        if (auto count = queue->waiting()) lines.push_back("queue " + queue->label() + ": " + std::to_string(count) + " blocks");
-      }
-      return lines;
-    });
+  void add(const DispatchQueue* queue) {
+    MutexLock lock(mutex_);
+    queues_.insert(queue);
   }
+  void remove(const DispatchQueue* queue) {
+    MutexLock lock(mutex_);
+    queues_.erase(queue);
+  }
+
+ private:
+  Registry() {
+    Clock::shared().addReporter([this] { return pending(); });
+  }
+  std::vector<std::string> pending() {
+    MutexLock lock(mutex_);
+    std::vector<std::string> lines;
+    for (const auto* queue : queues_) {
+      if (auto line = queue->pending(); !line.empty()) lines.push_back(std::move(line));
+    }
+    return lines;
+  }
+
+  Mutex mutex_;
+  std::set<const DispatchQueue*> queues_ IOS_GUARDED_BY(mutex_);
 };
+
+void wait(const std::shared_ptr<Clock::Parking>& parking) {
+  WorkerPool::BlockedThread blocked;
+  Clock::shared().park(parking, std::nullopt);
+}
+
+DispatchQueue& checked(const dispatch_queue_t& queue) {
+  if (!queue) programmingError("a queue was needed and none was given");
+  return *queue;
+}
 
 }  // namespace
 
-class DispatchQueue::Running {
- public:
-  explicit Running(const DispatchQueue* queue) { running.push_back(queue); }
-  ~Running() { running.pop_back(); }
-  Running(const Running&) = delete;
-};
-
-DispatchQueue::DispatchQueue(Kind kind, std::string label, WorkerPool* pool)
-    : kind_(kind), label_(std::move(label)), pool_(pool) {
-  Registry& registry = Registry::shared();
-  std::lock_guard lock(registry.mutex);
-  registry.queues.insert(this);
+DispatchQueue::DispatchQueue(Kind kind, std::string label, dispatch_queue_t target, WorkerPool* pool)
+    : kind_(kind), label_(std::move(label)), pool_(pool), target_(std::move(target)) {
+  Registry::shared().add(this);
 }
 
 DispatchQueue::~DispatchQueue() {
-  Registry& registry = Registry::shared();
-  std::lock_guard lock(registry.mutex);
-  registry.queues.erase(this);
+  Registry::shared().remove(this);
 }
 
-void DispatchQueue::setTarget(dispatch_queue_t target) {
-  std::lock_guard lock(mutex_);
+void DispatchQueue::setTarget(const dispatch_queue_t& target) {
   if (kind_ != Kind::serial) programmingError("the queue \"" + label_ + "\" has no target to set");
-  if (hasTurn_ || !items_.empty()) programmingError("the target of \"" + label_ + "\" was set after work was queued");
-  target_ = std::move(target);
+  for (const auto* queue = target.get(); queue; queue = queue->target_.get()) {
+    if (queue == this) programmingError("the queue \"" + label_ + "\" cannot be its own target");
+  }
+  {
+    MutexLock lock(mutex_);
+    if (hasTurn_) programmingError("the target of \"" + label_ + "\" was set while it had work");
+  }
+  target_ = target ? target : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0);
 }
 
-std::size_t DispatchQueue::waiting() const {
-  std::lock_guard lock(mutex_);
-  return items_.size();
+std::string DispatchQueue::pending() const {
+  MutexLock lock(mutex_);
+  if (!hasTurn_) return {};
+  return "queue \"" + label_ + "\": busy, " + std::to_string(items_.size()) + " waiting";
 }
 
 bool DispatchQueue::isCurrent() const {
   if (kind_ == Kind::main) return isMainThread();
   for (const auto* queue : running) {
-    for (const auto* q = queue; q; q = q->target_.get()) {
-      if (q == this) return true;
+    for (; queue; queue = queue->target_.get()) {
+      if (queue == this) return true;
     }
   }
   return false;
 }
 
-void DispatchQueue::run(const dispatch_block_t& block) {
-  Running scope(this);
+void DispatchQueue::run(const dispatch_block_t& block) noexcept {
+  running.push_back(this);
   block();
+  running.pop_back();
 }
 
 void DispatchQueue::async(dispatch_block_t block) {
-  Clock& clock = Clock::shared();
-  if (kind_ == Kind::main) {
-    clock.postToMain([self = shared_from_this(), block = std::move(block)] { self->run(block); });
-    return;
+  if (!block) programmingError("an empty block for the queue \"" + label_ + "\"");
+  switch (kind_) {
+    case Kind::main:
+      Clock::shared().postToMain([this, block = std::move(block)] { run(block); });
+      break;
+    case Kind::global:
+      pool_->submit([this, block = std::move(block)] { run(block); });
+      break;
+    case Kind::serial:
+      enqueue({std::move(block), nullptr});
+      break;
   }
-  clock.beginWork();
-  if (kind_ == Kind::global) {
-    pool_->submit([self = shared_from_this(), block = std::move(block)]() mutable {
-      self->run(block);
-      block = nullptr;  // what it holds goes before the device may come to rest
-      Clock::shared().endWork();
-    });
-    return;
-  }
+}
+
+void DispatchQueue::enqueue(Item item) {
   {
-    std::lock_guard lock(mutex_);
-    items_.push_back({std::move(block), nullptr});
+    MutexLock lock(mutex_);
+    items_.push_back(std::move(item));
     if (std::exchange(hasTurn_, true)) return;
   }
   askForTurn();
 }
 
 void DispatchQueue::askForTurn() {
-  switch (target_->kind_) {
-    case Kind::global:
-      target_->pool_->submit([self = shared_from_this()] { self->drain(); });
-      break;
-    case Kind::main:
-    case Kind::serial:
-      target_->async([self = shared_from_this()] { self->drain(); });
-      break;
+  auto turn = [self = shared_from_this()] { self->drain(); };
+  if (target_->kind_ == Kind::global) {
+    target_->pool_->submit(std::move(turn));
+  } else {
+    target_->async(std::move(turn));
   }
 }
 
@@ -123,7 +139,7 @@ void DispatchQueue::drain() {
   for (;;) {
     Item item;
     {
-      std::lock_guard lock(mutex_);
+      MutexLock lock(mutex_);
       if (items_.empty()) {
         hasTurn_ = false;
         return;
@@ -131,19 +147,23 @@ void DispatchQueue::drain() {
       item = std::move(items_.front());
       items_.pop_front();
     }
-    if (item.waiter) {
-      Clock::shared().unpark(*item.waiter);
-      return;
+    if (item.loan) {
+      Clock::shared().unpark(*item.loan->given);
+      wait(item.loan->returned);
+    } else {
+      run(item.block);
     }
-    run(item.block);
-    item.block = nullptr;  // what it holds goes before the device may come to rest
-    Clock::shared().endWork();
   }
 }
 
-void DispatchQueue::finishTurn() {
+bool DispatchQueue::takeFreeTurn() {
+  MutexLock lock(mutex_);
+  return !std::exchange(hasTurn_, true);
+}
+
+void DispatchQueue::giveUpTurn() {
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     if (items_.empty()) {
       hasTurn_ = false;
       return;
@@ -152,95 +172,86 @@ void DispatchQueue::finishTurn() {
   askForTurn();
 }
 
-void DispatchQueue::sync(const dispatch_block_t& block) {
-  if (kind_ != Kind::global && isCurrent()) {
-    programmingError("dispatch_sync onto the queue \"" + label_ + "\" from a block of that queue can never run");
+void DispatchQueue::refuseDeadlock() const {
+  for (const auto* queue = this; queue; queue = queue->target_.get()) {
+    if (queue->kind_ == Kind::global || !queue->isCurrent()) continue;
+    std::string message = "dispatch_sync onto the queue \"" + label_ + "\" can never run: ";
+    if (queue != this) message += "it takes its turns on \"" + queue->label_ + "\", and ";
+    programmingError(message + "the caller is on that queue");
   }
-  Clock& clock = Clock::shared();
+}
+
+void DispatchQueue::sync(const dispatch_block_t& block) {
+  if (!block) programmingError("an empty block for the queue \"" + label_ + "\"");
+  refuseDeadlock();
   if (kind_ == Kind::global) {
     run(block);
-    return;
-  }
-  auto parking = std::make_shared<Clock::Parking>();
-  if (kind_ == Kind::main) {
-    clock.postToMain([self = shared_from_this(), &block, parking] {
-      self->run(block);
-      Clock::shared().unpark(*parking);
-    });
-    WorkerPool::currentThreadBlocks();
-    clock.park(parking, std::nullopt);
-    WorkerPool::currentThreadResumes();
-    return;
-  }
-  if (target_->kind_ != Kind::global) {
-    // The turn has to be taken on the whole chain of targets, so the block goes through the queue like any other.
-    async([&block, parking] {
+  } else if (root().kind_ == Kind::main) {
+    auto done = std::make_shared<Clock::Parking>();
+    async([&block, done] {
       block();
-      Clock::shared().unpark(*parking);
+      Clock::shared().unpark(*done);
     });
-    WorkerPool::currentThreadBlocks();
-    clock.park(parking, std::nullopt);
-    WorkerPool::currentThreadResumes();
-    return;
+    wait(done);
+  } else if (target_->kind_ == Kind::global && takeFreeTurn()) {
+    run(block);
+    giveUpTurn();
+  } else {
+    auto loan = std::make_shared<Loan>();
+    enqueue({nullptr, loan});
+    wait(loan->given);
+    run(block);
+    Clock::shared().unpark(*loan->returned);
   }
-  bool free;
-  {
-    std::lock_guard lock(mutex_);
-    free = !std::exchange(hasTurn_, true);
-    if (!free) {
-      clock.beginWork();
-      items_.push_back({nullptr, parking});
-    }
-  }
-  if (!free) {
-    WorkerPool::currentThreadBlocks();
-    clock.park(parking, std::nullopt);
-    WorkerPool::currentThreadResumes();
-  }
-  run(block);
-  finishTurn();
-  if (!free) clock.endWork();
 }
 
 dispatch_queue_t dispatch_queue_create(const std::string& label) {
-  auto queue = std::make_shared<DispatchQueue>(DispatchQueue::Kind::serial, label, nullptr);
-  queue->setTarget(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0));
-  return queue;
+  return std::make_shared<DispatchQueue>(DispatchQueue::Kind::serial, label,
+                                         dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0),
+                                         nullptr);
 }
 
 dispatch_queue_t dispatch_get_main_queue() {
   static auto& queue = *new dispatch_queue_t(
-      std::make_shared<DispatchQueue>(DispatchQueue::Kind::main, "com.apple.main-thread", nullptr));
+      std::make_shared<DispatchQueue>(DispatchQueue::Kind::main, "com.apple.main-thread", nullptr, nullptr));
   return queue;
 }
 
 dispatch_queue_t dispatch_get_global_queue(long priority, unsigned long flags) {
   if (flags != 0) programmingError("the flags of a global queue are reserved and must be 0");
-  static auto& high = *new dispatch_queue_t(
-      std::make_shared<DispatchQueue>(DispatchQueue::Kind::global, "high priority", &WorkerPool::high()));
-  static auto& standard = *new dispatch_queue_t(
-      std::make_shared<DispatchQueue>(DispatchQueue::Kind::global, "default priority", &WorkerPool::standard()));
+  static auto& high = *new dispatch_queue_t(std::make_shared<DispatchQueue>(
+      DispatchQueue::Kind::global, "high priority", nullptr, &WorkerPool::high()));
+  static auto& standard = *new dispatch_queue_t(std::make_shared<DispatchQueue>(
+      DispatchQueue::Kind::global, "default priority", nullptr, &WorkerPool::standard()));
   return priority == DISPATCH_QUEUE_PRIORITY_HIGH ? high : standard;
 }
 
 void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_queue_t& target) {
-  queue->setTarget(target);
+  checked(queue).setTarget(target);
 }
 
-const std::string& dispatch_queue_get_label(const dispatch_queue_t& queue) { return queue->label(); }
+const std::string& dispatch_queue_get_label(const dispatch_queue_t& queue) {
+  return checked(queue).label();
+}
 
-void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block) { queue->async(std::move(block)); }
+void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block) {
+  checked(queue).async(std::move(block));
+}
 
-void dispatch_sync(const dispatch_queue_t& queue, const dispatch_block_t& block) { queue->sync(block); }
+void dispatch_sync(const dispatch_queue_t& queue, const dispatch_block_t& block) {
+  checked(queue).sync(block);
+}
 
-bool isMainThread() { return Clock::shared().isMainThread(); }
+bool isMainThread() {
+  return Clock::shared().isMainThread();
+}
 
 void assertMainThread(const char* who) {
   if (!isMainThread()) programmingError(std::string(who) + " belongs to the main thread");
 }
 
 void dispatch_assert_queue(const dispatch_queue_t& queue) {
-  if (!queue->isCurrent()) programmingError("this belongs to the queue \"" + queue->label() + "\"");
+  if (!checked(queue).isCurrent()) programmingError("this belongs to the queue \"" + queue->label() + "\"");
 }
 
 }  // namespace ios

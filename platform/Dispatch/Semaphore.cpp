@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <deque>
+#include <limits>
 #include <optional>
 
 #include "DeviceClock/Clock.h"
 #include "Dispatch/WorkerPool.h"
+#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/Programming.h"
 
 namespace ios {
@@ -17,7 +19,7 @@ class DispatchSemaphore {
   bool wait(dispatch_time_t timeout) {
     auto parking = std::make_shared<Clock::Parking>();
     {
-      std::lock_guard lock(mutex_);
+      MutexLock lock(mutex_);
       if (count_ > 0) {
         --count_;
         return true;
@@ -25,14 +27,9 @@ class DispatchSemaphore {
       if (timeout == DISPATCH_TIME_NOW) return false;
       waiters_.push_back(parking);
     }
-    std::optional<Clock::Instant> deadline;
-    if (timeout != DISPATCH_TIME_FOREVER) deadline = Clock::Instant(Clock::Duration(static_cast<std::int64_t>(timeout)));
-    WorkerPool::currentThreadBlocks();
-    const bool woken = Clock::shared().park(parking, deadline);
-    WorkerPool::currentThreadResumes();
-    if (woken) return true;
+    if (park(parking, timeout)) return true;
     // A signal may have chosen this waiter after its time was up; then the count was handed over and is ours.
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     auto still = std::find(waiters_.begin(), waiters_.end(), parking);
     if (still == waiters_.end()) return true;
     waiters_.erase(still);
@@ -42,7 +39,7 @@ class DispatchSemaphore {
   bool signal() {
     std::shared_ptr<Clock::Parking> first;
     {
-      std::lock_guard lock(mutex_);
+      MutexLock lock(mutex_);
       if (waiters_.empty()) {
         ++count_;
         return false;
@@ -55,9 +52,18 @@ class DispatchSemaphore {
   }
 
  private:
-  std::mutex mutex_;
-  long count_;
-  std::deque<std::shared_ptr<Clock::Parking>> waiters_;
+  static bool park(const std::shared_ptr<Clock::Parking>& parking, dispatch_time_t timeout) {
+    std::optional<Clock::Instant> deadline;
+    if (timeout < static_cast<dispatch_time_t>(std::numeric_limits<std::int64_t>::max())) {
+      deadline = Clock::Instant(Clock::Duration(static_cast<std::int64_t>(timeout)));
+    }
+    WorkerPool::BlockedThread blocked;
+    return Clock::shared().park(parking, deadline);
+  }
+
+  Mutex mutex_;
+  long count_ IOS_GUARDED_BY(mutex_);
+  std::deque<std::shared_ptr<Clock::Parking>> waiters_ IOS_GUARDED_BY(mutex_);
 };
 
 dispatch_semaphore_t dispatch_semaphore_create(long count) {
@@ -69,6 +75,8 @@ long dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore, dispatch_tim
   return semaphore->wait(timeout) ? 0 : 1;
 }
 
-long dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) { return semaphore->signal() ? 1 : 0; }
+long dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) {
+  return semaphore->signal() ? 1 : 0;
+}
 
 }  // namespace ios

@@ -11,8 +11,9 @@ constexpr auto kLatest = static_cast<dispatch_time_t>(std::numeric_limits<std::i
 }
 
 dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta) {
-  if (when == DISPATCH_TIME_FOREVER) return when;
-  if (when == DISPATCH_TIME_NOW) when = static_cast<dispatch_time_t>(Clock::shared().now().time_since_epoch().count());
+  if (when >= kLatest) return DISPATCH_TIME_FOREVER;
+  if (when == DISPATCH_TIME_NOW)
+    when = static_cast<dispatch_time_t>(Clock::shared().now().time_since_epoch().count());
   if (delta < 0) {
     const auto back = static_cast<std::uint64_t>(-(delta + 1)) + 1;
     return back >= when ? 1 : when - back;
@@ -30,8 +31,9 @@ void dispatch_after(dispatch_time_t when, const dispatch_queue_t& queue, dispatc
     dispatch_async(queue, std::move(block));
     return;
   }
+  // Moved on, not copied: what the block holds must go on the thread that ran it.
   clock.schedule(deadline, Clock::Lane::any,
-                 [queue, block = std::move(block)] { dispatch_async(queue, block); });
+                 [queue, block = std::move(block)]() mutable { dispatch_async(queue, std::move(block)); });
 }
 
 }  // namespace ios

@@ -1,6 +1,8 @@
 #include "Dispatch/WorkerPool.h"
 
+#include <system_error>
 #include <thread>
+#include <utility>
 
 #include "DeviceClock/Clock.h"
 
@@ -20,45 +22,53 @@ WorkerPool& WorkerPool::standard() {
 }
 
 void WorkerPool::submit(std::function<void()> task) {
-  std::lock_guard lock(mutex_);
-  tasks_.push_back(std::move(task));
-  startThreadIfNeeded();
+  Clock::shared().beginWork();
+  {
+    MutexLock lock(mutex_);
+    tasks_.push_back(std::move(task));
+    startThreadIfNeeded();
+  }
   wake_.notify_one();
 }
 
 void WorkerPool::startThreadIfNeeded() {
   if (tasks_.size() <= idle_ || threads_ - blocked_ >= kRunningThreads) return;
-  ++threads_;
-  std::thread([this] { run(); }).detach();
+  try {
+    std::thread([this] { run(); }).detach();
+    ++threads_;
+  } catch (const std::system_error&) {
+    // The system has no thread left. The task waits for one of ours, or for the next attempt.
+  }
 }
 
 void WorkerPool::run() {
   currentPool = this;
   Clock::markWorkerThread();
-  std::unique_lock lock(mutex_);
+  MutexLock lock(mutex_);
   for (;;) {
     ++idle_;
-    wake_.wait(lock, [this] { return !tasks_.empty(); });
+    while (tasks_.empty()) lock.wait(wake_);
     --idle_;
     auto task = std::move(tasks_.front());
     tasks_.pop_front();
     lock.unlock();
     task();
-    task = nullptr;
+    task = nullptr;  // what it holds goes before the device may come to rest
+    Clock::shared().endWork();
     lock.lock();
   }
 }
 
-void WorkerPool::currentThreadBlocks() {
+WorkerPool::BlockedThread::BlockedThread() {
   if (!currentPool) return;
-  std::lock_guard lock(currentPool->mutex_);
+  MutexLock lock(currentPool->mutex_);
   ++currentPool->blocked_;
   currentPool->startThreadIfNeeded();
 }
 
-void WorkerPool::currentThreadResumes() {
+WorkerPool::BlockedThread::~BlockedThread() {
   if (!currentPool) return;
-  std::lock_guard lock(currentPool->mutex_);
+  MutexLock lock(currentPool->mutex_);
   --currentPool->blocked_;
 }
 

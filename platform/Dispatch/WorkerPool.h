@@ -4,7 +4,8 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
-#include <mutex>
+
+#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
@@ -15,27 +16,34 @@ class WorkerPool {
   static WorkerPool& high();
   static WorkerPool& standard();
 
-  /// Runs `task` on a thread of the pool. Never blocks.
+  /// Runs `task` on a thread of the pool and destroys it there. It counts as the clock's work from now until
+  /// then. Never blocks.
   void submit(std::function<void()> task);
 
-  /// Told around a wait of one of the pool's threads, so that another may take its place meanwhile.
-  static void currentThreadBlocks();
-  static void currentThreadResumes();
+  /// Stands around a wait of the calling thread: if it is one of a pool's, another may take its place
+  /// meanwhile.
+  class BlockedThread {
+   public:
+    BlockedThread();
+    ~BlockedThread();
+    BlockedThread(const BlockedThread&) = delete;
+    BlockedThread& operator=(const BlockedThread&) = delete;
+  };
 
  private:
   WorkerPool() = default;
   void run();
-  void startThreadIfNeeded();
+  void startThreadIfNeeded() IOS_REQUIRES(mutex_);
 
   // More than the two cores of a small machine keep busy; threads that wait inside a block do not count.
   static constexpr std::size_t kRunningThreads = 4;
 
-  std::mutex mutex_;
+  Mutex mutex_;
   std::condition_variable wake_;
-  std::deque<std::function<void()>> tasks_;
-  std::size_t threads_ = 0;
-  std::size_t idle_ = 0;
-  std::size_t blocked_ = 0;
+  std::deque<std::function<void()>> tasks_ IOS_GUARDED_BY(mutex_);
+  std::size_t threads_ IOS_GUARDED_BY(mutex_) = 0;
+  std::size_t idle_ IOS_GUARDED_BY(mutex_) = 0;
+  std::size_t blocked_ IOS_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace ios

@@ -1,15 +1,16 @@
 #pragma once
 
 #include <any>
+#include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <type_traits>
 #include <typeinfo>
 #include <unordered_map>
 #include <vector>
 
+#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/Programming.h"
 #include "ObjectiveC/Selector.h"
 
@@ -27,8 +28,10 @@ struct PointeeOf<std::shared_ptr<T>> {
 };
 
 template <class T>
-concept ObjectReference = requires { typename PointeeOf<std::decay_t<T>>::type; } &&
-                          std::is_base_of_v<NSObject, typename PointeeOf<std::decay_t<T>>::type>;
+concept ObjectReference = requires {
+  typename PointeeOf<std::decay_t<T>>::type;
+}
+&&std::is_base_of_v<NSObject, typename PointeeOf<std::decay_t<T>>::type>;
 
 /// How an argument travels between a caller and a method that know each other by name only: every object as a
 /// reference to the root class, every enumeration as its integer, everything else as itself.
@@ -64,23 +67,27 @@ std::string describe(const std::type_info& type);
 
 /// One entry of a class's method table: a selector and what it runs.
 ///
-/// Made from a member function (`{"captureScreen", &TLVManager::captureScreen}`) or, for a category, from a free
-/// function that takes the object first. Its parameters are what the selector carries: object references (passed
-/// on as their common root, and cast back; an object of another class arrives empty), numbers, enumerations and
-/// values. A member function without parameters may stand under a selector with one ":"; the argument is dropped.
+/// Made from a member function (`{"captureScreen", &TLVManager::captureScreen}`) or, for a category, from a
+/// free function that takes the object first. Its parameters are what the selector carries: object references
+/// (passed on as their common root, and cast back; an object of another class arrives empty), numbers,
+/// enumerations and values. A member function without parameters may stand under a selector with one ":"; the
+/// argument is dropped.
 class Method {
  public:
   template <class T, class R, class... A>
   Method(Selector name, R (T::*function)(A...)) : name_(name) {
-    bind<T, R, A...>([function](T& self, auto&&... a) -> R { return (self.*function)(std::forward<decltype(a)>(a)...); });
+    bind<T, R, A...>(
+        [function](T& self, auto&&... a) -> R { return (self.*function)(std::forward<decltype(a)>(a)...); });
   }
   template <class T, class R, class... A>
   Method(Selector name, R (T::*function)(A...) const) : name_(name) {
-    bind<T, R, A...>([function](T& self, auto&&... a) -> R { return (self.*function)(std::forward<decltype(a)>(a)...); });
+    bind<T, R, A...>(
+        [function](T& self, auto&&... a) -> R { return (self.*function)(std::forward<decltype(a)>(a)...); });
   }
   template <class T, class R, class... A>
   Method(Selector name, R (*function)(T&, A...)) : name_(name) {
-    bind<T, R, A...>([function](T& self, auto&&... a) -> R { return function(self, std::forward<decltype(a)>(a)...); });
+    bind<T, R, A...>(
+        [function](T& self, auto&&... a) -> R { return function(self, std::forward<decltype(a)>(a)...); });
   }
 
   Selector name() const { return name_; }
@@ -102,34 +109,42 @@ class Method {
 
 using MethodList = std::vector<Method>;
 
-/// A class as the object runtime sees it: a name, the class it derives from, and a table of methods by selector.
-/// One object a class, alive until the process ends. Tables are complete before `main`, or are extended under a
-/// lock; look-ups may come from any thread.
+/// A class as the object runtime sees it: a name, the class it derives from, and a table of methods by
+/// selector. One object a class, however many images of the process know the class; alive until the process
+/// ends. Any thread.
 class Class {
  public:
-  Class(const std::type_info& type, const Class* superclass, MethodList methods);
+  /// The object of the class `type`; made by the first call, with these methods.
+  static Class& of(const std::type_info& type, const Class* superclass, MethodList (*methods)());
   Class(const Class&) = delete;
+  Class& operator=(const Class&) = delete;
 
   /// "Notes.ListViewController" for `Notes::ListViewController`, "UIWindow" for `ios::UIWindow`.
   std::string description() const { return detail::describe(*type_); }
   const Class* superclass() const { return superclass_; }
 
-  /// Adds methods to this class and so to all that derive from it, as the platform's categories do. A method that
-  /// the class itself has under the same selector is replaced; an inherited one is overridden.
+  /// Adds methods to this class and so to all that derive from it, as the platform's categories do. A method
+  /// that the class itself has under the same selector is replaced; an inherited one is overridden.
   void addMethods(MethodList methods);
 
-  /// The method for `name`, of this class or the nearest ancestor that has one; null if none has.
+  /// The method for `name`, of this class or the nearest ancestor that has one; null if none has. It stays
+  /// good after it was replaced.
   const Method* find(Selector name) const;
 
  private:
+  Class(const std::type_info& type, const Class* superclass, MethodList methods);
+
   const std::type_info* type_;
   const Class* superclass_;
-  mutable std::mutex mutex_;
-  std::unordered_map<Selector, Method> methods_;
+  mutable Mutex mutex_;
+  // Replaced methods stay: another thread may be inside one.
+  std::deque<Method> methods_ IOS_GUARDED_BY(mutex_);
+  std::unordered_map<Selector, const Method*> table_ IOS_GUARDED_BY(mutex_);
 };
 
 /// Extends a class from outside while the image that contains it is loaded:
-/// `const Category kShake{UIWindow::classObject(), {{"motionEnded:withEvent:", &motionEnded}}};` at namespace level.
+/// `const Category kShake{UIWindow::classObject(), {{"motionEnded:withEvent:", &motionEnded}}};` at namespace
+/// level.
 struct Category {
   Category(Class& extended, MethodList methods) { extended.addMethods(methods); }
 };

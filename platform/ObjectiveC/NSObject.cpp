@@ -3,7 +3,8 @@
 namespace ios {
 
 Class& NSObject::classObject() {
-  static Class object(typeid(NSObject), nullptr, {});
+  static Class& object = Class::of(
+      typeid(NSObject), nullptr, +[] { return MethodList(); });
   return object;
 }
 
@@ -18,12 +19,23 @@ void mismatchedSelector(const NSObject& object, const Method& method, const std:
                    " and was called as " + wanted);
 }
 
+void mismatchedReceiver(const NSObject& object, Selector selector, const std::type_info& wanted) {
+  programmingError("-[" + object.className() + " " + selector.name() + "] was written for " +
+                   describe(wanted));
+}
+
 }  // namespace detail
 
-Action::Action(const id& target, Selector selector) : selector(selector), takesSender(selector.argumentCount() == 1) {
+Action::Action(const id& target, Selector selector)
+    : selector(selector), takesSender(selector.argumentCount() == 1) {
   if (!target) programmingError("no target for the action \"" + selector.name() + "\"");
-  if (!target->respondsToSelector(selector)) detail::unrecognizedSelector(*target, selector);
-  if (selector.argumentCount() > 1) programmingError("an action takes at most its sender: \"" + selector.name() + "\"");
+  if (selector.argumentCount() > 1)
+    programmingError("an action takes at most its sender: \"" + selector.name() + "\"");
+  const Method* method = target->isa().find(selector);
+  if (!method) detail::unrecognizedSelector(*target, selector);
+  if (takesSender ? !method->as<void, id>() : !method->as<void>()) {
+    detail::mismatchedSelector(*target, *method, "an action");
+  }
 }
 
 void Action::perform(NSObject& target, const id& sender) const {

@@ -11,8 +11,8 @@ namespace ios {
 
 /// The root of every class of the platform, of the library and of host applications.
 ///
-/// Objects are held by `std::shared_ptr` and made with `std::make_shared`; back references are `std::weak_ptr`.
-/// A class whose operations are called by selector derives through `Subclass`.
+/// Objects are held by `std::shared_ptr` and made with `std::make_shared`; back references are
+/// `std::weak_ptr`. A class whose operations are called by selector derives through `Subclass`.
 class NSObject : public std::enable_shared_from_this<NSObject> {
  public:
   NSObject() = default;
@@ -49,7 +49,7 @@ class Subclass : public Base {
  public:
   using Base::Base;
   static Class& classObject() {
-    static Class object(typeid(Derived), &Base::classObject(), Derived::methods());
+    static Class& object = Class::of(typeid(Derived), &Base::classObject(), &Derived::methods);
     return object;
   }
   const Class& isa() const override { return classObject(); }
@@ -69,6 +69,14 @@ bool isKindOfClass(const NSObject& object) {
 namespace detail {
 [[noreturn]] void unrecognizedSelector(const NSObject& object, Selector selector);
 [[noreturn]] void mismatchedSelector(const NSObject& object, const Method& method, const std::string& wanted);
+[[noreturn]] void mismatchedReceiver(const NSObject& object, Selector selector, const std::type_info& wanted);
+
+/// `object` as the class that the method under `selector` was written for.
+template <class T>
+T& receiver(NSObject& object, Selector selector) {
+  if (auto* self = dynamic_cast<T*>(&object)) return *self;
+  mismatchedReceiver(object, selector, typeid(T));
+}
 
 template <class R, class... A>
 R invoke(const Method& method, NSObject& object, A&&... arguments) {
@@ -79,9 +87,10 @@ R invoke(const Method& method, NSObject& object, A&&... arguments) {
 }
 }  // namespace detail
 
-/// Calls the operation that `object` has under `selector`, on the calling thread. The result and argument types
-/// must be the method's own (objects of any class count as one type). An object without it, or with other types,
-/// is a programming error and stops the process: ask `respondsToSelector` first where that is open.
+/// Calls the operation that `object` has under `selector`, on the calling thread. The result and argument
+/// types must be the method's own (objects of any class count as one type). An object without it, or with
+/// other types, is a programming error and stops the process: ask `respondsToSelector` first where that is
+/// open.
 template <class R = void, class... A>
 R send(NSObject& object, Selector selector, A&&... arguments) {
   const Method* method = object.isa().find(selector);
@@ -98,7 +107,8 @@ R sendSuper(NSObject& object, const Class& overriding, Selector selector, A&&...
 }
 
 /// An action: a target, held as the caller chooses, and what to call on it. Made where targets are registered
-/// (observers, timers, recognisers, controls): construction stops the process if the target lacks the selector.
+/// (observers, timers, recognisers, controls): construction stops the process if the target lacks the
+/// selector.
 struct Action {
   Action(const id& target, Selector selector);
   Selector selector;
@@ -113,8 +123,9 @@ void Method::bind(F function) {
   constexpr int count = static_cast<int>(sizeof...(A));
   if constexpr (count == 0) {
     if (name_.argumentCount() == 1) {
-      body_ = std::function<R(NSObject&, id)>(
-          [function](NSObject& self, const id&) -> R { return function(dynamic_cast<T&>(self)); });
+      body_ = std::function<R(NSObject&, id)>([function, name = name_](NSObject& self, const id&) -> R {
+        return function(detail::receiver<T>(self, name));
+      });
       return;
     }
   }
@@ -122,8 +133,8 @@ void Method::bind(F function) {
     programmingError("the method for \"" + name_.name() + "\" takes " + std::to_string(count) + " arguments");
   }
   body_ = std::function<R(NSObject&, detail::carried_t<A>...)>(
-      [function](NSObject& self, const detail::carried_t<A>&... a) -> R {
-        return function(dynamic_cast<T&>(self), detail::received<A>(a)...);
+      [function, name = name_](NSObject& self, const detail::carried_t<A>&... a) -> R {
+        return function(detail::receiver<T>(self, name), detail::received<A>(a)...);
       });
 }
 

@@ -19,6 +19,8 @@ const std::string* intern(std::string_view name) {
 
 Selector::Selector(std::string_view name) : name_(intern(name)) {}
 
-int Selector::argumentCount() const { return static_cast<int>(std::count(name_->begin(), name_->end(), ':')); }
+int Selector::argumentCount() const {
+  return static_cast<int>(std::count(name_->begin(), name_->end(), ':'));
+}
 
 }  // namespace ios

@@ -8,12 +8,12 @@
 namespace ios {
 
 /// The name of an operation, as callbacks are registered and looked up by: "gestureSuccess",
-/// "motionEnded:withEvent:". Each ":" stands for one argument. A value type; two selectors are equal when their
-/// names are. Interned, so that copying and comparing cost one pointer. Usable from any thread.
+/// "motionEnded:withEvent:". Each ":" stands for one argument. A value type; two selectors are equal when
+/// their names are. Interned, so that copying and comparing cost one pointer. Usable from any thread.
 class Selector {
  public:
   Selector(const char* name) : Selector(std::string_view(name)) {}  // NOLINT: literals read as selectors
-  Selector(std::string_view name);                                   // NOLINT
+  Selector(std::string_view name);                                  // NOLINT
   Selector(const std::string& name) : Selector(std::string_view(name)) {}  // NOLINT
 
   const std::string& name() const { return *name_; }

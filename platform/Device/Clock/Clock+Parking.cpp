@@ -9,7 +9,9 @@ thread_local bool isWorkerThread = false;
 
 }  // namespace
 
-void Clock::markWorkerThread() { isWorkerThread = true; }
+void Clock::markWorkerThread() {
+  isWorkerThread = true;
+}
 
 bool Clock::park(const std::shared_ptr<Parking>& parking, std::optional<Instant> deadline) {
   if (!virtual_) return parkReally(*parking, deadline);
@@ -82,7 +84,8 @@ bool Clock::parkMainVirtually(Parking& parking, std::optional<Instant> deadline)
     std::optional<Work> fire;
     {
       MutexLock lock(mutex_);
-      while (parking.state != Parking::State::woken && busy_.load(std::memory_order_acquire) != 0) lock.wait(mainWake_);
+      while (parking.state != Parking::State::woken && busy_.load(std::memory_order_acquire) != 0)
+        lock.wait(mainWake_);
       if (parking.state == Parking::State::woken) return true;
       parking.state = Parking::State::parked;
       // Main-thread events wait until this thread is free again.

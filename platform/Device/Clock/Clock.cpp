@@ -1,6 +1,8 @@
 #include "DeviceClock/Clock.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <utility>
 
 #include "ObjectiveC/Programming.h"
 
@@ -9,6 +11,9 @@ namespace {
 
 const std::thread::id kLoadingThread = std::this_thread::get_id();
 
+/// Real time after which virtual time's wait for rest says what it waits for.
+constexpr std::chrono::seconds kPatience{60};
+
 }  // namespace
 
 Clock& Clock::shared() {
@@ -16,14 +21,16 @@ Clock& Clock::shared() {
   return clock;
 }
 
-// The loading thread is not known yet when another image's initialisation comes first; then that is the thread.
+// The loading thread is not known yet when another image's initialisation comes first; then that is the
+// thread.
 Clock::Clock()
     : mainThread_(kLoadingThread == std::thread::id() ? std::this_thread::get_id() : kLoadingThread),
       realStart_(std::chrono::steady_clock::now()) {}
 
 void Clock::useVirtualTime(Instant start, WallTime wall) {
   MutexLock lock(mutex_);
-  if (virtual_ || !events_.untouched()) programmingError("virtual time must be chosen before the clock's first use");
+  if (virtual_ || !events_.untouched())
+    programmingError("virtual time must be chosen before the clock's first use");
   virtualStart_ = start;
   virtualWall_ = wall;
   virtualNow_ = start.time_since_epoch().count();
@@ -91,7 +98,8 @@ void Clock::wakeMain() {
 }
 
 void Clock::moveTo(Instant instant) {
-  virtualNow_.store(std::max(virtualNow_.load(), instant.time_since_epoch().count()), std::memory_order_release);
+  virtualNow_.store(std::max(virtualNow_.load(), instant.time_since_epoch().count()),
+                    std::memory_order_release);
 }
 
 std::optional<Clock::Work> Clock::takeDueEvent(Instant limit, std::optional<Lane> lane) {
@@ -105,16 +113,22 @@ std::chrono::steady_clock::time_point Clock::realDeadline(Instant instant) const
   return realStart_ + std::min(instant, after(std::chrono::hours(1))).time_since_epoch();
 }
 
-void Clock::runFor(Duration duration) { pump(nullptr, after(duration)); }
+void Clock::runFor(Duration duration) {
+  pump(nullptr, after(duration));
+}
 
 Clock::Result Clock::runUntil(const std::function<bool()>& condition, Duration limit) {
   if (pump(&condition, after(limit))) return {true, {}};
   return {false, pending()};
 }
 
-void Clock::runUntilRest() { pump(nullptr, now()); }
+void Clock::runUntilRest() {
+  pump(nullptr, now());
+}
 
-void Clock::advanceFrame() { pump(nullptr, nextRefresh(now())); }
+void Clock::advanceFrame() {
+  pump(nullptr, nextRefresh(now()));
+}
 
 void Clock::moveWithoutRest(Duration duration) {
   if (!isMainThread()) programmingError("the clock's verbs belong to the main thread");
@@ -152,8 +166,20 @@ bool Clock::runOneMainItem() {
 }
 
 bool Clock::comeToRest() {
+  const auto patience = std::chrono::steady_clock::now() + kPatience;
+  bool told = false;
   MutexLock lock(mutex_);
-  while (mainQueue_.empty() && busy_.load(std::memory_order_acquire) != 0) lock.wait(mainWake_);
+  while (mainQueue_.empty() && busy_.load(std::memory_order_acquire) != 0) {
+    if (told) {
+      lock.wait(mainWake_);
+    } else if (lock.waitUntil(mainWake_, patience) == std::cv_status::timeout) {
+      // Work that never ends would otherwise be a hang without a word.
+      told = true;
+      lock.unlock();
+      std::fprintf(stderr, "the device does not come to rest:\n%s", pending().c_str());
+      lock.lock();
+    }
+  }
   return mainQueue_.empty();
 }
 
@@ -168,7 +194,8 @@ bool Clock::pumpVirtualTime(const Condition* condition, Instant limit) {
     std::optional<Work> fire;
     {
       MutexLock lock(mutex_);
-      if (!mainQueue_.empty() || busy_.load(std::memory_order_acquire) != 0) continue;  // the condition's own doing
+      if (!mainQueue_.empty() || busy_.load(std::memory_order_acquire) != 0)
+        continue;  // the condition's own doing
       fire = takeDueEvent(limit, std::nullopt);
       if (!fire) moveTo(limit);
     }
@@ -196,7 +223,8 @@ bool Clock::pumpRealTime(const Condition* condition, Instant limit) {
         if (now() >= limit) break;
         // A wake since the condition was asked may have been about it.
         if (mainWakes_ == seen) {
-          lock.waitUntil(mainWake_, realDeadline(std::min(limit, events_.nextDeadline(Lane::main).value_or(limit))));
+          lock.waitUntil(mainWake_,
+                         realDeadline(std::min(limit, events_.nextDeadline(Lane::main).value_or(limit))));
         }
         continue;
       }

@@ -20,14 +20,17 @@ namespace ios {
 
 /// The device's one clock, and the main thread's loop on it.
 ///
-/// Everything that is late, delayed or periodic is an event here: run-loop timers, delayed performs, `dispatch_after`,
-/// display refreshes, animations. The clock is either real (monotonic) or virtual, chosen once, before its first use.
+/// Everything that is late, delayed or periodic is an event here: run-loop timers, delayed performs,
+/// `dispatch_after`, display refreshes, animations. The clock is either real (monotonic) or virtual, chosen
+/// once, before its first use.
 ///
-/// Virtual time stands still while anything can run. Only when the main queue is empty and no work is under way on
-/// any queue or worker does a verb let it jump to the next event; events are released one at a time, in order of
-/// deadline and then of registration, each followed to rest before the next. Threads stay real threads.
+/// Virtual time stands still while anything can run. Only when the main queue is empty and no work is under
+/// way on any queue or worker does a verb let it jump to the next event; events are released one at a time,
+/// in order of deadline and then of registration, each followed to rest before the next. Threads stay real
+/// threads.
 ///
-/// The verbs (`runFor`, `runUntil`, `advanceFrame`, …) are called on the main thread. All else is thread-safe.
+/// The verbs (`runFor`, `runUntil`, `advanceFrame`, …) are called on the main thread. All else is
+/// thread-safe.
 class Clock {
  public:
   using Duration = std::chrono::nanoseconds;
@@ -37,13 +40,14 @@ class Clock {
   using Work = std::function<void()>;
   using EventId = EventQueue::Id;
 
-  /// Whether an event must fire on the main thread or may fire on any thread (then it must be short: hand over work).
+  /// Whether an event must fire on the main thread or may fire on any thread (then it must be short: hand
+  /// over work).
   using Lane = EventQueue::Lane;
 
   static Clock& shared();
 
-  /// Makes the clock of this process virtual, at `start` and with `wall` as the wall-clock time of that instant.
-  /// Called at most once, before anything was scheduled; later is a programming error.
+  /// Makes the clock of this process virtual, at `start` and with `wall` as the wall-clock time of that
+  /// instant. Called at most once, before anything was scheduled; later is a programming error.
   void useVirtualTime(Instant start = Instant{}, WallTime wall = kVirtualEpoch);
   bool isVirtual() const { return virtual_; }
 
@@ -52,13 +56,15 @@ class Clock {
   /// What a calendar shows. In virtual time it starts at a fixed date, so that files repeat to the byte.
   WallTime wallTime() const;
 
-  // --- Events -------------------------------------------------------------------------------------------------
+  // --- Events
+  // -------------------------------------------------------------------------------------------------
 
   EventId schedule(Instant deadline, Lane lane, Work fire);
   /// False if it has fired, is firing or was cancelled.
   bool cancel(EventId event);
 
-  // --- The main thread ----------------------------------------------------------------------------------------
+  // --- The main thread
+  // ----------------------------------------------------------------------------------------
 
   /// True on the thread that loaded the program.
   bool isMainThread() const { return std::this_thread::get_id() == mainThread_; }
@@ -78,8 +84,8 @@ class Clock {
   void runUntilRest();
   /// To the display's next refresh.
   void advanceFrame();
-  /// Virtual time only: moves time and releases what is due, but runs no queued main work and waits for nobody.
-  /// For tests that need a stage to be busy.
+  /// Virtual time only: moves time and releases what is due, but runs no queued main work and waits for
+  /// nobody. For tests that need a stage to be busy.
   void moveWithoutRest(Duration duration);
   /// What keeps the device from rest, and the next events, one a line.
   std::string pending() const;
@@ -90,10 +96,12 @@ class Clock {
   }
   static Instant nextRefresh(Instant after);
 
-  // --- For queues and platform workers ------------------------------------------------------------------------
+  // --- For queues and platform workers
+  // ------------------------------------------------------------------------
 
-  /// Counts work that can run or is running; virtual time stands still while the count is not zero. Work that cannot
-  /// run yet, as its queue is held by a thread that waits, is not counted: it would keep time from ending that wait.
+  /// Counts work that can run or is running; virtual time stands still while the count is not zero. Work that
+  /// cannot run yet, as its queue is held by a thread that waits, is not counted: it would keep time from
+  /// ending that wait.
   void beginWork() { busy_.fetch_add(1, std::memory_order_acq_rel); }
   void endWork();
 
@@ -108,9 +116,9 @@ class Clock {
     std::multiset<std::string>::iterator entry_;
   };
 
-  /// One wait of one thread. `park` returns true once `unpark` was called (before or after), false at the deadline.
-  /// A parked thread counts as idle. The main thread, parked in virtual time, moves time itself; it stops the
-  /// process with a message if nothing could ever wake it.
+  /// One wait of one thread. `park` returns true once `unpark` was called (before or after), false at the
+  /// deadline. A parked thread counts as idle. The main thread, parked in virtual time, moves time itself; it
+  /// stops the process with a message if nothing could ever wake it.
   class Parking {
     friend class Clock;  // whose mutex guards the fields
     enum class State { free, parked, woken, late } state = State::free;

@@ -31,8 +31,8 @@ std::optional<EventQueue::Due> EventQueue::take(Instant limit, std::optional<Lan
 }
 
 std::optional<EventQueue::Instant> EventQueue::nextDeadline(Lane lane) const {
-  const auto next =
-      std::find_if(events_.begin(), events_.end(), [&](const auto& entry) { return entry.second.lane == lane; });
+  const auto next = std::find_if(events_.begin(), events_.end(),
+                                 [&](const auto& entry) { return entry.second.lane == lane; });
   if (next == events_.end()) return std::nullopt;
   return next->first.first;
 }

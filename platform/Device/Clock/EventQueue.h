@@ -12,8 +12,8 @@ namespace ios {
 
 class Clock;
 
-/// The clock's events, in order of deadline and then of registration. It knows no time of its own and wakes nobody;
-/// its owner guards it.
+/// The clock's events, in order of deadline and then of registration. It knows no time of its own and wakes
+/// nobody; its owner guards it.
 class EventQueue {
  public:
   using Instant = std::chrono::time_point<Clock, std::chrono::nanoseconds>;
@@ -28,7 +28,8 @@ class EventQueue {
   };
 
   Id add(Instant deadline, Lane lane, Work fire);
-  /// Takes an event out: its work, to be destroyed by the caller when its lock is gone, or empty if there is none.
+  /// Takes an event out: its work, to be destroyed by the caller when its lock is gone, or empty if there is
+  /// none.
   std::optional<Work> remove(Id id);
   /// Takes the first event due by `limit`, of one lane or of both.
   std::optional<Due> take(Instant limit, std::optional<Lane> lane = std::nullopt);
