@@ -12,6 +12,7 @@ bool CGRectIntersectsRect(const CGRect& a, const CGRect& b) {
 }
 
 CGRect CGRectIntersection(const CGRect& a, const CGRect& b) {
+  if (CGRectIsEmpty(a) || CGRectIsEmpty(b)) return CGRectZero;
   const CGFloat left = std::max(a.minX(), b.minX()), right = std::min(a.maxX(), b.maxX());
   const CGFloat top = std::max(a.minY(), b.minY()), bottom = std::min(a.maxY(), b.maxY());
   if (!(left < right && top < bottom)) return CGRectZero;

@@ -119,9 +119,13 @@ CGImageRef CGImage::decode(Input bytes) {
 }
 
 CGImageRef CGImage::decode(const std::filesystem::path& file) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) return nullptr;
+  const auto size = std::filesystem::file_size(file, error);
   std::ifstream stream(file, std::ios::binary);
-  if (!stream) return nullptr;
-  const Bytes bytes((std::istreambuf_iterator<char>(stream)), {});
+  if (error || !stream) return nullptr;
+  Bytes bytes(size);
+  if (!stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size))) return nullptr;
   return decode(Input(bytes));
 }
 
