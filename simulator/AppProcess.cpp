@@ -154,6 +154,7 @@ void AppProcess::drainOutput() {
 }
 
 void AppProcess::reap() {
+  ::shutdown(channel_.descriptor(), SHUT_RDWR);  // an application that still listens hears that it is over
   const int handle = ::pidfd_open(process_, 0);
   pollfd watched[2] = {{handle, POLLIN, 0}, {output_, POLLIN, 0}};
   while (!watched[0].revents && !impatient_) {

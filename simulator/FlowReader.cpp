@@ -101,7 +101,7 @@ class FlowReader {
   Action setPermissions(const YamlValue& value);
   Action setOrientation(const YamlValue& value);
   Action openLink(const YamlValue& value) { return OpenLink{pattern(single(value, "link")).text()}; }
-  Action installApp(const YamlValue& value) { return InstallApp{pattern(value).text()}; }
+  Action installApp(const YamlValue& value);
   Action uninstallApp(const YamlValue& value) { return UninstallApp{pattern(value).text()}; }
   Action assertLog(const YamlValue& value) { return AssertLog{pattern(value)}; }
   Action assertNoLog(const YamlValue& value) { return AssertLog{pattern(value), false}; }
@@ -183,7 +183,7 @@ std::vector<Command> FlowReader::commands(const YamlValue& list) {
   std::vector<Command> result;
   for (const YamlValue& item : list.list()) {
     if (++count_ > kMostCommands) item.fail("more than " + std::to_string(kMostCommands) + " commands");
-    result.push_back(command(item));
+    result.push_back(command({item.file(), "", item.node(), item.line(), &item.variables()}));
   }
   --depth_;
   return result;
@@ -336,6 +336,12 @@ Action FlowReader::setOrientation(const YamlValue& value) {
                "\"");
   }
   return SetOrientation{found->second.first, found->second.second};
+}
+
+Action FlowReader::installApp(const YamlValue& value) {
+  const std::string application = pattern(value).text();
+  if (application.find('/') == std::string::npos) return InstallApp{application};
+  return InstallApp{(std::filesystem::path(value.file()).parent_path() / application).string()};
 }
 
 Action FlowReader::assertPasteboard(const YamlValue& value) {

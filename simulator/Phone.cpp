@@ -127,8 +127,12 @@ std::string Phone::openLink(const std::string& link) {
   const auto url = ios::NSURL::URLWithString(link);
   if (!url) return "expected a URL, not \"" + link + "\"";
   const std::string scheme = url->scheme();
-  if (scheme == "http" || scheme == "https" || link == ios::UIApplicationOpenSettingsURLString) {
+  if (scheme == "http" || scheme == "https") {
     leaveApp(link);
+    return {};
+  }
+  if (link == ios::UIApplicationOpenSettingsURLString) {
+    leaveApp(kSettingsIdentifier);
     return {};
   }
   const auto application = Device::current().applications().forScheme(scheme);
@@ -215,7 +219,7 @@ void Phone::fulfil(const ScreenWish& wish) {
   } else if (wish.kind == ScreenWish::Kind::back || wish.bundleIdentifier == running()) {
     bringToFront();
   } else if (wish.bundleIdentifier == kSettingsIdentifier) {
-    front_ = ios::UIApplicationOpenSettingsURLString;
+    front_ = kSettingsIdentifier;
   } else if (wish.bundleIdentifier == kCompanionIdentifier) {
     front_ = kCompanionIdentifier;
   } else {

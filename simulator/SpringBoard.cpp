@@ -55,7 +55,7 @@ std::shared_ptr<ios::UIViewController> SpringBoard::screenFor(const std::string&
   const WishSink wish = [this](ScreenWish tapped) { wish_ = std::move(tapped); };
   if (front == "home") return makeHomeScreen(wish);
   if (front == kCompanionIdentifier) return makeCompanionScreen(inbox(), backTo, wish);
-  if (front == ios::UIApplicationOpenSettingsURLString) return makeSettingsScreen(backTo, wish);
+  if (front == kSettingsIdentifier) return makeSettingsScreen(backTo, wish);
   if (front.starts_with("http:") || front.starts_with("https:")) return makeWebScreen(front, backTo, wish);
   return makePlainScreen(front, backTo, wish);
 }

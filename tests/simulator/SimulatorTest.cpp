@@ -1,0 +1,159 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+  int status = -1;
+  std::string said;  // standard output and error
+  bool says(const std::string& text) const { return said.find(text) != std::string::npos; }
+};
+
+Outcome shell(const std::string& command) {
+  Outcome outcome;
+  FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
+  if (!pipe) return outcome;
+  char bytes[4096];
+  while (const std::size_t count = std::fread(bytes, 1, sizeof bytes, pipe))
+    outcome.said.append(bytes, count);
+  const int status = ::pclose(pipe);
+  outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return outcome;
+}
+
+/// Plays flows with the simulator as a person would, each in a folder of its own.
+class Simulator : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder_ = fs::temp_directory_path() / ("simulator-" + std::to_string(::getpid()));
+    fs::create_directories(folder_);
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  Outcome play(const fs::path& flow, const std::string& out, const std::string& options = "") const {
+    return shell(std::string(SIMULATOR) + " " + flow.string() + " --out " + (folder_ / out).string() + " " +
+                 options);
+  }
+  Outcome playText(const std::string& commands, const std::string& appId = "com.example.notes") const {
+    std::ofstream(folder_ / "f.yaml") << "appId: " << appId << "\n---\n" << commands;
+    return play(folder_ / "f.yaml", "out");
+  }
+  /// An application that is a shell script.
+  void makeApplication(const std::string& identifier, const std::string& script) const {
+    const fs::path bundle = folder_ / identifier;
+    fs::create_directories(bundle);
+    std::ofstream(bundle / "Info.plist")
+        << "<plist version=\"1.0\"><dict><key>CFBundleIdentifier</key><string>" << identifier
+        << "</string><key>CFBundleExecutable</key><string>run</string></dict></plist>";
+    std::ofstream(bundle / "run") << "#!/bin/sh\n" << script << "\n";
+    fs::permissions(bundle / "run", fs::perms::owner_all);
+  }
+
+  fs::path folder_;
+};
+
+TEST_F(Simulator, PlaysTheTourTwiceToTheSameBytes) {
+  const fs::path tour = fs::path(FLOWS) / "tour.yaml";
+  const Outcome first = play(tour, "a"), second = play(tour, "b");
+  ASSERT_EQ(first.status, 0) << first.said;
+  ASSERT_EQ(second.status, 0) << second.said;
+  const Outcome difference = shell("diff -r " + (folder_ / "a").string() + " " + (folder_ / "b").string());
+  EXPECT_EQ(difference.status, 0) << difference.said;
+
+  // What it leaves, read with other people's readers.
+  const Outcome checked = shell("python3 - " + (folder_ / "a").string() + " <<'END'\n" + R"(
+import glob, json, os, plistlib, subprocess, sys
+out = sys.argv[1]
+for name in ['1-notes', '2-sheet', '3-companion', '4-sheet-on-a-note', '5-install', '6-store', '7-production']:
+    head = open(f'{out}/{name}.png', 'rb').read(24)
+    assert head[:8] == b'\x89PNG\r\n\x1a\n', name
+    assert (int.from_bytes(head[16:20], 'big'), int.from_bytes(head[20:24], 'big')) == (750, 1334), name
+reports = [path for path in glob.glob(f'{out}/inbox/*') if os.path.isdir(path)]
+assert len(reports) == 1, reports  # the round without the companion files nothing
+report = reports[0]
+record = json.load(open(f'{report}/record.json'))
+assert sorted(record) == sorted(['sdkId', 'appVersion', 'oSFamily', 'appName', 'oSVersion', 'deviceResolution',
+                                 'language', 'screenName', 'deviceModel']), record
+assert record['screenName'] == 'ListViewController' and record['appVersion'] == '3.0.12', record
+archive = plistlib.load(open(f'{report}/item/dictionaryInApp', 'rb'))
+assert archive['$archiver'] == 'NSKeyedArchiver', archive
+assert open(f'{report}/item/imageData', 'rb').read() == open(f'{report}/image.jpg', 'rb').read()
+size = subprocess.run(['djpeg', f'{report}/image.jpg'], check=True, capture_output=True).stdout[:16].split()[1:3]
+assert size == [b'750', b'1334'], size
+console = open(f'{out}/console.log').read().splitlines()
+assert console.count('<TLV Log> : SDK Instantiated in debug mode') == 2, console
+assert os.path.exists(f'{report}/index.html') and os.path.exists(f'{out}/inbox/index.html')
+END)");
+  EXPECT_EQ(checked.status, 0) << checked.said;
+}
+
+TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
+  const struct {
+    const char *commands, *complaint;
+    int status = 1;
+  } kCases[] = {
+      {"- launchApp\n- tapOn: Nowhere\n", "f.yaml:4: tapOn: expected \"Nowhere\" to tap on; on the screen: "},
+      {"- launchApp\n- assertVisible: Nothing\n", "\"Groceries\""},
+      {"- launchApp\n- assertNotVisible: Groceries\n",
+       "f.yaml:4: assertNotVisible: expected no \"Groceries\""},
+      {"- launchApp\n- assertLog: a word\n",
+       "f.yaml:4: assertLog: expected the line \"a word\" on the console"},
+      {"- assertPasteboard: [x]\n",
+       "f.yaml:3: assertPasteboard: expected one item of \"x\" on the pasteboard; there: 0"},
+      {"- uninstallApp: com.example.notes\n- launchApp\n",
+       "f.yaml:4: launchApp: expected com.example.notes to be installed"},
+      {"- installApp: com.example.nobody\n",
+       "f.yaml:3: installApp: expected an application that is known here"},
+      {"- openLink: gopher://x\n", "f.yaml:3: openLink: expected an application that opens gopher: links"},
+      {"- repeat:\n    times: 2\n    commands:\n      - assertVisible: Nothing\n",
+       "f.yaml:6: assertVisible: expected"},
+      {"- dance\n", "f.yaml:3: no command is called \"dance\"", 2},
+  };
+  for (const auto& c : kCases) {
+    const Outcome outcome = playText(c.commands);
+    EXPECT_EQ(outcome.status, c.status) << c.commands << outcome.said;
+    EXPECT_TRUE(outcome.says(c.complaint)) << c.commands << outcome.said;
+  }
+  EXPECT_TRUE(play(folder_ / "gone.yaml", "out").says("gone.yaml: there is no such flow"));
+  const Outcome profile = play(fs::path(FLOWS) / "tour.yaml", "out", "--profile Abacus");
+  EXPECT_EQ(profile.status, 2);
+  EXPECT_TRUE(profile.says("no profile is called \"Abacus\"; known: ")) << profile.said;
+}
+
+// A dead application must end the step that met it, at once and by name, not look like a missing text.
+TEST_F(Simulator, NoticesAnApplicationThatEnds) {
+  const struct {
+    const char *name, *script, *complaint;
+  } kCases[] = {
+      {"crashes", "kill -SEGV $$", "ended by signal 11"},
+      {"leaves", "echo good bye; exit 3", "ended with exit status 3"},
+      {"talks nonsense", "head -c 100 /dev/zero >&3; cat <&3 >/dev/null", "com.example.broken "},
+  };
+  for (const auto& c : kCases) {
+    makeApplication("com.example.broken", c.script);
+    const Outcome outcome =
+        playText("- installApp: ./com.example.broken\n- launchApp\n", "com.example.broken");
+    EXPECT_EQ(outcome.status, 1) << c.name << outcome.said;
+    EXPECT_TRUE(outcome.says("f.yaml:4: launchApp: ")) << c.name << outcome.said;
+    EXPECT_TRUE(outcome.says(c.complaint)) << c.name << outcome.said;
+  }
+}
+
+TEST_F(Simulator, RemovesOnlyWhatItLeavesItself) {
+  fs::create_directories(folder_ / "out");
+  std::ofstream(folder_ / "out" / "holiday.png") << "mine";
+  std::ofstream(folder_ / "out" / "home.png") << "an earlier run's";
+  const Outcome outcome = playText("- takeScreenshot: home\n- assertVisible: Nothing\n");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(fs::exists(folder_ / "out" / "holiday.png"));
+  EXPECT_GT(fs::file_size(folder_ / "out" / "home.png"), 1000u);
+}
+
+}  // namespace
