@@ -59,10 +59,12 @@ double CMTimeGetSeconds(const CMTime& time);
 CMTime CMTimeConvertScale(const CMTime& time, CMTimeScale timescale);
 
 /// Sum and difference. Their timescale is the least common multiple of both; where that exceeds
-/// `kCMTimeMaxTimescale` or the value would not fit, the result is rounded to the nearest unit of the largest
-/// timescale that holds it, and marked. Invalid operands, and numbers of two epochs neither of which is 0,
-/// give an invalid time; infinities of opposite direction, an invalid one too; any other infinity or
-/// indefinite operand decides the result (indefinite first).
+/// `kCMTimeMaxTimescale`, or the value would not fit, the result is rounded to the nearest unit (halves away
+/// from zero) of the largest timescale that holds it, and marked; one that fits none is an infinity. An
+/// invalid operand gives an invalid time, and so do infinities that oppose each other and numbers of two
+/// epochs neither of which is 0; any other infinity gives itself, and without one an indefinite operand an
+/// indefinite time. A sum has its operands' epoch; a difference of two times of one epoch is a duration, of
+/// epoch 0.
 CMTime CMTimeAdd(const CMTime& a, const CMTime& b);
 CMTime CMTimeSubtract(const CMTime& a, const CMTime& b);
 
