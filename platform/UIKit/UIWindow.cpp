@@ -3,6 +3,7 @@
 #include "DeviceClock/Clock.h"
 #include "UIKit/BackingStore+Private.h"
 #include "UIKit/GestureArbiter+Private.h"
+#include "UIKit/PresentationController+Private.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIViewController.h"
 
@@ -28,6 +29,7 @@ void UIWindow::setRootViewController(std::shared_ptr<UIViewController> controlle
   const auto old = std::exchange(root_, controller);
   const bool shows = !isHidden();
   if (old) {
+    PresentationController::abandon(*old);
     if (shows) old->beginAppearanceTransition(false, false);
     if (old->isViewLoaded()) old->view()->removeFromSuperview();
     if (shows) old->endAppearanceTransition();
