@@ -73,6 +73,24 @@ bool beginsAsXML(std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
+PropertyList::PropertyList() : value_(std::string()) {}
+PropertyList::PropertyList(bool value) : value_(value) {}
+PropertyList::PropertyList(int value) : value_(std::int64_t{value}) {}
+PropertyList::PropertyList(std::int64_t value) : value_(value) {}
+PropertyList::PropertyList(double value) : value_(value) {}
+PropertyList::PropertyList(const char* value) : value_(std::string(value)) {}
+PropertyList::PropertyList(std::string value) : value_(std::move(value)) {}
+PropertyList::PropertyList(Bytes value) : value_(std::move(value)) {}
+PropertyList::PropertyList(NSArray value) : value_(std::move(value)) {}
+PropertyList::PropertyList(NSDictionary value) : value_(std::move(value)) {}
+PropertyList::PropertyList(UID value) : value_(value) {}
+PropertyList::PropertyList(const PropertyList& other) = default;
+PropertyList::PropertyList(PropertyList&& other) noexcept = default;
+PropertyList& PropertyList::operator=(const PropertyList& other) = default;
+PropertyList& PropertyList::operator=(PropertyList&& other) noexcept = default;
+PropertyList::~PropertyList() = default;
+bool PropertyList::operator==(const PropertyList& other) const { return value_ == other.value_; }
+
 const PropertyList* PropertyList::member(const std::string& key) const {
   const NSDictionary* members = dictionary();
   if (!members) return nullptr;

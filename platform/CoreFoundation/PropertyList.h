@@ -27,17 +27,23 @@ class PropertyList {
     bool operator==(const UID&) const = default;
   };
 
-  PropertyList() : value_(std::string()) {}
-  PropertyList(bool value) : value_(value) {}                      // NOLINT: values read as what they hold
-  PropertyList(int value) : value_(std::int64_t{value}) {}         // NOLINT
-  PropertyList(std::int64_t value) : value_(value) {}              // NOLINT
-  PropertyList(double value) : value_(value) {}                    // NOLINT
-  PropertyList(const char* value) : value_(std::string(value)) {}  // NOLINT
-  PropertyList(std::string value) : value_(std::move(value)) {}    // NOLINT
-  PropertyList(Bytes value) : value_(std::move(value)) {}          // NOLINT
-  PropertyList(NSArray value) : value_(std::move(value)) {}        // NOLINT
-  PropertyList(NSDictionary value) : value_(std::move(value)) {}   // NOLINT
-  PropertyList(UID value) : value_(value) {}                       // NOLINT
+  // Out of line, like what copies and destroys: every caller would carry the variant's whole machinery.
+  PropertyList();
+  PropertyList(bool value);          // NOLINT: values read as what they hold
+  PropertyList(int value);           // NOLINT
+  PropertyList(std::int64_t value);  // NOLINT
+  PropertyList(double value);        // NOLINT
+  PropertyList(const char* value);   // NOLINT
+  PropertyList(std::string value);   // NOLINT
+  PropertyList(Bytes value);         // NOLINT
+  PropertyList(NSArray value);       // NOLINT
+  PropertyList(NSDictionary value);  // NOLINT
+  PropertyList(UID value);           // NOLINT
+  PropertyList(const PropertyList& other);
+  PropertyList(PropertyList&& other) noexcept;
+  PropertyList& operator=(const PropertyList& other);
+  PropertyList& operator=(PropertyList&& other) noexcept;
+  ~PropertyList();
 
   /// The value if it is of exactly that kind, else null: an integer is no double, a Boolean no integer.
   const bool* boolean() const { return std::get_if<bool>(&value_); }
@@ -54,7 +60,7 @@ class PropertyList {
   /// Member `key` if it is a text.
   const std::string* text(const std::string& key) const;
 
-  bool operator==(const PropertyList&) const = default;
+  bool operator==(const PropertyList& other) const;
 
   /// Reads an XML or a binary property list. Empty when the bytes are neither, are damaged, nest deeper than
   /// 512 levels or unfold to more than 1,000,000 values or 256 MB of texts and data; `problem`, if given,

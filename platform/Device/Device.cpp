@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::atomic<Device*> theDevice = nullptr;
-std::mutex startMutex;
+Mutex startMutex;
 
 std::string environment(const char* name) {
   const char* value = std::getenv(name);
@@ -82,7 +82,7 @@ void deviceLog(const std::string& line) {
 
 Device& Device::current() {
   if (Device* device = theDevice.load(std::memory_order_acquire)) return *device;
-  std::lock_guard lock(startMutex);
+  MutexLock lock(startMutex);
   if (Device* device = theDevice.load(std::memory_order_acquire)) return *device;
   adoptVirtualTime(environment("IOS_VIRTUAL_TIME"));
   Options options;
@@ -93,7 +93,7 @@ Device& Device::current() {
 }
 
 Device& Device::start(Options options) {
-  std::lock_guard lock(startMutex);
+  MutexLock lock(startMutex);
   if (theDevice.load(std::memory_order_acquire))
     programmingError("the device of this process was started already");
   theDevice.store(new Device(std::move(options)), std::memory_order_release);
@@ -127,7 +127,7 @@ Device::Device(Options options) {
 
 fs::path Device::home() const {
   const fs::path home = root_ / "Containers" / bundleIdentifier_;
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   if (homeMade_) return home;
   for (const char* folder : {"Documents", "tmp"}) {
     if (auto problem = createFolder(home / folder)) {
@@ -166,7 +166,7 @@ void Device::writeSettings() {
 }
 
 void Device::replaceSettings(DeviceSettings settings) {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   settings_ = std::move(settings);
 }
 
@@ -198,12 +198,12 @@ void Device::reloadSettings() {
 }
 
 std::vector<std::string> Device::languages() const {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   return settings_.languages;
 }
 
 Permission Device::permission(const std::string& service) const {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   const auto application = settings_.permissions.find(bundleIdentifier_);
   if (application == settings_.permissions.end()) return Permission::notDetermined;
   const auto answer = application->second.find(service);
@@ -216,28 +216,28 @@ void Device::setPermission(const std::string& service, Permission answer) {
 }
 
 const ScreenProfile& Device::profile() const {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   const ScreenProfile* named = ScreenProfile::named(settings_.profile);
   return named ? *named : *ScreenProfile::named(DeviceSettings().profile);
 }
 
 CGSize Device::screenSize() const {
   const CGSize size = profile().size;
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   const bool landscape = settings_.orientation == 3 || settings_.orientation == 4;
   return landscape ? CGSize{size.height, size.width} : size;
 }
 
 std::string Device::machine() const {
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     if (machineOverride_) return *machineOverride_;
   }
   return profile().machine;
 }
 
 void Device::setMachine(std::string machine) {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   machineOverride_ = std::move(machine);
 }
 

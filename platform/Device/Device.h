@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +13,7 @@
 #include "Device/ScreenProfile.h"
 #include "Device/Settings.h"
 #include "DeviceClock/Clock.h"
+#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
@@ -95,11 +95,12 @@ class Device {
   std::string bundleIdentifier_;
   /// Guards what any thread may read: settings_ (written on the main thread), machineOverride_, the home's
   /// state.
-  mutable std::mutex mutex_;
+  mutable Mutex mutex_;
   DeviceSettings settings_;
   bool unsaved_ = false;  // settings_ has what the disk refused
-  std::optional<std::string> machineOverride_;
-  mutable bool homeMade_ = false, homeRefused_ = false;
+  std::optional<std::string> machineOverride_ IOS_GUARDED_BY(mutex_);
+  mutable bool homeMade_ IOS_GUARDED_BY(mutex_) = false;
+  mutable bool homeRefused_ IOS_GUARDED_BY(mutex_) = false;
   Applications applications_{*this};
   Input input_;
   std::vector<std::function<void()>> observers_;

@@ -9,9 +9,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <set>
 #include <utility>
+
+#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 namespace {
@@ -20,27 +21,15 @@ namespace fs = std::filesystem;
 using Fault = std::function<int(const std::string&, const fs::path&)>;
 
 struct Disk {
-  std::mutex mutex;
-  Fault fault;
-  fs::path root;
+  Mutex mutex;
+  Fault fault IOS_GUARDED_BY(mutex);
+  fs::path root IOS_GUARDED_BY(mutex);
 
   static Disk& shared() {
     static auto& disk = *new Disk;
     return disk;
   }
 };
-
-/// The error of an operation that the disk's tested health forbids.
-std::optional<FileError> refusal(const std::string& operation, const fs::path& path) {
-  Fault fault;
-  {
-    std::lock_guard lock(Disk::shared().mutex);
-    fault = Disk::shared().fault;
-  }
-  const int code = fault ? fault(operation, path) : 0;
-  if (code == 0) return std::nullopt;
-  return FileError{code, operation, path};
-}
 
 class Descriptor {
  public:
@@ -89,7 +78,7 @@ std::optional<FileError> createFolderAndTell(const fs::path& path, std::vector<f
   if (path.has_relative_path() && path.parent_path() != path) {
     if (auto problem = createFolderAndTell(path.parent_path(), made)) return problem;
   }
-  if (auto problem = refusal("create", path)) return problem;
+  if (auto problem = diskRefusal("create", path)) return problem;
   if (::mkdir(path.c_str(), 0755) == 0) {
     made.push_back(path);
   } else if (const int code = errno; code != EEXIST || !fs::is_directory(path, error)) {
@@ -99,7 +88,7 @@ std::optional<FileError> createFolderAndTell(const fs::path& path, std::vector<f
 }
 
 std::optional<FileError> copyFile(const fs::path& from, const fs::path& to) {
-  if (auto problem = refusal("write", to)) return problem;
+  if (auto problem = diskRefusal("write", to)) return problem;
   std::error_code error;
   fs::copy_file(from, to, error);
   if (error) return FileError{error.value(), "write", to};
@@ -120,7 +109,7 @@ std::optional<FileError> copyInto(const fs::path& from, const fs::path& to, cons
                                   std::set<fs::path>& open) {
   std::error_code error;
   if (fs::is_symlink(from, error) && from != top && leadsInside(from, top)) {
-    if (auto problem = refusal("create", to)) return problem;
+    if (auto problem = diskRefusal("create", to)) return problem;
     fs::copy_symlink(from, to, error);
     if (error) return FileError{error.value(), "create", to};
     return std::nullopt;
@@ -146,22 +135,36 @@ std::optional<FileError> copyInto(const fs::path& from, const fs::path& to, cons
 std::string FileError::description() const {
   fs::path shown = path;
   {
-    std::lock_guard lock(Disk::shared().mutex);
-    const fs::path inside =
-        Disk::shared().root.empty() ? fs::path() : path.lexically_relative(Disk::shared().root);
+    Disk& disk = Disk::shared();
+    MutexLock lock(disk.mutex);
+    const fs::path inside = disk.root.empty() ? fs::path() : path.lexically_relative(disk.root);
     if (!inside.empty() && *inside.begin() != ".." && inside != ".") shown = inside;
   }
   return "could not " + operation + " " + shown.string() + ": " + std::generic_category().message(code);
 }
 
 void nameFilesRelativeTo(const fs::path& root) {
-  std::lock_guard lock(Disk::shared().mutex);
-  Disk::shared().root = root;
+  Disk& disk = Disk::shared();
+  MutexLock lock(disk.mutex);
+  disk.root = root;
 }
 
 void setDiskFault(Fault fault) {
-  std::lock_guard lock(Disk::shared().mutex);
-  Disk::shared().fault = std::move(fault);
+  Disk& disk = Disk::shared();
+  MutexLock lock(disk.mutex);
+  disk.fault = std::move(fault);
+}
+
+std::optional<FileError> diskRefusal(const std::string& operation, const fs::path& path) {
+  Fault fault;
+  {
+    Disk& disk = Disk::shared();
+    MutexLock lock(disk.mutex);
+    fault = disk.fault;
+  }
+  const int code = fault ? fault(operation, path) : 0;
+  if (code == 0) return std::nullopt;
+  return FileError{code, operation, path};
 }
 
 fs::path temporaryNameBeside(const fs::path& path) {
@@ -194,7 +197,7 @@ std::optional<FileError> createFolder(const fs::path& path) {
 }
 
 std::optional<FileError> removeTree(const fs::path& path) {
-  if (auto problem = refusal("remove", path)) return problem;
+  if (auto problem = diskRefusal("remove", path)) return problem;
   std::error_code error;
   fs::remove_all(path, error);
   if (error) return FileError{error.value(), "remove", path};
@@ -202,7 +205,7 @@ std::optional<FileError> removeTree(const fs::path& path) {
 }
 
 std::optional<FileError> renameFile(const fs::path& from, const fs::path& to) {
-  if (auto problem = refusal("rename", to)) return problem;
+  if (auto problem = diskRefusal("rename", to)) return problem;
   if (::rename(from.c_str(), to.c_str()) != 0) return FileError{errno, "rename", to};
   syncFolder(to.parent_path());
   return std::nullopt;
@@ -218,9 +221,9 @@ std::optional<FileError> writeFileAtomically(const fs::path& path, std::span<con
   const fs::path temporary = temporaryNameBeside(path);
   const auto write = [&]() -> std::optional<FileError> {
     if (auto problem = createFolderAndTell(path.parent_path(), made)) return problem;
-    if (auto problem = refusal("write", path)) return problem;
+    if (auto problem = diskRefusal("write", path)) return problem;
     if (const int code = writeNewFile(temporary, bytes)) return FileError{code, "write", path};
-    if (auto problem = refusal("rename", path)) return problem;
+    if (auto problem = diskRefusal("rename", path)) return problem;
     if (::rename(temporary.c_str(), path.c_str()) != 0) return FileError{errno, "write", path};
     return std::nullopt;
   };

@@ -51,5 +51,8 @@ void nameFilesRelativeTo(const std::filesystem::path& root);
 /// platform makes on the device's folder ("write", "create", "rename", "remove"); a non-zero errno makes it
 /// fail so. Empty again: a healthy disk.
 void setDiskFault(std::function<int(const std::string& operation, const std::filesystem::path&)> fault);
+/// What that makes of an operation, empty on a healthy disk; for those who write to the disk on their own.
+[[nodiscard]] std::optional<FileError> diskRefusal(const std::string& operation,
+                                                   const std::filesystem::path& path);
 
 }  // namespace ios

@@ -37,9 +37,9 @@ bool readPermissions(const PropertyList& value, decltype(DeviceSettings::permiss
   for (const auto& [bundle, services] : *value.dictionary()) {
     if (!services.dictionary()) return false;
     for (const auto& [service, answer] : *services.dictionary()) {
-      const auto word =
-          std::find_if(kPermissionWords.begin(), kPermissionWords.end(),
-                       [&](const auto& entry) { return answer.text() && *answer.text() == entry.second; });
+      const auto word = std::find_if(
+          kPermissionWords.begin(), kPermissionWords.end(),
+          [given = answer.text()](const auto& entry) { return given && *given == entry.second; });
       if (word == kPermissionWords.end()) return false;
       permissions[bundle][service] = word->first;
     }

@@ -14,9 +14,9 @@ namespace fs = std::filesystem;
 
 /// Every bundle that was made, by folder, and those found by identifier.
 struct Bundles {
-  std::mutex mutex;
-  std::map<fs::path, std::shared_ptr<NSBundle>> byPath;
-  std::map<std::string, std::shared_ptr<NSBundle>> byIdentifier;
+  Mutex mutex;
+  std::map<fs::path, std::shared_ptr<NSBundle>> byPath IOS_GUARDED_BY(mutex);
+  std::map<std::string, std::shared_ptr<NSBundle>> byIdentifier IOS_GUARDED_BY(mutex);
 
   static Bundles& shared() {
     static auto& bundles = *new Bundles;
@@ -55,7 +55,7 @@ std::shared_ptr<NSBundle> NSBundle::bundleWithPath(const fs::path& path) {
   fs::path canonical = fs::canonical(path, error);
   if (error) canonical = fs::absolute(path, error).lexically_normal();
   Bundles& bundles = Bundles::shared();
-  std::lock_guard lock(bundles.mutex);
+  MutexLock lock(bundles.mutex);
   auto& bundle = bundles.byPath[canonical];
   if (!bundle) bundle = std::make_shared<NSBundle>(canonical);
   return bundle;
@@ -64,7 +64,7 @@ std::shared_ptr<NSBundle> NSBundle::bundleWithPath(const fs::path& path) {
 std::shared_ptr<NSBundle> NSBundle::bundleWithIdentifier(const std::string& identifier) {
   Bundles& bundles = Bundles::shared();
   {
-    std::lock_guard lock(bundles.mutex);
+    MutexLock lock(bundles.mutex);
     if (auto known = bundles.byIdentifier.find(identifier); known != bundles.byIdentifier.end())
       return known->second;
   }
@@ -79,7 +79,7 @@ std::shared_ptr<NSBundle> NSBundle::bundleWithIdentifier(const std::string& iden
     }
   }
   if (!bundle) return nullptr;
-  std::lock_guard lock(bundles.mutex);
+  MutexLock lock(bundles.mutex);
   return bundles.byIdentifier[identifier] = bundle;
 }
 
@@ -137,7 +137,7 @@ std::string NSBundle::localizedStringForKey(const std::string& key, const std::s
   if (!file) return missing;
   std::shared_ptr<const std::map<std::string, std::string>> texts;
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     auto& kept = tables_[*file];
     if (!kept) {
       FileError failure;

@@ -3,12 +3,12 @@
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "CoreFoundation/PropertyList.h"
+#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
@@ -49,8 +49,9 @@ class NSBundle : public NSObject {
 
   std::filesystem::path path_;
   std::optional<NSDictionary> info_;
-  mutable std::mutex mutex_;
-  mutable std::map<std::filesystem::path, std::shared_ptr<const std::map<std::string, std::string>>> tables_;
+  mutable Mutex mutex_;
+  mutable std::map<std::filesystem::path, std::shared_ptr<const std::map<std::string, std::string>>> tables_
+      IOS_GUARDED_BY(mutex_);
 };
 
 /// The localised text for `key`; the key itself where there is none.

@@ -13,13 +13,13 @@ void NSNotificationCenter::addObserver(const id& observer, Selector selector,
                                        const std::optional<std::string>& name, const id& object) {
   auto registration = std::make_shared<Registration>(
       Registration{observer, observer.get(), Action(observer, selector), name, object, object == nullptr});
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   registrations_.push_back(std::move(registration));
 }
 
 void NSNotificationCenter::removeObserver(const NSObject& observer, const std::optional<std::string>& name,
                                           const id& object) {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   registrations_.remove_if([&](const auto& registration) {
     const bool matches = registration->observerAddress == &observer &&
                          (!name || registration->name == name) &&
@@ -34,7 +34,7 @@ void NSNotificationCenter::postNotificationName(const std::string& name, const i
                                                 std::optional<NSDictionary> userInfo) {
   std::vector<std::shared_ptr<Registration>> called;
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     registrations_.remove_if([](const auto& registration) {
       return registration->observer.expired() || (!registration->anyObject && registration->object.expired());
     });
@@ -49,7 +49,7 @@ void NSNotificationCenter::postNotificationName(const std::string& name, const i
   const id notification = std::make_shared<NSNotification>(name, object, std::move(userInfo));
   for (const auto& registration : called) {
     {
-      std::lock_guard lock(mutex_);
+      MutexLock lock(mutex_);
       if (registration->removed) continue;
     }
     if (const id observer = registration->observer.lock())

@@ -2,12 +2,12 @@
 
 #include <list>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "CoreFoundation/PropertyList.h"
+#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
@@ -55,10 +55,10 @@ class NSNotificationCenter : public NSObject {
     std::optional<std::string> name;
     std::weak_ptr<NSObject> object;
     bool anyObject;
-    bool removed = false;
+    bool removed = false;  // under the centre's lock
   };
-  std::mutex mutex_;
-  std::list<std::shared_ptr<Registration>> registrations_;
+  Mutex mutex_;
+  std::list<std::shared_ptr<Registration>> registrations_ IOS_GUARDED_BY(mutex_);
 };
 
 }  // namespace ios

@@ -4,13 +4,14 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <mutex>
+
+#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
 void print(std::string_view text) {
-  static auto& mutex = *new std::mutex;
-  std::lock_guard lock(mutex);
+  static auto& mutex = *new Mutex;
+  MutexLock lock(mutex);
   std::fflush(stdout);
   while (!text.empty()) {
     const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
