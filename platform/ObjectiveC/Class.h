@@ -29,7 +29,7 @@ struct PointeeOf<std::shared_ptr<T>> {
 
 template <class T>
 concept ObjectReference = requires {
-  typename PointeeOf<std::decay_t<T>>::type;
+  sizeof(typename PointeeOf<std::decay_t<T>>::type);
 }
 &&std::is_base_of_v<NSObject, typename PointeeOf<std::decay_t<T>>::type>;
 
