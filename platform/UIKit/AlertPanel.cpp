@@ -34,7 +34,6 @@ std::shared_ptr<UILabel> wrappingLabel(const std::optional<std::string>& text,
   label->setTextColor(color);
   label->setTextAlignment(TextAlignment::center);
   label->setNumberOfLines(0);
-  label->setUserInteractionEnabled(false);
   return label;
 }
 

@@ -18,7 +18,6 @@ AlertRow::AlertRow(const std::shared_ptr<UIAlertAction>& action, CGFloat fontSiz
   label_->setTextColor(UIColor::colorWithHex(destructive ? chrome::kDestructive : chrome::kTint));
   label_->setTextAlignment(TextAlignment::center);
   label_->setMinimumScaleFactor(kSmallestScale);
-  label_->setUserInteractionEnabled(false);
   addSubview(label_);
 }
 

@@ -20,7 +20,6 @@ class MoreLine : public Subclass<MoreLine, UIControl> {
   explicit MoreLine(const std::string& title) : label_(std::make_shared<UILabel>()) {
     label_->setText(title);
     label_->setFont(UIFont::systemFontOfSize(17));
-    label_->setUserInteractionEnabled(false);
     label_->setTextAlignment(chrome::isMirrored() ? TextAlignment::right : TextAlignment::left);
     addSubview(label_);
   }

@@ -17,7 +17,6 @@ const char* const kBack = "Back";
 BackButton::BackButton() : label_(std::make_shared<UILabel>()) {
   label_->setFont(UIFont::systemFontOfSize(17));
   label_->setTextColor(UIColor::colorWithHex(chrome::kTint));
-  label_->setUserInteractionEnabled(false);
   addSubview(label_);
 }
 
@@ -66,7 +65,6 @@ NavigationBar::NavigationBar()
   setBackgroundColor(UIColor::colorWithHex(chrome::kBar));
   title_->setFont(UIFont::boldSystemFontOfSize(17));
   title_->setTextAlignment(TextAlignment::center);
-  title_->setUserInteractionEnabled(false);
   addSubview(title_);
   addSubview(back_);
   addSubview(edge_);

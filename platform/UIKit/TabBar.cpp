@@ -25,7 +25,6 @@ TabBarItem::TabBarItem(const std::string& title, Sign sign, bool selected)
   title_->setFont(UIFont::systemFontOfSize(10));
   title_->setTextColor(UIColor::colorWithHex(selected ? chrome::kTint : kUnselected));
   title_->setTextAlignment(TextAlignment::center);
-  title_->setUserInteractionEnabled(false);
   addSubview(title_);
   if (sign == Sign::more) return;
   initial_ = std::make_shared<UILabel>();
@@ -33,7 +32,6 @@ TabBarItem::TabBarItem(const std::string& title, Sign sign, bool selected)
   initial_->setFont(UIFont::boldSystemFontOfSize(15));
   initial_->setTextColor(selected ? UIColor::colorWithHex(chrome::kBar) : UIColor::colorWithHex(kUnselected));
   initial_->setTextAlignment(TextAlignment::center);
-  initial_->setUserInteractionEnabled(false);
   addSubview(initial_);
 }
 

@@ -1,0 +1,245 @@
+#include <algorithm>
+
+#include "Support.h"
+
+namespace controllers_test {
+namespace {
+
+using Style = UIAlertControllerStyle;
+using ActionStyle = UIAlertActionStyle;
+
+/// The library's own menu, as every host shows it.
+std::shared_ptr<UIAlertController> menu(Style style, const UIAlertAction::Handler& handler) {
+  auto alert = UIAlertController::alertControllerWithTitle("Options", std::nullopt, style);
+  alert->addAction(UIAlertAction::actionWithTitle("Capture Screen", ActionStyle::default_, handler));
+  alert->addAction(UIAlertAction::actionWithTitle("Delete", ActionStyle::destructive, handler));
+  alert->addAction(UIAlertAction::actionWithTitle("Cancel", ActionStyle::cancel, handler));
+  return alert;
+}
+
+/// The frame on the screen of the view labelled `text`; empty size if there is none.
+CGRect frameOf(const std::shared_ptr<UIView>& view, const std::string& text) {
+  if (view->accessibilityLabel() == text) return view->convertRectToView(view->bounds(), nullptr);
+  for (const auto& subview : view->subviews()) {
+    if (const CGRect found = frameOf(subview, text); found.width() > 0) return found;
+  }
+  return {};
+}
+
+TEST(AlertController, RunsTheHandlerOnceAfterTheDismissalHasEnded) {
+  TestPhone phone;
+  const auto root = plain();
+  phone.show(root);
+  for (const Style style : {Style::alert, Style::actionSheet}) {
+    std::vector<std::string> chosen;
+    auto alert = menu(style, [&](const auto& action) {
+      EXPECT_EQ(nullptr, root->presentedViewController());
+      chosen.push_back(action->title());
+    });
+    root->presentViewController(alert, true);
+    EXPECT_TRUE(phone.tapText("Capture Screen")) << "on its way in: not taken";
+    phone.runFor(1);
+    EXPECT_EQ(alert, root->presentedViewController());
+    const CGRect row = frameOf(alert->view(), "Capture Screen");
+    phone.tap({row.midX(), row.midY()}, 1);
+    EXPECT_TRUE(chosen.empty()) << "still on its way out";
+    phone.tap({row.midX(), row.midY()}, 3);
+    phone.runFor(1);
+    EXPECT_EQ(std::vector<std::string>{"Capture Screen"}, chosen);
+
+    const std::weak_ptr<UIAlertController> weak = alert;
+    alert.reset();
+    EXPECT_TRUE(weak.expired()) << "closing frees it";
+  }
+}
+
+TEST(AlertController, TappingBesideCountsAsCancelOnASheetOnly) {
+  struct Row {
+    const char* name;
+    Style style;
+    bool cancel;
+    const char* expected;
+  };
+  const Row rows[] = {{"sheet", Style::actionSheet, true, "Cancel"},
+                      {"sheet without cancel", Style::actionSheet, false, "open"},
+                      {"alert", Style::alert, true, "open"}};
+  TestPhone phone;
+  const auto root = plain();
+  phone.show(root);
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    std::string result = "open";
+    auto alert = UIAlertController::alertControllerWithTitle("t", "m", row.style);
+    const auto handler = [&](const auto& action) { result = action->title(); };
+    alert->addAction(UIAlertAction::actionWithTitle("One", ActionStyle::default_, handler));
+    if (row.cancel) alert->addAction(UIAlertAction::actionWithTitle("Cancel", ActionStyle::cancel, handler));
+    root->presentViewController(alert, true);
+    phone.runFor(1);
+    phone.tap({30, 60});
+    phone.runFor(1);
+    EXPECT_EQ(row.expected, result);
+    EXPECT_EQ(result == "open", root->presentedViewController() == alert);
+    root->dismissViewControllerAnimated(false);
+  }
+}
+
+TEST(AlertController, OnAPadASheetIsAPopoverAtItsAnchor) {
+  TestPhone phone({.profile = "iPad 2"});
+  const auto root = plain();
+  phone.show(root);
+  std::string chosen;
+  const auto handler = [&](const auto& action) { chosen = action->title(); };
+
+  auto sheet = menu(Style::actionSheet, handler);
+  const auto said = complaintsOf([&] { root->presentViewController(sheet, true); });
+  EXPECT_NE(std::string::npos, said.find("without an anchor")) << said;
+  EXPECT_EQ(nullptr, root->presentedViewController());
+
+  const auto popover = sheet->popoverPresentationController();
+  ASSERT_NE(nullptr, popover);
+  popover->sourceView = root->view();
+  struct Row {
+    const char* name;
+    CGRect anchor;
+    unsigned directions;
+    bool (*stands)(const CGRect& panel, const CGRect& anchor);
+  };
+  const Row rows[] = {
+      {"no arrow: centred on the rectangle", CGRectMake(384, 512, 0, 0), UIPopoverArrowDirectionNone,
+       [](const CGRect& p, const CGRect& a) {
+         return std::abs(p.midX() - a.midX()) < 1 && std::abs(p.midY() - a.midY()) < 1;
+       }},
+      {"below a button at the top", CGRectMake(600, 30, 100, 30), UIPopoverArrowDirectionAny,
+       [](const CGRect& p, const CGRect& a) { return p.minY() >= a.maxY() && p.maxX() <= 758; }},
+      {"above a button at the bottom", CGRectMake(20, 980, 100, 30), UIPopoverArrowDirectionAny,
+       [](const CGRect& p, const CGRect& a) { return p.maxY() <= a.minY() && p.minX() >= 10; }},
+      {"beside, where only that is permitted", CGRectMake(20, 300, 100, 30), 4,
+       [](const CGRect& p, const CGRect& a) {
+         return p.minX() >= a.maxX() && p.minY() < a.maxY() && p.maxY() > a.minY();
+       }},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    popover->sourceRect = row.anchor;
+    popover->permittedArrowDirections = row.directions;
+    root->presentViewController(sheet, true);
+    phone.runFor(1);
+    const CGRect panel = sheet->view()->convertRectToView(sheet->view()->bounds(), nullptr);
+    EXPECT_EQ(304, panel.width());
+    EXPECT_TRUE(row.stands(panel, row.anchor))
+        << panel.minX() << " " << panel.minY() << " " << panel.height();
+    EXPECT_FALSE(phone.shows("Cancel")) << "beside it is cancel";
+    chosen.clear();
+    phone.tap({5, 600});
+    phone.runFor(1);
+    EXPECT_EQ("Cancel", chosen);
+    EXPECT_EQ(nullptr, root->presentedViewController());
+  }
+}
+
+TEST(AlertController, LaysButtonsOutByStyleLanguageAndLength) {
+  struct Row {
+    const char* name;
+    const char* language;
+    std::vector<std::pair<const char*, ActionStyle>> actions;
+    /// From left to right, then from top to bottom.
+    std::vector<const char*> order;
+    bool sideBySide;
+  };
+  const Row rows[] = {
+      {"two",
+       "en-US",
+       {{"Install", ActionStyle::default_}, {"Cancel", ActionStyle::destructive}},
+       {"Install", "Cancel"},
+       true},
+      {"cancel first",
+       "en-US",
+       {{"OK", ActionStyle::default_}, {"Cancel", ActionStyle::cancel}},
+       {"Cancel", "OK"},
+       true},
+      {"mirrored",
+       "ar",
+       {{"OK", ActionStyle::default_}, {"Cancel", ActionStyle::cancel}},
+       {"OK", "Cancel"},
+       true},
+      {"long",
+       "de-DE",
+       {{"Abbrechen", ActionStyle::cancel}, {"Bildschirmaufnahme starten", ActionStyle::default_}},
+       {"Bildschirmaufnahme starten", "Abbrechen"},
+       false},
+      {"three",
+       "en-US",
+       {{"Cancel", ActionStyle::cancel}, {"A", ActionStyle::default_}, {"B", ActionStyle::default_}},
+       {"A", "B", "Cancel"},
+       false},
+  };
+  TestPhone phone;
+  const auto root = plain();
+  phone.show(root);
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    phone.device().changeSettings([&](DeviceSettings& settings) { settings.languages = {row.language}; });
+    const auto alert = UIAlertController::alertControllerWithTitle("t", "m", Style::alert);
+    for (const auto& [title, style] : row.actions) {
+      alert->addAction(UIAlertAction::actionWithTitle(title, style, nullptr));
+    }
+    root->presentViewController(alert, false);
+    phone.runFor(0.1);
+    for (std::size_t i = 1; i < row.order.size(); ++i) {
+      const CGRect before = frameOf(alert->view(), row.order[i - 1]),
+                   after = frameOf(alert->view(), row.order[i]);
+      if (row.sideBySide) {
+        EXPECT_EQ(before.maxX(), after.minX());
+        EXPECT_EQ(before.minY(), after.minY());
+      } else {
+        EXPECT_EQ(before.maxY(), after.minY());
+        EXPECT_EQ(270, after.width());
+      }
+    }
+    root->dismissViewControllerAnimated(false);
+  }
+}
+
+TEST(AlertController, StaysOnTheScreenHoweverMuchItSays) {
+  TestPhone phone({.profile = "iPhone SE"});
+  const auto root = plain();
+  phone.show(root);
+  std::string text;
+  for (int i = 0; i < 400; ++i) text += "Donaudampfschifffahrtsgesellschaft ";
+  for (const Style style : {Style::alert, Style::actionSheet}) {
+    for (const int actions : {0, 1, 30}) {
+      SCOPED_TRACE(actions);
+      std::string chosen;
+      const auto alert = UIAlertController::alertControllerWithTitle(text, text, style);
+      for (int i = 0; i < actions; ++i) {
+        alert->addAction(UIAlertAction::actionWithTitle(text, ActionStyle::default_, nullptr));
+      }
+      alert->addAction(UIAlertAction::actionWithTitle("Schließen", ActionStyle::cancel,
+                                                      [&](const auto& action) { chosen = action->title(); }));
+      root->presentViewController(alert, false);
+      phone.runFor(0.1);
+      const CGRect panel = alert->view()->frame();
+      EXPECT_GE(panel.minY(), 20);
+      EXPECT_LE(panel.maxY(), 568);
+      if (style == Style::alert && actions == 30) {
+        for (int i = 0; i < 12; ++i) phone.device().input().swipe({160, 520}, {160, 320});
+        phone.runFor(5);
+      }
+      EXPECT_TRUE(phone.tapText("Schließen"));
+      phone.runFor(1);
+      EXPECT_EQ("Schließen", chosen) << "the last row can be reached";
+      root->dismissViewControllerAnimated(false);
+    }
+  }
+}
+
+TEST(AlertControllerDeathTest, TwoCancelActionsAreAProgrammingError) {
+  TestPhone phone;
+  const auto alert = UIAlertController::alertControllerWithTitle("t", "m", Style::alert);
+  alert->addAction(UIAlertAction::actionWithTitle("1", ActionStyle::cancel, nullptr));
+  EXPECT_DEATH(alert->addAction(UIAlertAction::actionWithTitle("2", ActionStyle::cancel, nullptr)),
+               "can only have one action with a style of UIAlertActionStyleCancel");
+}
+
+}  // namespace
+}  // namespace controllers_test
