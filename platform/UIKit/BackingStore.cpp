@@ -18,10 +18,9 @@ constexpr std::size_t kLargestSide = 16384;
 
 /// The display's newest refresh.
 Clock::Instant lastRefresh(Clock::Instant now) {
-  const Clock::Instant next = Clock::nextRefresh(now);
-  return Clock::nextRefresh(next - std::chrono::milliseconds(20)) <= now
-             ? Clock::nextRefresh(next - std::chrono::milliseconds(20))
-             : now;
+  Clock::Instant refresh = Clock::nextRefresh(now - std::chrono::milliseconds(40));
+  while (Clock::nextRefresh(refresh) <= now) refresh = Clock::nextRefresh(refresh);
+  return refresh;
 }
 
 }  // namespace
@@ -86,8 +85,13 @@ void BackingStore::render(UIWindow& window, std::size_t width, std::size_t heigh
   if (!pool_ || pool_->size() != size) pool_ = std::make_shared<PixelPool>(size);
   auto pixels = pool_->take();
   const auto& background = window.backgroundColor();
+  // The background must reach every pixel: a row or column that it covers in part would show what was there
+  // before.
+  const CGSize points = window.bounds().size;
+  const bool wholePixels = std::abs(points.width * scale - static_cast<CGFloat>(width)) < 1e-6 &&
+                           std::abs(points.height * scale - static_cast<CGFloat>(height)) < 1e-6;
   const bool opaque =
-      background && background->CGColorValue().alpha >= 1 && window.layer()->cornerRadius <= 0;
+      wholePixels && background && background->CGColorValue().alpha >= 1 && window.layer()->cornerRadius <= 0;
   if (!opaque) std::memset(pixels.get(), 0, size);
 
   const CGContextRef context =

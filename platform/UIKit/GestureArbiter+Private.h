@@ -42,8 +42,8 @@ class GestureArbiter {
   std::shared_ptr<Contact> makeContact(const std::shared_ptr<UITouch>& touch) const;
   static Recognizers recognizersOf(const Contacts& contacts);
   Contacts watchedBy(const UIGestureRecognizer& recognizer) const;
-  void offer(const std::shared_ptr<UIGestureRecognizer>& recognizer, const Contacts& changed,
-             const std::shared_ptr<UIEvent>& event);
+  void offer(const UIWindow& window, const std::shared_ptr<UIGestureRecognizer>& recognizer,
+             const Contacts& changed, const std::shared_ptr<UIEvent>& event);
   void settle(const std::shared_ptr<UIGestureRecognizer>& recognizer, bool wasPossible,
               const std::shared_ptr<UIEvent>& event);
   bool mayRecognize(const UIGestureRecognizer& recognizer, const Contacts& watched) const;

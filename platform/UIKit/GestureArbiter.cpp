@@ -109,7 +109,7 @@ void GestureArbiter::deliver(const UIWindow& window, const UITouches& changed,
     }
   }
   const Recognizers recognizers = recognizersOf(contacts);
-  for (const auto& recognizer : recognizers) offer(recognizer, contacts, event);
+  for (const auto& recognizer : recognizers) offer(window, recognizer, contacts, event);
   deliverToViews(window, contacts, event);
   std::erase_if(contacts_, [&](const auto& contact) {
     return hasLeft(contact->touch->phase()) &&
@@ -118,8 +118,10 @@ void GestureArbiter::deliver(const UIWindow& window, const UITouches& changed,
   for (const auto& recognizer : recognizers) resetIfOver(*recognizer);
 }
 
-void GestureArbiter::offer(const std::shared_ptr<UIGestureRecognizer>& recognizer, const Contacts& changed,
-                           const std::shared_ptr<UIEvent>& event) {
+void GestureArbiter::offer(const UIWindow& window, const std::shared_ptr<UIGestureRecognizer>& recognizer,
+                           const Contacts& changed, const std::shared_ptr<UIEvent>& event) {
+  const auto view = recognizer->view();
+  if (view && view->window().get() != &window) return recognizer->leaveTouches();
   for (const UITouchPhase phase : kChangingPhases) {
     UITouches touches;
     for (const auto& contact : changed) {

@@ -45,10 +45,6 @@ void UIButton::setTitleAlignment(TextAlignment alignment) {
   setNeedsDisplay();
 }
 
-void UIButton::setHighlighted(bool highlighted) {
-  UIControl::setHighlighted(highlighted);
-}
-
 CGSize UIButton::sizeThatFits(CGSize) const {
   return layoutOf(title_, *font_, CGColor{}, 0, alignment_).size();
 }

@@ -57,7 +57,6 @@ class UIButton : public Subclass<UIButton, UIControl> {
   void setTitleColor(std::shared_ptr<UIColor> color);
   void setFont(std::shared_ptr<UIFont> font);
   void setTitleAlignment(TextAlignment alignment);
-  void setHighlighted(bool highlighted) override;
   CGSize sizeThatFits(CGSize size) const override;
   void drawRect(const CGRect& rect) override;
   std::string accessibilityLabel() const override;

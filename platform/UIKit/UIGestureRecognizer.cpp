@@ -22,8 +22,17 @@ std::shared_ptr<UIView> UIGestureRecognizer::view() const {
 void UIGestureRecognizer::setEnabled(bool enabled) {
   if (enabled == enabled_) return;
   enabled_ = enabled;
-  if (!enabled) ++attachment_;
-  if (!enabled) backToPossible();
+  if (!enabled) leaveTouches();
+}
+
+void UIGestureRecognizer::leaveTouches() {
+  const auto self = weak_from_this().lock();
+  ++attachment_;
+  if (state_ == State::began || state_ == State::changed) {
+    state_ = State::cancelled;
+    callTargets();
+  }
+  backToPossible();
 }
 
 void UIGestureRecognizer::attach(UIView* view) {

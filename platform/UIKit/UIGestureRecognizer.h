@@ -63,6 +63,8 @@ class UIGestureRecognizer : public Subclass<UIGestureRecognizer, NSObject> {
   unsigned attachment_ = 0;   // counts attachments, so that one of an earlier time is told apart
 
   void attach(UIView* view);
+  /// Stops watching the touches under way; a gesture that had begun is cancelled.
+  void leaveTouches();
   void callTargets();
   void backToPossible();
 };

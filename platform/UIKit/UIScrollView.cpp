@@ -41,9 +41,10 @@ void UIScrollView::didMoveToWindow() {
     drag_ = std::make_shared<DragRecognizer>(sharedAs<NSObject>(), "dragChanged:");
     addGestureRecognizer(drag_);
   }
-  if (!window()) {
+  if (drag_ && !window()) {
     stopMoving();
-    setDragging(false);
+    drag_->setEnabled(false);  // lets go of the finger
+    drag_->setEnabled(true);
   }
 }
 
