@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "AVFoundation/AVAssetWriterInput.h"
@@ -15,6 +16,7 @@
 namespace ios {
 
 class MovieWriter;
+struct MediaError;
 
 enum AVAssetWriterStatus : long {
   AVAssetWriterStatusUnknown = 0,
@@ -73,6 +75,8 @@ class AVAssetWriter : public NSObject {
   void cancelWriting();
 
  private:
+  std::optional<MediaError> refusal(const std::shared_ptr<AVAssetWriterInput>& input) const;
+
   const std::shared_ptr<MovieWriter> writer_;
   const NSURL outputURL_;
   const AVFileType outputFileType_;

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include "AVFoundation/AVAudioSettings.h"
@@ -11,6 +10,7 @@
 #include "CoreFoundation/PropertyList.h"
 #include "CoreMedia/CMSampleBuffer.h"
 #include "CoreVideo/CVPixelBuffer.h"
+#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
@@ -40,7 +40,7 @@ class AVAssetWriterInput : public NSObject {
   /// Whether an append would be taken now: the input belongs to a writer that is writing, and has not ended.
   /// Any thread; never waits.
   bool isReadyForMoreMediaData() const;
-  /// Sound only. Gaps of up to ten seconds are filled with silence, overlaps cut.
+  /// Sound only. Gaps of up to ten minutes are filled with silence, overlaps cut.
   bool appendSampleBuffer(const CMSampleBufferRef& buffer);
   /// No more media; waits for an append that is under way on another thread.
   void markAsFinished();
@@ -49,12 +49,13 @@ class AVAssetWriterInput : public NSObject {
   friend class AVAssetWriter;
   friend class AVAssetWriterInputPixelBufferAdaptor;
   std::shared_ptr<MovieTrack> track() const;
+  void attach(std::shared_ptr<MovieTrack> track);
 
   const AVMediaType mediaType_;
   const std::optional<NSDictionary> outputSettings_;
   std::atomic<bool> expectsMediaDataInRealTime_ = false;
-  mutable std::mutex mutex_;           // held for the copy alone
-  std::shared_ptr<MovieTrack> track_;  // set when the input is added to a writer
+  mutable Mutex mutex_;                                       // held for the copy alone
+  std::shared_ptr<MovieTrack> track_ IOS_GUARDED_BY(mutex_);  // set when the input is added to a writer
 };
 
 }  // namespace ios

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include "AVFoundation/AVCaptureInput.h"
@@ -9,6 +8,7 @@
 #include "CoreFoundation/PropertyList.h"
 #include "CoreMedia/CMSampleBuffer.h"
 #include "Dispatch/Queue.h"
+#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
@@ -51,10 +51,10 @@ class AVCaptureAudioDataOutput : public AVCaptureOutput {
   friend class AVCaptureSession;
   void setConnection(std::shared_ptr<AVCaptureConnection> connection);
 
-  mutable std::mutex mutex_;
-  std::weak_ptr<NSObject> delegate_;
-  dispatch_queue_t queue_;
-  std::shared_ptr<AVCaptureConnection> connection_;
+  mutable Mutex mutex_;  // held for copies alone
+  std::weak_ptr<NSObject> delegate_ IOS_GUARDED_BY(mutex_);
+  dispatch_queue_t queue_ IOS_GUARDED_BY(mutex_);
+  std::shared_ptr<AVCaptureConnection> connection_ IOS_GUARDED_BY(mutex_);
 };
 
 }  // namespace ios

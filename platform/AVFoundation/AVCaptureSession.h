@@ -6,6 +6,7 @@
 
 #include "AVFoundation/AVCaptureInput.h"
 #include "AVFoundation/AVCaptureOutput.h"
+#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
@@ -42,12 +43,14 @@ class AVCaptureSession : public NSObject {
   void stopRunning();
 
  private:
+  void connect();
+
   AVCaptureSessionPreset preset_ = AVCaptureSessionPresetHigh;
   std::shared_ptr<AVCaptureInput> input_;
   std::vector<std::shared_ptr<AVCaptureAudioDataOutput>> outputs_;
-  std::shared_ptr<AudioCapture> capture_;  // while running
-  mutable std::mutex mutex_;
-  bool running_ = false;
+  mutable Mutex mutex_;                                           // held for the exchange alone
+  std::shared_ptr<AudioCapture> capture_ IOS_GUARDED_BY(mutex_);  // while running
+  bool running_ IOS_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace ios

@@ -5,22 +5,23 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "CoreMedia/CMSampleBuffer.h"
+#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
-/// Where a microphone's sound comes from. Owned and asked by one running capture at a time.
+/// Where a microphone's sound comes from, while it is listened to. Asked by one thread at a time.
 class MicrophoneSource {
  public:
   virtual ~MicrophoneSource() = default;
   virtual CMAudioFormat format() const = 0;
-  /// The next `frames` frames; `position` counts the frames since the capture started. Must not wait.
+  /// The next `frames` frames; `position` counts the frames since the listening began. Does not wait: what
+  /// has not come is silence.
   virtual std::vector<std::int16_t> read(std::uint64_t position, std::size_t frames) = 0;
 };
 
@@ -68,10 +69,11 @@ class Microphone {
 
  private:
   Microphone();
-  mutable std::mutex mutex_;
-  Sound sound_;
-  bool connected_ = true, heldElsewhere_ = false;
-  std::chrono::nanoseconds delay_{0};
+  mutable Mutex mutex_;
+  Sound sound_ IOS_GUARDED_BY(mutex_);
+  bool connected_ IOS_GUARDED_BY(mutex_) = true;
+  bool heldElsewhere_ IOS_GUARDED_BY(mutex_) = false;
+  std::chrono::nanoseconds delay_ IOS_GUARDED_BY(mutex_){0};
 };
 
 }  // namespace ios

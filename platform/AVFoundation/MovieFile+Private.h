@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "AVFoundation/FFmpeg+Private.h"
+#include "AVFoundation/MediaError+Private.h"
+
+namespace ios {
+
+/// A movie file in the making: under a hidden name beside its path until `complete` has succeeded; gone
+/// without a trace if that never happens. Used by one thread at a time.
+class MovieFile {
+ public:
+  /// Creates the file. `container` is FFmpeg's name of the format. Null, with `failure` set, when that fails
+  /// or a file exists at `path`.
+  static std::unique_ptr<MovieFile> create(const std::filesystem::path& path, const std::string& container,
+                                           MediaFailure& failure);
+  ~MovieFile();
+
+  /// Declares a track; its number is the count of those before it. Before `start`.
+  [[nodiscard]] MediaFailure addStream(const ffmpeg::Stream& stream);
+  [[nodiscard]] MediaFailure start();
+  /// `packet` in the units that the track was declared with; its times within a track increase.
+  [[nodiscard]] MediaFailure write(int stream, AVPacket& packet);
+  [[nodiscard]] MediaFailure complete();
+
+ private:
+  MovieFile(std::filesystem::path path, std::filesystem::path temporary);
+  static int writeBytes(void* self, std::uint8_t* bytes, int count);
+  static std::int64_t seek(void* self, std::int64_t offset, int whence);
+  /// What FFmpeg answered, or what the disk did, which it may tell only later.
+  MediaFailure outcome(const std::string& operation, int result) const;
+
+  const std::filesystem::path path_, temporary_;
+  int descriptor_ = -1;
+  std::int64_t position_ = 0, size_ = 0;
+  ffmpeg::IOContext io_;
+  ffmpeg::FormatContext format_;  // goes before the I/O it writes through
+  std::vector<AVRational> timeBases_;
+};
+
+}  // namespace ios

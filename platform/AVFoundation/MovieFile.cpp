@@ -1,0 +1,161 @@
+#include "AVFoundation/MovieFile+Private.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <ctime>
+#include <utility>
+
+#include "DeviceClock/Clock.h"
+
+namespace ios {
+namespace {
+
+// One write a tenth of a second of a usual recording.
+constexpr int kBufferSize = 16 * 1024;
+// Starts of tracks are written in these units: fine enough for the start of sound to be exact to a frame or
+// so.
+constexpr int kMovieTimescale = 90000;
+
+const std::string kStart = "start the movie file";
+const std::string kWrite = "write to the movie";
+const std::string kComplete = "complete the movie file";
+
+std::string iso8601(std::time_t seconds) {
+  std::tm date{};
+  ::gmtime_r(&seconds, &date);
+  char text[32];
+  const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &date);
+  return std::string(text, length);
+}
+
+}  // namespace
+
+std::unique_ptr<MovieFile> MovieFile::create(const std::filesystem::path& path, const std::string& container,
+                                             MediaFailure& failure) {
+  ffmpeg::keepQuiet();
+  const auto fail = [&](int code) {
+    failure = MediaError::disk({code, "create", path});
+    return nullptr;
+  };
+  std::error_code error;
+  if (std::filesystem::exists(std::filesystem::symlink_status(path, error))) return fail(EEXIST);
+  if (const auto refused = diskRefusal("create", path)) return fail(refused->code);
+  // What a process that was ended in the middle of a recording left here.
+  sweepTemporaryFiles(path.parent_path());
+
+  std::unique_ptr<MovieFile> file(new MovieFile(path, temporaryNameBeside(path)));
+  file->descriptor_ = ::open(file->temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+  if (file->descriptor_ < 0) return fail(errno);
+
+  AVFormatContext* format = nullptr;
+  failure = failed(kStart, avformat_alloc_output_context2(&format, nullptr, container.c_str(), nullptr));
+  file->format_.reset(format);
+  if (failure) return nullptr;
+  auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
+  file->io_.reset(avio_alloc_context(buffer, kBufferSize, 1, file.get(), nullptr, &writeBytes, &seek));
+  if (!buffer || !file->io_) {
+    if (!file->io_) av_free(buffer);
+    failure = failed(kStart, AVERROR(ENOMEM));
+    return nullptr;
+  }
+  format->pb = file->io_.get();
+  // Files repeat to the byte: no version of the writer, and no date but the device's.
+  format->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
+  format->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
+  const auto now = std::chrono::floor<std::chrono::seconds>(Clock::shared().wallTime());
+  av_dict_set(&format->metadata, "creation_time", iso8601(now.time_since_epoch().count()).c_str(), 0);
+  return file;
+}
+
+MovieFile::MovieFile(std::filesystem::path path, std::filesystem::path temporary)
+    : path_(std::move(path)), temporary_(std::move(temporary)) {}
+
+MovieFile::~MovieFile() {
+  format_ = nullptr;
+  io_ = nullptr;
+  if (descriptor_ >= 0) ::close(descriptor_);
+  // After a success there is none: the file has its own name.
+  ::unlink(temporary_.c_str());
+}
+
+int MovieFile::writeBytes(void* self, std::uint8_t* bytes, int count) {
+  auto& file = *static_cast<MovieFile*>(self);
+  if (const auto refused = diskRefusal("write", file.path_)) return AVERROR(refused->code);
+  for (int written = 0; written < count;) {
+    const ssize_t result = ::pwrite(file.descriptor_, bytes + written,
+                                    static_cast<std::size_t>(count - written), file.position_);
+    if (result < 0 && errno == EINTR) continue;
+    if (result < 0) return AVERROR(errno);
+    written += static_cast<int>(result);
+    file.position_ += result;
+    file.size_ = std::max(file.size_, file.position_);
+  }
+  return count;
+}
+
+std::int64_t MovieFile::seek(void* self, std::int64_t offset, int whence) {
+  auto& file = *static_cast<MovieFile*>(self);
+  switch (whence & ~AVSEEK_FORCE) {
+    case AVSEEK_SIZE:
+      return file.size_;
+    case SEEK_SET:
+      return file.position_ = offset;
+    case SEEK_CUR:
+      return file.position_ += offset;
+    case SEEK_END:
+      return file.position_ = file.size_ + offset;
+    default:
+      return AVERROR(EINVAL);
+  }
+}
+
+MediaFailure MovieFile::outcome(const std::string& operation, int result) const {
+  if (io_->error < 0) return MediaError::disk({AVUNERROR(io_->error), "write", path_});
+  return failed(operation, result);
+}
+
+MediaFailure MovieFile::addStream(const ffmpeg::Stream& description) {
+  AVStream* stream = avformat_new_stream(format_.get(), nullptr);
+  if (!stream || !description.parameters) return failed(kStart, AVERROR(ENOMEM));
+  stream->time_base = description.timeBase;
+  timeBases_.push_back(description.timeBase);
+  return failed(kStart, avcodec_parameters_copy(stream->codecpar, description.parameters.get()));
+}
+
+MediaFailure MovieFile::start() {
+  if (auto fault = codecFault(kStart)) return fault;
+  AVDictionary* options = nullptr;
+  av_dict_set_int(&options, "movie_timescale", kMovieTimescale, 0);
+  const int result = avformat_write_header(format_.get(), &options);
+  av_dict_free(&options);
+  return outcome(kStart, result);
+}
+
+MediaFailure MovieFile::write(int stream, AVPacket& packet) {
+  if (auto fault = codecFault(kWrite)) return fault;
+  packet.stream_index = stream;
+  av_packet_rescale_ts(&packet, timeBases_[static_cast<std::size_t>(stream)],
+                       format_->streams[stream]->time_base);
+  return outcome(kWrite, av_write_frame(format_.get(), &packet));
+}
+
+MediaFailure MovieFile::complete() {
+  if (auto fault = codecFault(kComplete)) return fault;
+  const int result = av_write_trailer(format_.get());
+  avio_flush(io_.get());
+  if (auto failure = outcome(kComplete, result)) return failure;
+  if (::close(std::exchange(descriptor_, -1)) != 0) return MediaError::disk({errno, "write", path_});
+  // Somebody else's file that came in the meantime stays.
+  std::error_code error;
+  if (std::filesystem::exists(std::filesystem::symlink_status(path_, error))) {
+    return MediaError::disk({EEXIST, "create", path_});
+  }
+  if (const auto problem = renameFile(temporary_, path_)) return MediaError::disk(*problem);
+  return std::nullopt;
+}
+
+}  // namespace ios

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "AVFoundation/AVMediaFormat.h"
+#include "AVFoundation/FFmpeg+Private.h"
+#include "CoreMedia/CMSampleBuffer.h"
+#include "CoreVideo/CVPixelBuffer.h"
+#include "ObjectiveC/Mutex.h"
+
+namespace ios {
+
+class MovieWriter;
+
+/// What stands behind a writer's input: takes media on the threads of the application, encodes it there and
+/// hands the result to the writer. Its lock is taken before the writer's, never after.
+class MovieTrack {
+ public:
+  virtual ~MovieTrack() = default;
+  MovieTrack(const MovieTrack&) = delete;
+
+  /// The writer outlives its use here through the weak reference; `index` is this track's number there.
+  void join(std::weak_ptr<MovieWriter> writer, std::size_t index);
+  bool isReady() const;
+  bool append(const CMSampleBufferRef& buffer);
+  bool append(const CVPixelBufferRef& buffer, const CMTime& time);
+  void markAsFinished();
+
+  // For the writer, while nothing is appended.
+
+  /// Opens the encoder; `stream` stays empty if how the track is written depends on what comes.
+  [[nodiscard]] virtual MediaFailure open(ffmpeg::Stream& stream) = 0;
+  /// Brings out what the encoder still holds.
+  [[nodiscard]] MediaFailure finish(MovieWriter& writer);
+
+ protected:
+  MovieTrack() = default;
+  /// `time` counts from the movie's start and is later than the last one; before the start it is negative.
+  virtual MediaFailure take(MovieWriter& writer, const CMSampleBufferRef& buffer, const CMTime& time);
+  virtual MediaFailure take(MovieWriter& writer, const CVPixelBufferRef& buffer, const CMTime& time);
+  virtual MediaFailure flush(MovieWriter& writer) = 0;
+  std::size_t index() const { return index_; }
+  ffmpeg::PacketSink sink(MovieWriter& writer) const;
+
+ private:
+  template <class Buffer>
+  bool appendAt(const Buffer& buffer, const CMTime& time);
+
+  std::weak_ptr<MovieWriter> writer_;  // set before the track is shared between threads
+  std::size_t index_ = 0;
+  std::atomic<bool> finished_ = false;
+  Mutex mutex_;  // held while a buffer is encoded
+  CMTime last_ IOS_GUARDED_BY(mutex_) = kCMTimeInvalid;
+};
+
+}  // namespace ios

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "AVFoundation/FFmpeg+Private.h"
+#include "CoreVideo/CVPixelBuffer.h"
+
+namespace ios {
+
+/// Turns pixel buffers into the pictures that an encoder takes: BT.601 of limited range, 4:2:0, with even
+/// sides. Used by one thread at a time.
+class PictureConverter {
+ public:
+  /// `size` is the movie's, as asked for.
+  explicit PictureConverter(const CVPixelSize& size) : size_(size) {}
+
+  /// `size` with odd sides made even.
+  static CVPixelSize evenSize(const CVPixelSize& size);
+
+  /// Makes `buffer` the current picture; `changed` tells whether it differs from the one before.
+  [[nodiscard]] MediaFailure convert(const CVPixelBufferRef& buffer, bool& changed);
+  /// Of the size `evenSize`; null before the first.
+  AVFrame* current() const { return current_.get(); }
+
+ private:
+  MediaFailure prepareSpare();
+  MediaFailure fillSpare(const CVPixelBufferRef& buffer);
+  bool spareEqualsCurrent() const;
+
+  const CVPixelSize size_;
+  ffmpeg::Frame current_, spare_;
+  std::uint64_t generation_ = 0;  // of the current picture
+  std::vector<std::uint8_t> stretched_;
+};
+
+}  // namespace ios

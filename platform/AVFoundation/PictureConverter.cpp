@@ -1,0 +1,102 @@
+#include <libyuv.h>
+
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "AVFoundation/PictureConverter+Private.h"
+#include "CoreVideo/CVPixelBuffer+Private.h"
+
+namespace ios {
+namespace {
+
+const std::string kConvert = "convert a picture";
+
+/// Repeats the last column and row of `plane` where the picture, `width` by `height`, falls short of the
+/// frame.
+void repeatEdges(std::uint8_t* plane, int stride, const CVPixelSize& picture, const CVPixelSize& frame) {
+  if (frame.width > picture.width) {
+    for (std::size_t row = 0; row < picture.height; ++row) {
+      std::uint8_t* end = plane + row * static_cast<std::size_t>(stride) + picture.width;
+      *end = end[-1];
+    }
+  }
+  if (frame.height > picture.height) {
+    std::uint8_t* last = plane + picture.height * static_cast<std::size_t>(stride);
+    std::memcpy(last, last - stride, frame.width);
+  }
+}
+
+}  // namespace
+
+CVPixelSize PictureConverter::evenSize(const CVPixelSize& size) {
+  return {(size.width + 1) / 2 * 2, (size.height + 1) / 2 * 2};
+}
+
+MediaFailure PictureConverter::convert(const CVPixelBufferRef& buffer, bool& changed) {
+  changed = false;
+  const std::uint64_t generation = buffer->generation();
+  if (current_ && generation != 0 && generation == generation_) return std::nullopt;
+  if (auto failure = prepareSpare()) return failure;
+  if (auto failure = fillSpare(buffer)) return failure;
+  generation_ = generation;
+  // The encoder's own pictures are compared: they are less than half of the buffer, and what does not show in
+  // them is no change.
+  changed = !current_ || !spareEqualsCurrent();
+  std::swap(current_, spare_);
+  return std::nullopt;
+}
+
+MediaFailure PictureConverter::prepareSpare() {
+  if (!spare_) {
+    spare_.reset(av_frame_alloc());
+    if (!spare_) return failed(kConvert, AVERROR(ENOMEM));
+    const CVPixelSize even = evenSize(size_);
+    spare_->format = AV_PIX_FMT_YUV420P;
+    spare_->width = static_cast<int>(even.width);
+    spare_->height = static_cast<int>(even.height);
+    return failed(kConvert, av_frame_get_buffer(spare_.get(), 0));
+  }
+  return failed(kConvert, av_frame_make_writable(spare_.get()));
+}
+
+MediaFailure PictureConverter::fillSpare(const CVPixelBufferRef& buffer) {
+  const PixelLayout& layout = buffer->layout();
+  const std::uint8_t* pixels = buffer->pixels();
+  int stride = static_cast<int>(layout.bytesPerRow);
+  const int width = static_cast<int>(size_.width), height = static_cast<int>(size_.height);
+  if (layout.size != size_) {
+    stretched_.resize(size_.width * size_.height * 4);
+    if (libyuv::ARGBScale(pixels, stride, static_cast<int>(layout.size.width),
+                          static_cast<int>(layout.size.height), stretched_.data(), width * 4, width, height,
+                          libyuv::kFilterBox) != 0) {
+      return failed(kConvert, AVERROR(ENOMEM));
+    }
+    pixels = stretched_.data();
+    stride = width * 4;
+  }
+  // libyuv names formats by the word, least significant byte last: its ARGB is BGRA in memory.
+  if (libyuv::ARGBToI420(pixels, stride, spare_->data[0], spare_->linesize[0], spare_->data[1],
+                         spare_->linesize[1], spare_->data[2], spare_->linesize[2], width, height) != 0) {
+    return failed(kConvert, AVERROR(EINVAL));
+  }
+  repeatEdges(spare_->data[0], spare_->linesize[0], size_, evenSize(size_));
+  return std::nullopt;
+}
+
+bool PictureConverter::spareEqualsCurrent() const {
+  for (int plane = 0; plane < 3; ++plane) {
+    const int width = plane == 0 ? current_->width : current_->width / 2;
+    const int height = plane == 0 ? current_->height : current_->height / 2;
+    for (int row = 0; row < height; ++row) {
+      if (std::memcmp(current_->data[plane] + row * current_->linesize[plane],
+                      spare_->data[plane] + row * spare_->linesize[plane],
+                      static_cast<std::size_t>(width)) != 0) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+}  // namespace ios

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+
+#include "AVFoundation/FFmpeg+Private.h"
+#include "CoreFoundation/PropertyList.h"
+#include "CoreMedia/CMSampleBuffer.h"
+
+namespace ios {
+
+/// A movie's sound as AAC or as plain samples, of one format whatever it is fed. Used by one thread at a
+/// time.
+class SoundEncoder {
+ public:
+  struct Settings {
+    CMAudioFormat format;
+    std::int64_t bitRate = 0;
+    /// Empty for settings that cannot be met.
+    static std::optional<Settings> from(const NSDictionary& outputSettings);
+  };
+  /// Null, with `failure` set, when the encoder cannot be set up.
+  static std::unique_ptr<SoundEncoder> openAAC(const Settings& settings, MediaFailure& failure);
+  static std::unique_ptr<SoundEncoder> openPCM(const CMAudioFormat& format, MediaFailure& failure);
+
+  const CMAudioFormat& format() const { return format_; }
+  ffmpeg::Stream stream() const;
+  static ffmpeg::Stream plainStream(const CMAudioFormat& format);
+  /// The time of the first frame to come, in frames. Before the first.
+  void start(std::int64_t time) { time_ = time; }
+  /// `samples` in `format`, whole frames.
+  [[nodiscard]] MediaFailure encode(std::span<const std::int16_t> samples, const CMAudioFormat& format,
+                                    const ffmpeg::PacketSink& sink);
+  /// What is still inside. Nothing can be encoded afterwards.
+  [[nodiscard]] MediaFailure flush(const ffmpeg::PacketSink& sink);
+
+ private:
+  SoundEncoder(const CMAudioFormat& format, AVSampleFormat sampleFormat);
+  MediaFailure prepareResampler(const CMAudioFormat& source);
+  /// Through the resampler into the queue; null samples drain it.
+  MediaFailure resample(const std::int16_t* samples, int frames);
+  MediaFailure encodeQueued(bool everything, const ffmpeg::PacketSink& sink);
+  MediaFailure encodeFrame(int frames, const ffmpeg::PacketSink& sink);
+
+  const CMAudioFormat format_;
+  const AVSampleFormat sampleFormat_;
+  ffmpeg::CodecContext codec_;  // null for plain samples
+  ffmpeg::AudioFifo queue_;
+  CMAudioFormat source_;
+  ffmpeg::Resampler resampler_;
+  std::int64_t time_ = 0;  // of the first frame in the queue
+};
+
+}  // namespace ios

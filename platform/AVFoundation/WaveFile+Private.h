@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "AVFoundation/Microphone.h"
+
+namespace ios {
+
+/// A WAV file of 16-bit PCM, as a source that plays it again and again.
+class WaveFile : public MicrophoneSource {
+ public:
+  /// Null, with `problem` set, for a file that cannot be read, is no such file, or holds no sound.
+  static std::unique_ptr<WaveFile> read(const std::filesystem::path& path, std::string& problem);
+
+  CMAudioFormat format() const override { return format_; }
+  std::vector<std::int16_t> read(std::uint64_t position, std::size_t frames) override;
+
+ private:
+  WaveFile(const CMAudioFormat& format, std::vector<std::int16_t> samples)
+      : format_(format), samples_(std::move(samples)) {}
+  const CMAudioFormat format_;
+  const std::vector<std::int16_t> samples_;
+};
+
+}  // namespace ios
