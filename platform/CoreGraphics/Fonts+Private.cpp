@@ -1,8 +1,9 @@
 #include "CoreGraphics/Fonts+Private.h"
 
 #include <cmath>
-#include <mutex>
 #include <string_view>
+
+#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 namespace {
@@ -65,8 +66,8 @@ Resolved lookUp(std::string_view name) {
 }
 
 struct Language {
-  std::mutex mutex;
-  PangoLanguage* language = pango_language_from_string("en");
+  Mutex mutex;
+  PangoLanguage* language IOS_GUARDED_BY(mutex) = pango_language_from_string("en");
 };
 
 Language& textLanguage() {
@@ -78,7 +79,7 @@ Language& textLanguage() {
 
 void setTextLanguage(const std::string& tag) {
   Language& shared = textLanguage();
-  std::lock_guard lock(shared.mutex);
+  MutexLock lock(shared.mutex);
   shared.language = pango_language_from_string(tag.c_str());
 }
 
@@ -102,7 +103,7 @@ PangoHandle<PangoContext> makeTextContext() {
   pango_context_set_round_glyph_positions(context.get(), FALSE);
   pango_context_set_base_dir(context.get(), PANGO_DIRECTION_LTR);
   Language& shared = textLanguage();
-  std::lock_guard lock(shared.mutex);
+  MutexLock lock(shared.mutex);
   pango_context_set_language(context.get(), shared.language);
   return context;
 }

@@ -10,7 +10,9 @@ namespace ios {
 namespace {
 
 std::int64_t newestRefresh(Clock::Instant now) {
-  std::int64_t n = now.time_since_epoch().count() * 60 / 1'000'000'000;
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
+  const std::int64_t rest = (now - seconds).count();
+  std::int64_t n = seconds.time_since_epoch().count() * 60 + rest * 60 / 1'000'000'000;
   while (Clock::refresh(n + 1) <= now) ++n;
   return n;
 }
@@ -27,7 +29,7 @@ std::shared_ptr<CADisplayLink> CADisplayLink::displayLinkWithTarget(const id& ta
 void CADisplayLink::addToRunLoop(const std::shared_ptr<NSRunLoop>& runLoop, const NSRunLoopMode& mode) {
   // No other loop is ever run.
   if (runLoop != NSRunLoop::mainRunLoop()) return;
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   mode_ = mode;
   attached_ = target_ != nullptr;
   arm(nextDue());
@@ -35,7 +37,7 @@ void CADisplayLink::addToRunLoop(const std::shared_ptr<NSRunLoop>& runLoop, cons
 
 void CADisplayLink::removeFromRunLoop(const std::shared_ptr<NSRunLoop>& runLoop, const NSRunLoopMode& mode) {
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     if (!attached_ || runLoop != NSRunLoop::mainRunLoop() || mode != mode_) return;
   }
   invalidate();
@@ -47,7 +49,7 @@ void CADisplayLink::invalidate() {
   id target;
   std::optional<std::uint64_t> event;
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     attached_ = false;
     event = disarm();
     target = std::move(target_);
@@ -59,7 +61,7 @@ void CADisplayLink::setPaused(bool paused) {
   const auto self = sharedAs<CADisplayLink>();
   std::optional<std::uint64_t> event;
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     paused_ = paused;
     if (paused) {
       event = disarm();
@@ -102,7 +104,7 @@ std::optional<std::uint64_t> CADisplayLink::disarm() {
 void CADisplayLink::tick(std::uint64_t arming) {
   NSRunLoopMode mode;
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     if (!armed_ || arming != arming_) return;
     mode = mode_;
   }
@@ -113,7 +115,7 @@ void CADisplayLink::tick(std::uint64_t arming) {
 void CADisplayLink::deliver(std::uint64_t arming) {
   id target;
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     if (!armed_ || arming != arming_) return;
     armed_ = false;
     target = target_;
@@ -121,7 +123,7 @@ void CADisplayLink::deliver(std::uint64_t arming) {
     timestamp_ = std::chrono::duration<double>(Clock::refresh(*lastRefresh_).time_since_epoch()).count();
   }
   action_.perform(*target, sharedAs<NSObject>());
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   // Already past when the target took longer than the interval: then the one tick for it comes at once.
   arm(*lastRefresh_ + frameInterval_);
 }

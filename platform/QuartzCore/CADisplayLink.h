@@ -3,10 +3,10 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include "Foundation/NSRunLoop.h"
+#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
@@ -37,26 +37,28 @@ class CADisplayLink : public NSObject {
   double timestamp() const { return timestamp_; }
 
  private:
-  std::int64_t nextDue() const;
-  void arm(std::int64_t refresh);
-  /// Takes back the tick that is on its way; the caller holds the lock and cancels the event after it.
-  std::optional<std::uint64_t> disarm();
-  void tick(std::uint64_t arming);
-  void deliver(std::uint64_t arming);
+  std::int64_t nextDue() const IOS_REQUIRES(mutex_);
+  void arm(std::int64_t refresh) IOS_REQUIRES(mutex_);
+  /// Takes back the tick that is on its way. Its event is to be cancelled without the lock: the event may
+  /// hold the last reference to the link.
+  std::optional<std::uint64_t> disarm() IOS_REQUIRES(mutex_);
+  void tick(std::uint64_t arming) IOS_EXCLUDES(mutex_);
+  void deliver(std::uint64_t arming) IOS_EXCLUDES(mutex_);
 
   const Action action_;
   std::atomic<bool> paused_ = false;
   std::atomic<long> frameInterval_ = 1;
   std::atomic<double> timestamp_ = 0;
 
-  std::mutex mutex_;  // guards all below
-  id target_;
-  NSRunLoopMode mode_;
-  bool attached_ = false;
-  bool armed_ = false;
-  std::uint64_t arming_ = 0;  // counts, so that a tick on its way knows that it was taken back
-  std::uint64_t event_ = 0;
-  std::optional<std::int64_t> lastRefresh_;
+  Mutex mutex_;
+  id target_ IOS_GUARDED_BY(mutex_);
+  NSRunLoopMode mode_ IOS_GUARDED_BY(mutex_);
+  bool attached_ IOS_GUARDED_BY(mutex_) = false;
+  bool armed_ IOS_GUARDED_BY(mutex_) = false;
+  // Counts, so that a tick on its way knows that it was taken back.
+  std::uint64_t arming_ IOS_GUARDED_BY(mutex_) = 0;
+  std::uint64_t event_ IOS_GUARDED_BY(mutex_) = 0;
+  std::optional<std::int64_t> lastRefresh_ IOS_GUARDED_BY(mutex_);
 };
 
 }  // namespace ios
