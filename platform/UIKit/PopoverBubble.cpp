@@ -12,6 +12,7 @@ constexpr CGFloat kArrowHeight = 13;
 constexpr CGFloat kArrowWidth = 37;
 constexpr CGFloat kCorner = 13;
 constexpr CGFloat kShadow = 24;
+constexpr CGFloat kShadowDensity = 0.015;
 
 CGFloat clampTo(CGFloat value, CGFloat low, CGFloat high) {
   return std::max(low, std::min(value, high));
@@ -159,11 +160,19 @@ bool PopoverBubble::pointInside(CGPoint point, const std::shared_ptr<UIEvent>&) 
 void PopoverBubble::drawRect(const CGRect&) {
   const auto context = UIGraphicsGetCurrentContext();
   const CGRect& content = placement_.content;
-  CGContextSetFillColorWithColor(context, {0, 0, 0, 0.012});
   for (CGFloat spread = kShadow - 4; spread >= 1; spread -= 1) {
     const CGRect ring = CGRectOffset(CGRectInset(content, -spread, -spread), 0, 3);
+    CGContextSetFillColorWithColor(context, {0, 0, 0, kShadowDensity * (1 - spread / kShadow)});
     CGContextAddPath(context, CGPath::roundedRect(ring, kCorner + spread));
     CGContextFillPath(context);
+  }
+  if (placement_.arrow != Arrow::none) {
+    CGContextSetStrokeColorWithColor(context, {0, 0, 0, 0.03});
+    for (const CGFloat width : {12.0, 8.0, 4.0, 2.0}) {
+      CGContextSetLineWidth(context, width);
+      CGContextAddPath(context, arrowPath(placement_));
+      CGContextStrokePath(context);
+    }
   }
   CGContextSetFillColorWithColor(context, {1, 1, 1, 1});
   CGContextAddPath(context, CGPath::roundedRect(content, kCorner));

@@ -84,7 +84,7 @@ TEST(AlertController, TappingBesideCountsAsCancelOnASheetOnly) {
 }
 
 TEST(AlertController, OnAPadASheetIsAPopoverAtItsAnchor) {
-  TestPhone phone({.profile = "iPad 2"});
+  TestPhone phone({.profile = "iPad Air 2"});
   const auto root = plain();
   phone.show(root);
   std::string chosen;

@@ -125,7 +125,7 @@ TEST(TabBarController, MoreLeadsToTheScreensWithoutAPlace) {
 
 TEST(SplitViewController, ShowsBothOnAWideDisplayAndTheLastOnANarrowOne) {
   for (const bool wide : {true, false}) {
-    static TestPhone phone({.profile = "iPad 2"});
+    static TestPhone phone({.profile = "iPad Air 2"});
     const auto journal = newJournal();
     const auto list = screen("List", journal), detail = screen("Detail", journal);
     const auto split = std::make_shared<UISplitViewController>();
