@@ -2,9 +2,12 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+extern "C" {
+#include <sys/pidfd.h>  // which does not say so itself in glibc 2.36
+}
 
 #include <array>
 #include <cerrno>
@@ -25,6 +28,7 @@ struct LaunchPlan {
   std::string identifier;
   fs::path executable, bundle;
   std::vector<std::string> environment;
+  std::chrono::milliseconds timeLimit;
 };
 
 std::vector<std::string> environmentFor(const Device& device, const fs::path& bundle,
@@ -96,7 +100,6 @@ bool awaitEnd(pid_t process, std::chrono::milliseconds limit, int& status) {
 }
 
 LaunchResult run(LaunchPlan& plan) {
-  constexpr std::chrono::seconds kLimit(30);
   const auto refuse = [&plan](const std::string& why) {
     return LaunchResult{false, 0, "could not launch " + plan.identifier + ": " + why};
   };
@@ -119,8 +122,8 @@ LaunchResult run(LaunchPlan& plan) {
 
   int status = 0;
   LaunchResult result{true, 0, {}};
-  if (!awaitEnd(process, kLimit, status))
-    result.problem = plan.identifier + " had not ended after 30 seconds and was killed";
+  if (!awaitEnd(process, plan.timeLimit, status))
+    result.problem = plan.identifier + " had not ended in time and was killed";
   result.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
   if (WIFSIGNALED(status) && result.problem.empty()) {
     result.problem = plan.identifier + " was ended by signal " + std::to_string(WTERMSIG(status));
@@ -133,7 +136,7 @@ LaunchResult run(LaunchPlan& plan) {
 void Applications::launch(const InstalledApplication& application, const std::string& url,
                           std::function<void(const LaunchResult&)> finished) {
   LaunchPlan plan{application.bundleIdentifier, application.executable(), application.bundle,
-                  environmentFor(device_, application.bundle, url)};
+                  environmentFor(device_, application.bundle, url), timeLimit_};
   auto activity = std::make_shared<Clock::Activity>("the application " + application.bundleIdentifier);
   dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0),
                  [plan = std::move(plan), finished = std::move(finished), activity]() mutable {

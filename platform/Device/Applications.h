@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -56,14 +57,17 @@ class Applications {
 
   /// Starts the application's executable as a process of its own, told to open `url`, in the environment
   /// described in Device.h. Returns at once; `finished` is called on the main queue when the process has
-  /// ended. Virtual time stands still until then; a process that has not ended within 30 real seconds is
+  /// ended. Virtual time stands still until then; a process that takes longer than 30 real seconds is
   /// killed. Its standard input is empty, and both its outputs go to this process's standard error.
   void launch(const InstalledApplication& application, const std::string& url,
               std::function<void(const LaunchResult&)> finished);
+  /// Another limit of real time than 30 seconds.
+  void setTimeLimit(std::chrono::milliseconds limit) { timeLimit_ = limit; }
 
  private:
   std::filesystem::path folder() const;
   Device& device_;
+  std::chrono::milliseconds timeLimit_ = std::chrono::seconds(30);
 };
 
 }  // namespace ios

@@ -41,7 +41,8 @@ class Device {
     std::filesystem::path root;
     std::filesystem::path mainBundle;  // empty: the folder of the executable
     std::string bundleIdentifier;      // empty: read from the main bundle's Info.plist, else "unbundled"
-    std::optional<DeviceSettings> settings;  // written to Settings.plist; without it that file is read
+    /// Written to Settings.plist; without it that file is read.
+    std::optional<DeviceSettings> settings = std::nullopt;
   };
 
   /// The device; the first call starts it from the environment if `start` was not called.

@@ -21,7 +21,7 @@ struct DeviceSettings {
   /// down.
   int orientation = 1;
   /// By bundle identifier, then by service: "microphone", "photos".
-  std::map<std::string, std::map<std::string, Permission>> permissions;
+  std::map<std::string, std::map<std::string, Permission>> permissions = {};
   bool operator==(const DeviceSettings&) const = default;
 };
 
