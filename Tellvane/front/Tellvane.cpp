@@ -1,8 +1,8 @@
 #include "front/Tellvane.h"
 
-#include "front/Categories.h"
 #include "front/TLVManager.h"
 #include "info/TLVConstants.h"
+#include "triggers/UIWindow+Shake.h"
 
 namespace tellvane {
 
@@ -19,7 +19,7 @@ MethodList Tellvane::methods() {
 }
 
 void Tellvane::instantiateSDK(bool debugMode, bool microphoneEnabled) {
-  keepCategories();
+  keepShakeExtension();
   TLVManager::shared()->instantiateSDK(debugMode, microphoneEnabled);
 }
 

@@ -88,6 +88,19 @@ std::size_t sequenceLength(std::string_view bytes, bool& valid) {
   return std::max<std::size_t>(length, 1);
 }
 
+// A category's operations take the object they are called on; these only read it.
+template <auto Property>
+auto property(UIDevice& device) {
+  return Property(device);
+}
+
+const Category kProperties{UIDevice::classObject(),
+                           {{"screenResolution", &property<&screenResolution>},
+                            {"deviceCode", &property<&deviceCode>},
+                            {"deviceFamily", &property<&deviceFamily>},
+                            {"deviceModel", &property<&deviceModel>},
+                            {"deviceOrientationString", &property<&deviceOrientationString>}}};
+
 }  // namespace
 
 std::string modelName(std::string_view deviceCode) {

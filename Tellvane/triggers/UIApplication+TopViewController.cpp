@@ -5,6 +5,16 @@
 #include "UIKit/UITabBarController.h"
 
 namespace tellvane {
+namespace {
+
+std::shared_ptr<UIViewController> topViewControllerOf(UIApplication&,
+                                                      const std::shared_ptr<UIViewController>& base) {
+  return topViewController(base);
+}
+
+const Category kLookup{UIApplication::classObject(), {{"topViewController:", &topViewControllerOf}}};
+
+}  // namespace
 
 std::shared_ptr<UIViewController> topViewController() {
   const auto window = UIApplication::sharedApplication()->keyWindow();

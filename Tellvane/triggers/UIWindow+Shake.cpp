@@ -4,6 +4,11 @@
 #include "triggers/GestureListeners.h"
 
 namespace tellvane {
+namespace {
+
+const Category kShake{UIWindow::classObject(), {{"motionEnded:withEvent:", &motionEnded}}};
+
+}  // namespace
 
 void motionEnded(UIWindow& window, UIEventSubtype motion, const std::shared_ptr<UIEvent>& event) {
   sendSuper(window, UIWindow::classObject(), "motionEnded:withEvent:", motion, event);
@@ -11,5 +16,7 @@ void motionEnded(UIWindow& window, UIEventSubtype motion, const std::shared_ptr<
   printTLV("Shake Detected");
   GestureListeners::shared()->gestureSuccess();
 }
+
+void keepShakeExtension() {}
 
 }  // namespace tellvane

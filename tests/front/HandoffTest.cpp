@@ -23,10 +23,10 @@ std::vector<UIPasteboardItem> items() {
   return UIPasteboard::generalPasteboard()->items();
 }
 
-void captureTheScreen(TestPhone& phone) {
+void captureTheScreen(TestPhone& phone, const char* action = "Capture Screen") {
   phone.device().input().shake();
   phone.runFor(1);
-  ASSERT_TRUE(phone.tapText("Capture Screen"));
+  ASSERT_TRUE(phone.tapText(action));
   while (items().empty()) Clock::shared().advanceFrame();
 }
 
@@ -52,7 +52,7 @@ void start(TestPhone& phone) {
 TEST(Handoff, OfAnImageIsOneItemThatAnyReaderOfArchivesOpens) {
   TestPhone phone({.languages = {"fr-CA"}});
   start(phone);
-  captureTheScreen(phone);
+  captureTheScreen(phone, "Capturer l’écran");
   ASSERT_EQ(1u, items().size());
   const auto item = items()[0];
   ASSERT_EQ(2u, item.size());

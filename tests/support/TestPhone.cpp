@@ -125,7 +125,9 @@ void TestPhone::runFor(double seconds) const {
   Clock::shared().runFor(std::chrono::nanoseconds(static_cast<std::int64_t>(seconds * 1e9)));
 }
 
-double TestPhone::now() const { return Clock::shared().secondsNow(); }
+double TestPhone::now() const {
+  return Clock::shared().secondsNow();
+}
 
 void TestPhone::tap(CGPoint point, int count, int fingers) const {
   device().input().tap(Input::Tap{.location = point, .count = count, .fingers = fingers});
@@ -174,12 +176,14 @@ std::string outputOf(const std::string& command) {
     return output;
   }
   std::array<char, 4096> piece{};
-  while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), pipe)) output.append(piece.data(), count);
+  while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), pipe))
+    output.append(piece.data(), count);
   EXPECT_EQ(0, pclose(pipe)) << command;
   return output;
 }
 
-std::filesystem::path fileWith(const std::filesystem::path& folder, const std::string& name, const Bytes& bytes) {
+std::filesystem::path fileWith(const std::filesystem::path& folder, const std::string& name,
+                               const Bytes& bytes) {
   const auto path = folder / name;
   std::ofstream(path, std::ios::binary)
       .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));

@@ -28,8 +28,8 @@ class Console {
   int file_, original_;
 };
 
-/// A phone of its own for one test: virtual time, a device folder that goes with it, a host application without
-/// windows, active. One a process.
+/// A phone of its own for one test: virtual time, a device folder that goes with it, a host application
+/// without windows, active. One a process.
 class TestPhone {
  public:
   struct Options {
@@ -63,7 +63,8 @@ class TestPhone {
   std::vector<std::string> texts() const;
 
   /// Installs an application that is the shell script `script`, and claims `scheme`.
-  void installApplication(const std::string& identifier, const std::string& scheme, const std::string& script) const;
+  void installApplication(const std::string& identifier, const std::string& scheme,
+                          const std::string& script) const;
 
  private:
   std::filesystem::path folder_;
@@ -73,6 +74,7 @@ class TestPhone {
 /// A command's standard output; fails the test if it could not be run or did not exit with 0.
 std::string outputOf(const std::string& command);
 /// Writes `bytes` to a new file below `folder` and returns its path.
-std::filesystem::path fileWith(const std::filesystem::path& folder, const std::string& name, const ios::Bytes& bytes);
+std::filesystem::path fileWith(const std::filesystem::path& folder, const std::string& name,
+                               const ios::Bytes& bytes);
 
 }  // namespace testing_support
