@@ -4,10 +4,13 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+extern "C" {
+#include <sys/pidfd.h>  // which does not say so itself in glibc 2.36
+}
 
 #include <cerrno>
 #include <cstring>
