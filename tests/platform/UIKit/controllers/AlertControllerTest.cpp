@@ -53,6 +53,33 @@ TEST(AlertController, RunsTheHandlerOnceAfterTheDismissalHasEnded) {
   }
 }
 
+TEST(AlertController, TakesTheFirstOfSeveralFingers) {
+  TestPhone phone;
+  const auto root = plain();
+  phone.show(root);
+  for (const Style style : {Style::alert, Style::actionSheet}) {
+    std::string chosen;
+    const auto alert = menu(style, [&](const auto& action) { chosen += action->title() + ";"; });
+    root->presentViewController(alert, true);
+    phone.runFor(1);
+    const auto middle = [&](const std::string& text) {
+      const CGRect row = frameOf(alert->view(), text);
+      return CGPoint{row.midX(), row.midY()};
+    };
+    using Phase = TouchSample::Phase;
+    auto& input = phone.device().input();
+    const CGPoint first = middle("Delete"), second = middle("Capture Screen"), beside{10, 40};
+    input.touches({{101, Phase::began, first}, {102, Phase::began, second}, {103, Phase::began, beside}});
+    phone.runFor(0.05);
+    input.touches({{101, Phase::ended, first}});
+    input.touches({{102, Phase::ended, second}});
+    input.touches({{103, Phase::ended, beside}});
+    phone.runFor(1);
+    EXPECT_EQ("Delete;", chosen);
+    EXPECT_EQ(nullptr, root->presentedViewController());
+  }
+}
+
 TEST(AlertController, TappingBesideCountsAsCancelOnASheetOnly) {
   struct Row {
     const char* name;
@@ -212,7 +239,8 @@ TEST(AlertController, StaysOnTheScreenHoweverMuchItSays) {
       std::string chosen;
       const auto alert = UIAlertController::alertControllerWithTitle(text, text, style);
       for (int i = 0; i < actions; ++i) {
-        alert->addAction(UIAlertAction::actionWithTitle(text, ActionStyle::default_, nullptr));
+        alert->addAction(
+            UIAlertAction::actionWithTitle(std::to_string(i) + text, ActionStyle::default_, nullptr));
       }
       alert->addAction(UIAlertAction::actionWithTitle("Schließen", ActionStyle::cancel,
                                                       [&](const auto& action) { chosen = action->title(); }));
@@ -221,6 +249,9 @@ TEST(AlertController, StaysOnTheScreenHoweverMuchItSays) {
       const CGRect panel = alert->view()->frame();
       EXPECT_GE(panel.minY(), 20);
       EXPECT_LE(panel.maxY(), 568);
+      if (actions > 0) {
+        EXPECT_GT(frameOf(alert->view(), "0" + text).minY(), panel.minY() + 100) << "room for the texts";
+      }
       if (style == Style::alert && actions == 30) {
         for (int i = 0; i < 12; ++i) phone.device().input().swipe({160, 520}, {160, 320});
         phone.runFor(5);
