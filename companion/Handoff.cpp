@@ -92,7 +92,7 @@ std::optional<Refusal> takeRecord(const std::string& type, Report& report) {
   }
   std::string problem;
   const auto root = ios::NSKeyedUnarchiver::unarchiveObjectWithData(archive, &problem);
-  if (!root) return Refusal{inQuotes(type) + " holds no archive that can be read: " + inOneLine(problem)};
+  if (!root) return Refusal{"the archive in " + inQuotes(type) + " " + inOneLine(problem)};
   const ios::NSDictionary* dictionary = root->dictionary();
   if (!dictionary)
     return Refusal{"the archive in " + inQuotes(type) + " holds " + kindOfValue(*root) +
@@ -152,7 +152,7 @@ Handoff checkHandoff(std::span<const std::uint8_t> pasteboard) {
   }
   std::string problem;
   const auto root = ios::PropertyList::parse(pasteboard, &problem);
-  if (!root) return Refusal{"the pasteboard cannot be read: " + inOneLine(problem)};
+  if (!root) return Refusal{"the pasteboard " + inOneLine(problem)};
   const ios::PropertyList* count = root->member("changeCount");
   const ios::PropertyList* items = root->member("items");
   if (!count || !count->integer() || *count->integer() < 0)
