@@ -138,11 +138,16 @@ bool AppProcess::waitForAnswer() {
     if (ready < 0 && errno == EINTR) continue;
     impatient_ = ready == 0;
     if (ready <= 0) return false;
-    // The output first, whose pipe must not fill up; at its end it stays readable, and then only the answer
-    // counts.
-    if (watched[1].revents & POLLIN) drainOutput();
+    tendOutput(watched[1]);
     if (watched[0].revents) return true;
-    if (watched[1].revents == POLLHUP) return ::poll(watched, 1, kPatienceMilliseconds) > 0;
+  }
+}
+
+void AppProcess::tendOutput(pollfd& watched) {
+  if (watched.revents & POLLIN) {
+    drainOutput();  // else the pipe fills up, and the application waits for it
+  } else if (watched.revents) {
+    watched.fd = -1;  // at its end; it would be ready for ever
   }
 }
 
