@@ -1,0 +1,50 @@
+#include "Foundation/Print.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <map>
+#include <sstream>
+
+#include "DeviceClock/Clock.h"
+#include "Dispatch/Queue.h"
+
+namespace {
+
+using namespace ios;
+using testing::internal::CaptureStdout;
+using testing::internal::GetCapturedStdout;
+
+TEST(Print, LinesOfSeveralThreadsStayWholeAndBehindWhatWasBuffered) {
+  Clock::shared().useVirtualTime();
+  CaptureStdout();
+  std::fputs("buffered before, ", stdout);
+  print("printed\n");
+  for (char letter = 'a'; letter < 'e'; ++letter) {
+    dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0), [letter] {
+      // Longer than any buffer on the way.
+      for (int i = 0; i < 50; ++i) print(std::string(9000, letter) + "\n");
+    });
+  }
+  Clock::shared().runUntilRest();
+  std::istringstream lines(GetCapturedStdout());
+  std::string line;
+  std::getline(lines, line);
+  EXPECT_EQ(line, "buffered before, printed");
+  std::map<std::string, int> counts;
+  while (std::getline(lines, line)) ++counts[line];
+  ASSERT_EQ(counts.size(), 4u) << "lines are mixed";
+  for (const auto& [text, count] : counts) EXPECT_EQ(count, 50) << text[0];
+}
+
+TEST(UserDefaults, TheArgumentDomainIsTheCommandLine) {
+  FILE* pipe = popen(PRINT_ARGUMENTS " -debug YES -level -3 -name 'Anna B' -off NO stray -last", "r");
+  std::array<char, 500> text{};
+  const auto length = fread(text.data(), 1, text.size() - 1, pipe);
+  EXPECT_EQ(pclose(pipe), 0);
+  EXPECT_EQ(std::string(text.data(), length),
+            "debug=YES yes\nlevel=-3 yes\nname=Anna B no\nlast=(none) no\noff=NO no\n");
+}
+
+}  // namespace
