@@ -1,5 +1,6 @@
 #include "simulator/Flow.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <regex>
@@ -102,7 +103,9 @@ bool TextPattern::matches(const std::string& candidate) const {
   constexpr std::size_t kLongest = 4096;
   if (candidate.size() > kLongest) return false;
   try {
-    return std::regex_match(candidate, std::regex(text_, std::regex::ECMAScript | std::regex::icase));
+    std::string oneLine = candidate;  // in which "." stands for every character
+    std::replace(oneLine.begin(), oneLine.end(), '\n', ' ');
+    return std::regex_match(oneLine, std::regex(text_, std::regex::ECMAScript | std::regex::icase));
   } catch (const std::regex_error&) {
     return false;  // a text such as "Save (" stands for itself only
   }

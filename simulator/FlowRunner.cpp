@@ -12,6 +12,7 @@ using ios::Clock;
 using std::chrono::milliseconds;
 
 constexpr int kPatience = 7000;  // ms of the phone's time in which a text may appear or go
+constexpr Clock::Duration kRest = std::chrono::seconds(3), kRestAfterTap = std::chrono::seconds(1);
 constexpr Clock::Duration kFrame = std::chrono::nanoseconds(1'000'000'000 / 60);
 
 std::string listed(const std::vector<std::string>& texts) {
@@ -94,13 +95,13 @@ FlowRunner::Problem FlowRunner::perform(const TapOn& command) {
     bool met = false;
     const auto element = await(*command.text, true, kPatience, met);
     if (!met) return "expected \"" + command.text->text() + "\" to tap on; " + onTheScreen();
-    // It may still be on its way.
-    phone_.settle();
+    phone_.settle(kRest);  // it may still be on its way
     const auto settled = choose(phone_.elements(), *command.text);
     const ios::CGRect frame = settled ? settled->frame : element->frame;
     tap.location = {frame.midX(), frame.midY()};
   }
   phone_.tap(tap);
+  phone_.settle(kRestAfterTap);
   return {};
 }
 
@@ -138,7 +139,7 @@ FlowRunner::Problem FlowRunner::perform(const Wait& command) {
 }
 
 FlowRunner::Problem FlowRunner::perform(const TakeScreenshot& command) {
-  phone_.settle();
+  phone_.settle(kRest);
   const ios::Bytes png = phone_.picture();
   if (png.empty()) return "expected a picture, but the display shows nothing";
   const auto error = ios::writeFileAtomically(out_ / (command.name + ".png"), png);

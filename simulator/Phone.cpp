@@ -194,9 +194,9 @@ NSDictionary Phone::askApp(const NSDictionary& request) {
   appsUptime_ = integer(*answer, "uptime", appsUptime_);
   const std::int64_t ahead = appsUptime_ - Clock::shared().now().time_since_epoch().count();
   if (!options_.realTime && ahead > 0) Clock::shared().runFor(Clock::Duration(ahead));
-  if (const std::string* front = PropertyList(*answer).text("front"); front && *front != appsFront_) {
-    front_ = appsFront_ = *front;
-  }
+  const auto front = answer->find("front");
+  const std::string* name = front == answer->end() ? nullptr : front->second.text();
+  if (name && *name != appsFront_) front_ = appsFront_ = *name;
   timeMoved_();
   return std::move(*answer);
 }
@@ -274,8 +274,8 @@ void Phone::runFor(Clock::Duration duration) {
   ask({{"request", "runFor"}, {"nanoseconds", static_cast<std::int64_t>(duration.count())}});
 }
 
-void Phone::settle() {
-  ask({{"request", "settle"}, {"limit", std::int64_t{3'000'000'000}}});
+void Phone::settle(Clock::Duration limit) {
+  ask({{"request", "settle"}, {"limit", static_cast<std::int64_t>(limit.count())}});
 }
 
 std::vector<ios::VisibleElement> Phone::elements() {

@@ -59,8 +59,8 @@ class Phone {
   void runFor(ios::Clock::Duration duration);
 
   // What a person sees.
-  /// Lets animations come to rest, at most for a few seconds.
-  void settle();
+  /// Lets animations come to rest, for so long at most.
+  void settle(ios::Clock::Duration limit);
   std::vector<ios::VisibleElement> elements();
   ios::CGSize screenSize() const { return ios::Device::current().screenSize(); }
   /// PNG bytes; empty when the display shows nothing.

@@ -26,8 +26,6 @@ std::vector<Note> NoteStore::examples() {
       {"Letter to Jun", "28 December",
        "Thank him for the photographs. Tell him about the snow, and that the cat has found the warm shelf.",
        0x2F9E9A},
-      {"Bicycle", "20 December",
-       "New brake pads, and the bell that Mira wanted. Tyres are fine until spring.", 0x7A7A80},
   };
 }
 

@@ -56,7 +56,7 @@ class CompanionScreen : public ScreenController {
   void build(CGSize size) override {
     view()->setBackgroundColor(UIColor::colorWithHex(0xF1EFFA));
     const CGFloat head = 156;
-    add(std::make_shared<Shade>(CGRectMake(0, 0, size.width, head), 0x7B5CF0, 0x4A2FC4));
+    add(std::make_shared<Shade>(CGRectMake(0, 0, size.width, head), 0x2E2170, 0x4A37A8));
     addBackLink(0xFFFFFF);
     add(std::make_shared<AppIcon>(CGRectMake(20, 74, 60, 60), kCompanionIdentifier, "Tellvane"));
     const bool any = newest_.reports > 0;

@@ -142,9 +142,10 @@ TEST(TextPattern, StandsForItselfBeforeItIsAnExpression) {
     const char *pattern, *text;
     bool matches;
   } kCases[] = {
-      {"Save (2)", "Save (2)", true}, {"Save (", "Save (", true}, {"Save (", "Save", false},
-      {"Notes?", "Note", true},       {"note", "Note", true},     {"Note", "Notes", false},
-      {".*TLV.*", "<TLV Log>", true}, {"a.c", "abc", true},       {"", "x", false},
+      {"Save (2)", "Save (2)", true},     {"Save (", "Save (", true}, {"Save (", "Save", false},
+      {"Notes?", "Note", true},           {"note", "Note", true},     {"Note", "Notes", false},
+      {".*TLV.*", "<TLV Log>", true},     {"a.c", "abc", true},       {"", "x", false},
+      {"One.*two", "One\nand two", true},
   };
   for (const auto& c : kCases)
     EXPECT_EQ(TextPattern(c.pattern).matches(c.text), c.matches) << c.pattern << " " << c.text;
