@@ -45,15 +45,15 @@ int rateOf(const CMAudioFormat& format) {
 std::optional<SoundEncoder::Settings> SoundEncoder::Settings::from(const NSDictionary& output) {
   const AVCodec* codec = aacCodec();
   Settings settings;
-  settings.format.sampleRate = numberAt(output, AVSampleRateKey).value_or(0);
-  const double channels = numberAt(output, AVNumberOfChannelsKey).value_or(0);
-  if (numberAt(output, AVFormatIDKey) != static_cast<double>(kAudioFormatMPEG4AAC) ||
+  settings.format.sampleRate = numberAt(output, AVSampleRateKey, 0);
+  const double channels = numberAt(output, AVNumberOfChannelsKey, 0);
+  if (numberAt(output, AVFormatIDKey, 0) != static_cast<double>(kAudioFormatMPEG4AAC) ||
       (channels != 1 && channels != 2)) {
     return std::nullopt;
   }
   if (codec && !supportsRate(*codec, settings.format.sampleRate)) return std::nullopt;
   settings.format.channels = static_cast<std::uint32_t>(channels);
-  const double bitRate = numberAt(output, AVEncoderBitRateKey).value_or(64000 * channels);
+  const double bitRate = numberAt(output, AVEncoderBitRateKey, 64000 * channels);
   if (!(bitRate >= 1000 && bitRate <= 1e6)) return std::nullopt;
   settings.bitRate = std::llround(bitRate);
   return settings;

@@ -57,8 +57,8 @@ std::optional<VideoEncoder::Settings> VideoEncoder::Settings::from(const NSDicti
   if (codec == output.end() || !codec->second.text() || *codec->second.text() != AVVideoCodecH264) {
     return std::nullopt;
   }
-  const auto size = CVPixelSize::rounded(numberAt(output, AVVideoWidthKey).value_or(0),
-                                         numberAt(output, AVVideoHeightKey).value_or(0));
+  const auto size =
+      CVPixelSize::rounded(numberAt(output, AVVideoWidthKey, 0), numberAt(output, AVVideoHeightKey, 0));
   if (!size) return std::nullopt;
   NSDictionary compression;
   if (const auto found = output.find(AVVideoCompressionPropertiesKey); found != output.end()) {
@@ -66,8 +66,8 @@ std::optional<VideoEncoder::Settings> VideoEncoder::Settings::from(const NSDicti
     compression = *found->second.dictionary();
   }
   const double pixels = static_cast<double>(size->width * size->height);
-  const double bitRate = numberAt(compression, AVVideoAverageBitRateKey).value_or(4 * pixels);
-  const double interval = numberAt(compression, AVVideoMaxKeyFrameIntervalKey).value_or(250);
+  const double bitRate = numberAt(compression, AVVideoAverageBitRateKey, 4 * pixels);
+  const double interval = numberAt(compression, AVVideoMaxKeyFrameIntervalKey, 250);
   if (!(bitRate >= 1000 && bitRate <= 1e9) || !(interval >= 1 && interval <= 1e6)) return std::nullopt;
   return Settings{*size, std::llround(bitRate), static_cast<int>(interval)};
 }

@@ -56,7 +56,7 @@ class CVPixelBuffer {
   std::uint64_t generation_ IOS_GUARDED_BY(mutex_) = 0;
 };
 
-/// A number of a property list, whatever its kind; empty for what is none.
-std::optional<double> numberAt(const NSDictionary& values, const std::string& key);
+/// A number of a property list, whatever its kind; `missing` when there is none, NaN for what is no number.
+double numberAt(const NSDictionary& values, const std::string& key, double missing);
 
 }  // namespace ios

@@ -1,6 +1,7 @@
 #include "CoreVideo/CVPixelBuffer.h"
 
 #include <cmath>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -27,12 +28,12 @@ std::size_t roundedUp(std::size_t value, std::size_t step) {
 
 }  // namespace
 
-std::optional<double> numberAt(const NSDictionary& values, const std::string& key) {
+double numberAt(const NSDictionary& values, const std::string& key, double missing) {
   const auto found = values.find(key);
-  if (found == values.end()) return std::nullopt;
+  if (found == values.end()) return missing;
   if (const auto* integer = found->second.integer()) return static_cast<double>(*integer);
   if (const auto* real = found->second.real()) return *real;
-  return std::nullopt;
+  return std::numeric_limits<double>::quiet_NaN();
 }
 
 std::optional<CVPixelSize> CVPixelSize::rounded(double width, double height) {
@@ -47,10 +48,7 @@ bool PixelLayout::make(const CVPixelSize& size, const NSDictionary& attributes, 
     problem = kCVReturnInvalidSize;
     return false;
   }
-  double alignment = kMemoryAlignment;
-  if (attributes.contains(kCVPixelBufferBytesPerRowAlignmentKey)) {
-    alignment = numberAt(attributes, kCVPixelBufferBytesPerRowAlignmentKey).value_or(0);
-  }
+  const double alignment = numberAt(attributes, kCVPixelBufferBytesPerRowAlignmentKey, kMemoryAlignment);
   if (!(alignment > 0 && alignment <= kLargestAlignment)) {
     problem = kCVReturnInvalidPixelBufferAttributes;
     return false;

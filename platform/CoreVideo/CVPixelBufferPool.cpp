@@ -84,11 +84,10 @@ class CVPixelBufferPool : public std::enable_shared_from_this<CVPixelBufferPool>
 CVReturn CVPixelBufferPoolCreate(const NSDictionary*, const NSDictionary& pixelBufferAttributes,
                                  CVPixelBufferPoolRef& pool) {
   pool = nullptr;
-  const auto format = numberAt(pixelBufferAttributes, kCVPixelBufferPixelFormatTypeKey);
-  if (!format || *format != kCVPixelFormatType_32BGRA) return kCVReturnInvalidPixelFormat;
-  const auto size =
-      CVPixelSize::rounded(numberAt(pixelBufferAttributes, kCVPixelBufferWidthKey).value_or(0),
-                           numberAt(pixelBufferAttributes, kCVPixelBufferHeightKey).value_or(0));
+  if (numberAt(pixelBufferAttributes, kCVPixelBufferPixelFormatTypeKey, 0) != kCVPixelFormatType_32BGRA)
+    return kCVReturnInvalidPixelFormat;
+  const auto size = CVPixelSize::rounded(numberAt(pixelBufferAttributes, kCVPixelBufferWidthKey, 0),
+                                         numberAt(pixelBufferAttributes, kCVPixelBufferHeightKey, 0));
   if (!size) return kCVReturnInvalidSize;
   PixelLayout layout;
   CVReturn problem = kCVReturnSuccess;
