@@ -113,6 +113,79 @@ TEST(Gestures, OnlyViewsThatWantSeveralFingersHearOfTheSecond) {
   EXPECT_EQ("began began moved×2 ended ended", std::exchange(view->log, ""));
 }
 
+TEST(Gestures, FingersOnDifferentViewsAreJudgedFromTheDeepestView) {
+  TestPhone phone;
+  const auto window = phone.show();
+  const auto view = addPlate(window, CGRectMake(50, 250, 200, 200), 0xff0000);
+  const auto oneFinger = std::make_shared<Listener>(), twoFingers = std::make_shared<Listener>();
+  addTap(view, oneFinger, 1, 1);
+  addTap(window, twoFingers, 1, 2);
+  play({down(0, {{1, {20, 20}}, {2, kPoint}}), up(50, {{1, {20, 20}}, {2, kPoint}})});
+  EXPECT_EQ(1, oneFinger->count);
+  EXPECT_EQ(0, twoFingers->count);
+}
+
+/// A gesture that begins with the first movement and says what it hears and what it is asked to do.
+class Stroke : public Subclass<Stroke, UIGestureRecognizer> {
+ public:
+  using Subclass::Subclass;
+  static MethodList methods() { return {}; }
+  CGPoint locationInView(const UIView*) const override { return {}; }
+  void set(UIGestureRecognizerState state) { setState(state); }
+  std::string heard;
+
+ protected:
+  void touchesBegan(const UITouches&, const std::shared_ptr<UIEvent>&) override { heard += 'b'; }
+  void touchesMoved(const UITouches&, const std::shared_ptr<UIEvent>&) override {
+    heard += 'm';
+    setState(state() == UIGestureRecognizerState::possible ? UIGestureRecognizerState::began
+                                                           : UIGestureRecognizerState::changed);
+  }
+  void touchesEnded(const UITouches&, const std::shared_ptr<UIEvent>&) override {
+    heard += 'e';
+    setState(UIGestureRecognizerState::ended);
+  }
+  void reset() override { heard += 'r'; }
+};
+
+TEST(Gestures, AContinuousGestureActsAtEachChangeAndKeepsOthersOut) {
+  TestPhone phone;
+  const auto window = phone.show();
+  std::shared_ptr<Stroke> stroke;
+  std::string states;
+  const auto listener =
+      std::make_shared<Listener>([&] { states += std::to_string(static_cast<int>(stroke->state())); });
+  const auto tapped = std::make_shared<Listener>();
+  addTap(window, tapped);
+  stroke = std::make_shared<Stroke>(listener, "heard");
+  window->addGestureRecognizer(stroke);
+  stroke->heard.clear();
+  const Step touch = down(0, {{1, kPoint}}), first = move(10, {{1, {100, 302}}}),
+             second = move(20, {{1, {100, 304}}});
+  const Step last = up(30, {{1, {100, 304}}});
+
+  play({touch, first, second, last});
+  EXPECT_EQ("123", std::exchange(states, "")) << "began, changed, ended";
+  EXPECT_EQ("bmmer", std::exchange(stroke->heard, ""));
+  EXPECT_EQ(0, tapped->count) << "a small stroke would have been a tap";
+
+  play({touch, first});
+  stroke->setEnabled(false);
+  stroke->setEnabled(true);
+  play({second, last});
+  EXPECT_EQ("14", std::exchange(states, "")) << "began, cancelled";
+  EXPECT_EQ("bmr", std::exchange(stroke->heard, "")) << "deaf to what is left of that touch";
+
+  play({touch});
+  stroke->set(UIGestureRecognizerState::began);
+  play({last});
+  EXPECT_EQ("13", std::exchange(states, "")) << "begun between events, by a timer of its own";
+  stroke->set(UIGestureRecognizerState::changed);
+  EXPECT_EQ("", states) << "nothing can change before it began";
+  phone.tap(kPoint);
+  EXPECT_EQ(0, tapped->count);
+}
+
 // What a recogniser's own action, or anybody else, may do to it while the fingers are still down.
 TEST(Gestures, ARecognizerMayComeAndGoDuringATouch) {
   TestPhone phone;
@@ -192,10 +265,13 @@ TEST(Gestures, AViewThatLeavesUnderTheFingerIsToldThatTheTouchIsOver) {
   const auto window = phone.show();
   const auto view = std::make_shared<TouchedView>(CGRectMake(50, 250, 200, 200));
   window->addSubview(view);
+  const auto listener = std::make_shared<Listener>();
+  addTap(view, listener);
   play({down(0, {{1, kPoint}})});
   view->removeFromSuperview();
   play({move(10, {{1, {100, 310}}}), up(20, {{1, {100, 310}}})});
   EXPECT_EQ("began cancelled", view->log);
+  EXPECT_EQ(0, listener->count);
 }
 
 TEST(Gestures, TouchesAreIgnoredOrTakenBackWhenTheApplicationSaysSoOrLeaves) {

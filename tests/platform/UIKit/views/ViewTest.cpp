@@ -280,9 +280,10 @@ TEST(Scrolling, OnlyAViewWithRoomInThatDirectionFollowsTheFinger) {
 // performs of the whole application would never come.
 TEST(Scrolling, TheRunLoopTracksWhileADragLastsHoweverItEnds) {
   TestPhone phone;
-  const auto window = phone.show();
-  for (const char* end : {"lifted", "removed", "destroyed", "background"}) {
+  for (const char* end : {"lifted", "removed", "destroyed", "with its window", "background"}) {
     SCOPED_TRACE(end);
+    auto window = std::make_shared<UIWindow>(CGRectMake(0, 0, 375, 667));
+    window->makeKeyAndVisible();
     auto scroll = std::make_shared<UIScrollView>(CGRectMake(0, 0, 375, 667));
     scroll->setContentSize({375, 2000});
     window->addSubview(scroll);
@@ -291,13 +292,16 @@ TEST(Scrolling, TheRunLoopTracksWhileADragLastsHoweverItEnds) {
     const std::string how = end;
     if (how == "removed") scroll->removeFromSuperview();
     if (how == "destroyed") std::exchange(scroll, nullptr)->removeFromSuperview();
+    if (how == "with its window") {
+      scroll.reset();
+      window.reset();
+    }
     if (how == "background") UIApplication::sharedApplication()->moveToBackground("home");
     const auto& meanwhile = how == "lifted" ? UITrackingRunLoopMode : NSDefaultRunLoopMode;
     EXPECT_EQ(meanwhile, NSRunLoop::mainRunLoop()->currentMode());
     play({up(20, {{1, {100, 250}}})});
     EXPECT_EQ(NSDefaultRunLoopMode, NSRunLoop::mainRunLoop()->currentMode());
     UIApplication::sharedApplication()->moveToForeground();
-    if (scroll) scroll->removeFromSuperview();
   }
 }
 
