@@ -90,7 +90,8 @@ assert size == [b'750', b'1334'], size
 console = open(f'{out}/console.log').read().splitlines()
 assert console.count('<TLV Log> : SDK Instantiated in debug mode') == 2, console
 assert os.path.exists(f'{report}/index.html') and os.path.exists(f'{out}/inbox/index.html')
-END)");
+END
+)");
   EXPECT_EQ(checked.status, 0) << checked.said;
 }
 
