@@ -89,7 +89,9 @@ PropertyList::PropertyList(PropertyList&& other) noexcept = default;
 PropertyList& PropertyList::operator=(const PropertyList& other) = default;
 PropertyList& PropertyList::operator=(PropertyList&& other) noexcept = default;
 PropertyList::~PropertyList() = default;
-bool PropertyList::operator==(const PropertyList& other) const { return value_ == other.value_; }
+bool PropertyList::operator==(const PropertyList& other) const {
+  return value_ == other.value_;
+}
 
 const PropertyList* PropertyList::member(const std::string& key) const {
   const NSDictionary* members = dictionary();

@@ -10,7 +10,8 @@ namespace ios {
 class UIColor : public NSObject {
  public:
   explicit UIColor(CGColor color) : color_(color) {}
-  static std::shared_ptr<UIColor> colorWithRedGreenBlueAlpha(double red, double green, double blue, double alpha);
+  static std::shared_ptr<UIColor> colorWithRedGreenBlueAlpha(double red, double green, double blue,
+                                                             double alpha);
   static std::shared_ptr<UIColor> colorWithWhiteAlpha(double white, double alpha);
   /// 0xRRGGBB, opaque.
   static std::shared_ptr<UIColor> colorWithHex(unsigned rgb);

@@ -25,9 +25,10 @@ class UIImage : public NSObject {
   CGFloat scale_;
 };
 
-/// The image's pixels as JPEG, at a quality of 0 to 1. Empty when the encoder gives no data. The pixels are read
-/// where they are. Any thread.
-std::shared_ptr<NSData> UIImageJPEGRepresentation(const std::shared_ptr<UIImage>& image, CGFloat compressionQuality);
+/// The image's pixels as JPEG, at a quality of 0 to 1. Empty when the encoder gives no data. The pixels are
+/// read where they are. Any thread.
+std::shared_ptr<NSData> UIImageJPEGRepresentation(const std::shared_ptr<UIImage>& image,
+                                                  CGFloat compressionQuality);
 std::shared_ptr<NSData> UIImagePNGRepresentation(const std::shared_ptr<UIImage>& image);
 
 }  // namespace ios

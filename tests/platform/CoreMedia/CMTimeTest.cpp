@@ -99,13 +99,21 @@ TEST(CMTime, SumsAndDifferencesKeepWhatBothScalesCanSay) {
 }
 
 TEST(CMTime, ComparesExactlyAcrossScales) {
-  // In order; each is before all that follow.
-  const CMTime order[] = {
-      kCMTimeNegativeInfinity,      at(kSmallest, 1),  at(-1, 3),     at(0, 7), at(333, 1000), at(1, 3),
-      at(kLargest - 1, 2147483647),                                   // as doubles, these two are equal
-      at(kLargest, 2147483647),     at(kLargest, 1),   at(-5, 1, 1),  // a later epoch is later whatever its
-                                                                      // value
-      kCMTimePositiveInfinity,      kCMTimeIndefinite, kCMTimeInvalid};
+  // In order; each is before all that follow. Those of scale 2147483647 are equal as doubles; a later epoch
+  // is later whatever its value.
+  const CMTime order[] = {kCMTimeNegativeInfinity,
+                          at(kSmallest, 1),
+                          at(-1, 3),
+                          at(0, 7),
+                          at(333, 1000),
+                          at(1, 3),
+                          at(kLargest - 1, 2147483647),
+                          at(kLargest, 2147483647),
+                          at(kLargest, 1),
+                          at(-5, 1, 1),
+                          kCMTimePositiveInfinity,
+                          kCMTimeIndefinite,
+                          kCMTimeInvalid};
   for (std::size_t i = 0; i < std::size(order); ++i) {
     for (std::size_t j = 0; j < std::size(order); ++j) {
       EXPECT_EQ(CMTimeCompare(order[i], order[j]), (i > j) - (i < j)) << i << " against " << j;
