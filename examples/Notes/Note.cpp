@@ -1,7 +1,5 @@
 #include "Note.h"
 
-#include <algorithm>
-
 namespace Notes {
 
 using namespace ios;
@@ -23,8 +21,11 @@ std::shared_ptr<UIColor> tintColor() {
 }
 
 std::string Note::snippet() const {
-  std::string line = body;
-  std::replace(line.begin(), line.end(), '\n', ' ');
+  std::string line;
+  for (const char c : body) {
+    const char shown = c == '\n' ? ' ' : c;
+    if (shown != ' ' || !line.ends_with(' ')) line += shown;
+  }
   return line;
 }
 

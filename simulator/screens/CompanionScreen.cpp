@@ -56,7 +56,8 @@ class CompanionScreen : public ScreenController {
   void build(CGSize size) override {
     view()->setBackgroundColor(UIColor::colorWithHex(0xF1EFFA));
     const CGFloat head = 156;
-    add(std::make_shared<Shade>(CGRectMake(0, 0, size.width, head), 0x2E2170, 0x4A37A8));
+    add(std::make_shared<Shade>(CGRectMake(0, kStatusBar, size.width, head - kStatusBar), 0x4A37A8,
+                                0x2E2170));
     addBackLink(0xFFFFFF);
     add(std::make_shared<AppIcon>(CGRectMake(20, 74, 60, 60), kCompanionIdentifier, "Tellvane"));
     const bool any = newest_.reports > 0;

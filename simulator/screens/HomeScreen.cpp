@@ -11,7 +11,7 @@ class HomeScreen : public ScreenController {
 
  private:
   void build(CGSize size) override {
-    add(std::make_shared<Shade>(CGRectMake(0, 0, size.width, size.height), 0x24476B, 0xC9785D));
+    add(std::make_shared<Shade>(CGRectMake(0, 0, size.width, size.height), 0x7FB4DE, 0x2F4F86));
     auto dock = std::make_shared<UIView>(CGRectMake(0, size.height - 96, size.width, 96));
     dock->setBackgroundColor(UIColor::colorWithWhiteAlpha(1, 0.25));
     add(dock);
