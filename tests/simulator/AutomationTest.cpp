@@ -34,7 +34,7 @@ std::string seen() {
 
 // Each of these would make a flow see, or tap on, what nobody can.
 TEST(VisibleElements, AreThoseThatAPersonWouldSee) {
-  const TestPhone phone;
+  TestPhone phone;
   const auto window = phone.show();
   UIView& screen = *window->rootViewController()->view();
   const auto at = [](CGFloat y) { return CGRectMake(20, y, 100, 20); };
@@ -70,7 +70,7 @@ TEST(VisibleElements, AreThoseThatAPersonWouldSee) {
 }
 
 TEST(AutomationServer, RefusesWhatMakesNoSense) {
-  const TestPhone phone;
+  TestPhone phone;
   phone.show();
   AutomationServer server(*UIApplication::sharedApplication());
   const struct {
@@ -95,7 +95,7 @@ TEST(AutomationServer, RefusesWhatMakesNoSense) {
 }
 
 TEST(AutomationServer, SettlesWhenAnAnimationHasEnded) {
-  const TestPhone phone;
+  TestPhone phone;
   const auto window = phone.show();
   auto block = cover(CGRectMake(0, 100, 50, 50), 1);
   window->rootViewController()->view()->addSubview(block);
