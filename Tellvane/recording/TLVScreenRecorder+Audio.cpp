@@ -1,0 +1,71 @@
+#include "AVFoundation/AVCaptureDevice.h"
+#include "info/printTLV.h"
+#include "recording/TLVScreenRecorder.h"
+
+namespace tellvane {
+
+void TLVScreenRecorder::pauseRecording() {
+  if (!displayLink_ || displayLink_->isPaused()) return;
+  {
+    std::lock_guard lock(sharedFields_);
+    pauseResumeTimeRanges_.push_back(displayLink_->timestamp());
+  }
+  printTLV("Paused recording");
+  displayLink_->setPaused(true);
+}
+
+void TLVScreenRecorder::resumeRecording() {
+  if (!displayLink_ || !displayLink_->isPaused()) return;
+  printTLV("Resumed recording");
+  displayLink_->setPaused(false);
+}
+
+void TLVScreenRecorder::setUpAudioCapture() {
+  const auto device = AVCaptureDevice::defaultDeviceWithMediaType(AVMediaTypeAudio);
+  if (!device || !device->isConnected()) {
+    printTLV("AVCaptureDevice Failed");
+    return;
+  }
+  printTLV("Device : " + device->localizedName());
+  std::shared_ptr<NSError> error;
+  const auto input = AVCaptureDeviceInput::initWithDevice(device, error);
+  if (!input) {
+    printTLV("AVCaptureDeviceInput Failed : " + (error ? error->description() : std::string()));
+    return;
+  }
+  const auto output = std::make_shared<AVCaptureAudioDataOutput>();
+  audioCaptureInput_ = input;
+  {
+    std::lock_guard lock(sharedFields_);
+    audioCaptureOutput_ = output;
+  }
+  output->setSampleBufferDelegate(shared_from_this(),
+                                  dispatch_queue_create("TLVScreenRecorder.AudioCaptureQueue"));
+  captureSession_ = std::make_shared<AVCaptureSession>();
+  captureSession_->setSessionPreset(AVCaptureSessionPresetMedium);
+  if (captureSession_->canAddInput(input) && captureSession_->canAddOutput(output)) {
+    captureSession_->addInput(input);
+    captureSession_->addOutput(output);
+  } else {
+    printTLV("Failed to add input/output device to capture session");
+  }
+  audioSettings_ = output->recommendedAudioSettingsForAssetWriterWithOutputFileType(AVFileTypeMPEG4);
+  captureSession_->startRunning();
+}
+
+void TLVScreenRecorder::captureOutputDidOutputSampleBuffer(const std::shared_ptr<AVCaptureOutput>& output,
+                                                           const CMSampleBufferRef& sampleBuffer,
+                                                           const std::shared_ptr<AVCaptureConnection>&) {
+  std::shared_ptr<AVAssetWriterInput> sound;
+  {
+    std::lock_guard lock(sharedFields_);
+    if (!output || output != audioCaptureOutput_) return;
+    if (CMTimeCompare(firstAudioTimeStamp_, kCMTimeZero) == 0) {
+      firstAudioTimeStamp_ = CMSampleBufferGetPresentationTimeStamp(sampleBuffer);
+    }
+    sound = audioInput_;
+  }
+  if (isRecording_ && sound && sound->isReadyForMoreMediaData()) sound->appendSampleBuffer(sampleBuffer);
+}
+
+}  // namespace tellvane

@@ -1,0 +1,37 @@
+#include "Foundation/NSRunLoop.h"
+#include "info/TLVConstants.h"
+#include "media/TLVPhotoAlbum.h"
+#include "recording/TLVScreenRecorder.h"
+
+namespace tellvane {
+
+void TLVScreenRecorder::stopTLVRecordingWithCompletion(
+    std::function<void(std::optional<std::string> localIdentifier)> completion) {
+  if (!isRecording_) return;
+  if (captureSession_) captureSession_->stopRunning();
+  isRecording_ = false;
+  displayLink_->removeFromRunLoop(NSRunLoop::mainRunLoop(), NSRunLoopCommonModes);
+  completeRecordingSession(std::move(completion));
+}
+
+void TLVScreenRecorder::completeRecordingSession(std::function<void(std::optional<std::string>)> completion) {
+  const auto self = sharedAs<TLVScreenRecorder>();
+  const auto save = [self, completion = std::move(completion)] {
+    TLVPhotoAlbum::saveToPhotosAlbum(self->videoWriter_->outputURL(),
+                                     [completion](std::optional<std::string> localIdentifier) {
+                                       if (completion) completion(std::move(localIdentifier));
+                                       removeTempFilePath(TLV_SCREEN_RECORDING_PATH());
+                                     });
+  };
+  // Behind every render step that was queued, and from there behind the append step that the last of them
+  // queued.
+  dispatch_async(render_queue_, [self, save] {
+    dispatch_sync(self->append_pixelBuffer_queue_, [self, save] {
+      self->videoWriterInput_->markAsFinished();
+      self->videoWriter_->finishWritingWithCompletionHandler(
+          [save] { dispatch_async(dispatch_get_main_queue(), save); });
+    });
+  });
+}
+
+}  // namespace tellvane

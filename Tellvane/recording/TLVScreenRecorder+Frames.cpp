@@ -1,0 +1,91 @@
+#include "UIKit/UIApplication.h"
+#include "UIKit/UIGraphics.h"
+#include "info/printTLV.h"
+#include "recording/FrameTiming.h"
+#include "recording/TLVScreenRecorder.h"
+
+namespace tellvane {
+
+void TLVScreenRecorder::writeVideoFrame() {
+  if (dispatch_semaphore_wait(frameRenderingSemaphore_, DISPATCH_TIME_NOW) != 0) return;
+  dispatch_async(render_queue_, [self = sharedAs<TLVScreenRecorder>()] {
+    self->renderFrame();
+    dispatch_semaphore_signal(self->frameRenderingSemaphore_);
+  });
+}
+
+void TLVScreenRecorder::renderFrame() {
+  if (!videoWriterInput_ || !videoWriterInput_->isReadyForMoreMediaData()) return;
+
+  std::vector<double> pauses;
+  CMTime origin;
+  {
+    std::lock_guard lock(sharedFields_);
+    if (pauseResumeTimeRanges_.size() % 2 != 0) pauseResumeTimeRanges_.push_back(displayLink_->timestamp());
+    pauses = pauseResumeTimeRanges_;
+    origin = firstAudioTimeStamp_;
+  }
+  if (!firstTimeStamp_) firstTimeStamp_ = displayLink_->timestamp();
+  const double elapsed = elapsedTime(displayLink_->timestamp(), *firstTimeStamp_, pauses, desiredFPS_);
+  const CMTime time = presentationTime(origin, elapsed);
+
+  CVPixelBufferRef pixelBuffer;
+  const CGContextRef context = createPixelBufferAndBitmapContext(pixelBuffer);
+  if (!context) {
+    if (pixelBuffer) CVPixelBufferUnlockBaseAddress(pixelBuffer, 0);
+    return;
+  }
+  callDelegate(context, elapsed);
+  dispatch_sync(dispatch_get_main_queue(), [&] { drawWindows(context); });
+
+  if (dispatch_semaphore_wait(pixelAppendSemaphore_, DISPATCH_TIME_NOW) != 0) {
+    CVPixelBufferUnlockBaseAddress(pixelBuffer, 0);
+    return;
+  }
+  dispatch_async(append_pixelBuffer_queue_, [self = sharedAs<TLVScreenRecorder>(), pixelBuffer, time] {
+    self->appendFrame(pixelBuffer, time);
+    dispatch_semaphore_signal(self->pixelAppendSemaphore_);
+  });
+}
+
+CGContextRef TLVScreenRecorder::createPixelBufferAndBitmapContext(CVPixelBufferRef& pixelBuffer) {
+  if (!outputBufferPool_) return nullptr;
+  CVPixelBufferPoolCreatePixelBuffer(outputBufferPool_, pixelBuffer);
+  if (!pixelBuffer) return nullptr;
+  CVPixelBufferLockBaseAddress(pixelBuffer, 0);
+  const auto context =
+      CGBitmapContextCreate(CVPixelBufferGetBaseAddress(pixelBuffer), CVPixelBufferGetWidth(pixelBuffer),
+                            CVPixelBufferGetHeight(pixelBuffer), 8, CVPixelBufferGetBytesPerRow(pixelBuffer),
+                            *rgbColorSpace_, kCGBitmapByteOrder32Little | kCGImageAlphaPremultipliedFirst);
+  if (!context) return nullptr;
+  CGContextScaleCTM(context, scale_, scale_);
+  CGContextConcatCTM(context, {1, 0, 0, -1, 0, viewSize_.height});
+  return context;
+}
+
+void TLVScreenRecorder::callDelegate(const CGContextRef& context, double elapsed) {
+  if (!delegate_) return;
+  if (delegate_->respondsToSelector("writeBackgroundFrame:"))
+    send(*delegate_, "writeBackgroundFrame:", context);
+  if (delegate_->respondsToSelector("stopRecordingAtDesiredTime:")) {
+    send(*delegate_, "stopRecordingAtDesiredTime:", elapsed);
+  }
+}
+
+void TLVScreenRecorder::drawWindows(const CGContextRef& context) {
+  UIGraphicsPushContext(context);
+  const CGRect screen = CGRectMake(0, 0, viewSize_.width, viewSize_.height);
+  for (const auto& window : UIApplication::sharedApplication()->windows()) {
+    window->drawViewHierarchyInRectAfterScreenUpdates(screen, false);
+  }
+  UIGraphicsPopContext();
+}
+
+void TLVScreenRecorder::appendFrame(const CVPixelBufferRef& pixelBuffer, const CMTime& time) {
+  if (!avAdaptor_->appendPixelBuffer(pixelBuffer, time)) {
+    printTLV("TLVScreen Recording: Unable to write buffer to video : " + logText(videoWriter_->error()));
+  }
+  CVPixelBufferUnlockBaseAddress(pixelBuffer, 0);
+}
+
+}  // namespace tellvane

@@ -1,0 +1,134 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "AVFoundation/AVAssetWriter.h"
+#include "AVFoundation/AVAssetWriterInputPixelBufferAdaptor.h"
+#include "AVFoundation/AVCaptureInput.h"
+#include "AVFoundation/AVCaptureOutput.h"
+#include "AVFoundation/AVCaptureSession.h"
+#include "CoreGraphics/CGContext.h"
+#include "CoreMedia/CMSampleBuffer.h"
+#include "CoreVideo/CVPixelBufferPool.h"
+#include "Dispatch/Queue.h"
+#include "Dispatch/Semaphore.h"
+#include "Platform.h"
+#include "QuartzCore/CADisplayLink.h"
+
+namespace tellvane {
+
+/// Records the application's own screen into a movie, with the microphone if wanted. One recording each:
+/// construct, set the delegate, start, stop once.
+///
+/// A frame takes three steps. The tick of a display link, on the main thread, only tries a semaphore and
+/// queues. The render step, on "TLVScreenRecorder.render_queue", finds the frame's time and fills a pooled
+/// pixel buffer, into which the main thread draws the windows. The append step, on
+/// "TLVScreenRecorder.append_queue", encodes it. At most one frame is in each of the last two; one that would
+/// have to wait is dropped, so nothing ever backs up.
+///
+/// The delegate may have either of two operations, both called on the render queue, once a rendered frame:
+///   "writeBackgroundFrame:" (CGContextRef)        before the windows are drawn: what it draws lies beneath
+///   them "stopRecordingAtDesiredTime:" (double)        right after it: the frame's offset in seconds
+class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
+ public:
+  /// 0.5 megabits (of 1,048,576 bits) a second, 60 frames a second, no sound. Screen size and scale are read
+  /// here and never again.
+  TLVScreenRecorder();
+  /// `bitRate` in megabits of 1,048,576 bits a second.
+  TLVScreenRecorder(double bitRate, long fps, bool recordWithMicrophoneEnabled);
+  static MethodList methods();
+
+  /// From a successful start to the stop request. Any thread.
+  bool isRecording() const { return isRecording_; }
+  void setIsRecording(bool recording) { isRecording_ = recording; }
+  /// Kept alive. To be set before the start.
+  const id& delegate() const { return delegate_; }
+  void setDelegate(id delegate) { delegate_ = std::move(delegate); }
+
+  /// Starts; `completion` (may be empty) is told on the main thread whether frames are being recorded.
+  /// Without the microphone that happens inside this call when it is made on the main thread; with it, after
+  /// the user's answer.
+  void startTLVScreenRecording(std::function<void(bool success)> completion);
+
+  /// Stops and returns at once; main thread or render queue. Frames on their way still reach the movie, which
+  /// is finished and saved; `completion` gets the saved movie's identifier in the photo library, or none. It
+  /// is never called when nothing was being recorded.
+  void stopTLVRecordingWithCompletion(
+      std::function<void(std::optional<std::string> localIdentifier)> completion);
+
+  /// Pause and resume of the frame clock; sound goes on. Main thread.
+  void handleAppBecameInActive() { pauseRecording(); }
+  void handleAppBecameActive() { resumeRecording(); }
+
+  double desiredBitRate() const { return desiredBitRate_; }
+  long desiredFPS() const { return desiredFPS_; }
+  /// Buffers of the frame pool, for those who watch over memory; empty before the start.
+  const CVPixelBufferPoolRef& outputBufferPool() const { return outputBufferPool_; }
+
+ private:
+  // Start: TLVScreenRecorder.cpp.
+  void startOnMainThread(bool microphoneGranted, const std::function<void(bool)>& completion);
+  void setUpWriter();
+  CGSize pixelSize() const { return {viewSize_.width * scale_, viewSize_.height * scale_}; }
+
+  // Frames: TLVScreenRecorder+Frames.cpp.
+  void writeVideoFrame();
+  void renderFrame();
+  CGContextRef createPixelBufferAndBitmapContext(CVPixelBufferRef& pixelBuffer);
+  void callDelegate(const CGContextRef& context, double elapsed);
+  void drawWindows(const CGContextRef& context);
+  void appendFrame(const CVPixelBufferRef& pixelBuffer, const CMTime& time);
+
+  // Pause and sound: TLVScreenRecorder+Audio.cpp.
+  void pauseRecording();
+  void resumeRecording();
+  void setUpAudioCapture();
+  void captureOutputDidOutputSampleBuffer(const std::shared_ptr<AVCaptureOutput>& output,
+                                          const CMSampleBufferRef& sampleBuffer,
+                                          const std::shared_ptr<AVCaptureConnection>& connection);
+
+  // End: TLVScreenRecorder+Completion.cpp.
+  void completeRecordingSession(std::function<void(std::optional<std::string>)> completion);
+
+  std::atomic<bool> isRecording_ = false;
+  id delegate_;
+  bool shouldRecordAudio_ = false;
+  std::shared_ptr<AVAssetWriter> videoWriter_;
+  std::shared_ptr<AVAssetWriterInput> videoWriterInput_;
+  std::shared_ptr<AVAssetWriterInputPixelBufferAdaptor> avAdaptor_;
+  std::shared_ptr<CADisplayLink> displayLink_;
+  std::optional<double> firstTimeStamp_;  // render queue
+  std::vector<double> pauseResumeTimeRanges_;
+  std::shared_ptr<AVCaptureDeviceInput> audioCaptureInput_;
+  std::shared_ptr<AVAssetWriterInput> audioInput_;
+  std::shared_ptr<AVCaptureAudioDataOutput> audioCaptureOutput_;
+  std::shared_ptr<AVCaptureSession> captureSession_;
+  std::optional<NSDictionary> audioSettings_;
+  CMTime firstAudioTimeStamp_ = kCMTimeZero;
+  dispatch_queue_t render_queue_;
+  dispatch_queue_t append_pixelBuffer_queue_;
+  dispatch_semaphore_t frameRenderingSemaphore_;
+  dispatch_semaphore_t pixelAppendSemaphore_;
+  CGSize viewSize_;
+  CGFloat scale_ = 1;
+  std::optional<CGColorSpace> rgbColorSpace_;
+  CVPixelBufferPoolRef outputBufferPool_;
+  double desiredBitRate_;
+  long desiredFPS_;
+
+  /// Held for a copy alone: fields that the main thread, the render queue and the audio queue share and that
+  /// are too wide for an atomic (the pause times, the time of the first sound, the inputs that the audio
+  /// queue looks at).
+  mutable std::mutex sharedFields_;
+};
+
+/// Deletes the file at `path`, if there is one; a failure is logged.
+void removeTempFilePath(const std::string& path);
+
+}  // namespace tellvane
