@@ -35,8 +35,8 @@ std::optional<ImageSize> checkJpeg(std::span<const std::uint8_t> bytes, std::str
     problem = std::to_string(size.width) + " × " + std::to_string(size.height) + " pixels are too many";
     return std::nullopt;
   }
-  // An eighth of the size in grey reads every coded byte and makes next to no pixels. A damaged image only
-  // warns unless told to stop, and one of very many scans would keep the decoder busy for minutes.
+  // An eighth of the size in grey reads every coded byte and makes next to no pixels. The decoder stops at
+  // the first sign of damage, and at a number of scans that would keep it busy for minutes.
   const tjscalingfactor eighth = {1, 8};
   const int width = TJSCALED(size.width, eighth), height = TJSCALED(size.height, eighth);
   std::vector<std::uint8_t> pixels(static_cast<std::size_t>(width) * height);

@@ -134,7 +134,9 @@ FlowRunner::Problem FlowRunner::perform(const Wait& command) {
   const auto total =
       std::chrono::duration_cast<Clock::Duration>(std::chrono::duration<double>(command.seconds));
   const Clock::Duration slice = std::max<Clock::Duration>(milliseconds(50), total / 200);
-  for (Clock::Duration left = total; left.count() > 0; left -= slice) phone_.runFor(std::min(left, slice));
+  const Clock& clock = Clock::shared();
+  for (const Clock::Instant end = clock.now() + total; clock.now() < end;)
+    phone_.runFor(std::min(end - clock.now(), slice));
   return {};
 }
 

@@ -16,7 +16,7 @@ using namespace simulator;
 constexpr int kDone = 0, kStepFailed = 1, kBadInput = 2;
 
 struct CommandLine {
-  fs::path flow = "examples/flows/tour.yaml";
+  fs::path flow;
   fs::path out;
   std::string profile = "iPhone 6";
   std::string language = "en-US";
@@ -57,6 +57,17 @@ std::string copyInbox(const fs::path& device, const fs::path& out) {
   if (!fs::is_directory(inbox, error)) return {};
   fs::copy(inbox, out / "inbox", fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
   return error ? "could not copy the inbox: " + error.message() : "";
+}
+
+/// The tour, of this folder or of the source tree that the executable was built in.
+fs::path tour(const fs::path& executable) {
+  const fs::path name = "examples/flows/tour.yaml";
+  std::error_code error;
+  for (fs::path folder = executable.parent_path(); folder.has_relative_path();
+       folder = folder.parent_path()) {
+    if (!fs::exists(name, error) && fs::exists(folder / name, error)) return folder / name;
+  }
+  return name;
 }
 
 int run(const CommandLine& line, const fs::path& executable) {
@@ -115,6 +126,7 @@ int main(int argc, char** argv) {
   }
   std::error_code error;
   const fs::path executable = fs::read_symlink("/proc/self/exe", error);
+  if (line.flow.empty()) line.flow = tour(executable);
   try {
     return run(line, executable);
   } catch (const std::exception& unexpected) {

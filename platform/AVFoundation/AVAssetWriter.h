@@ -30,8 +30,8 @@ enum AVAssetWriterStatus : long {
 ///
 /// Unknown → `startWriting` → writing → `finishWriting…` → completed. Any failure (of the disk, of a codec,
 /// of the times a caller gives) ends in failed, with `error` saying what was being done and the code; nothing
-/// is written any more and no part of the file remains. The movie is made under a hidden name beside
-/// `outputURL` and appears there when it is complete, so a file at `outputURL` always plays.
+/// is written any more and no part of the file remains. What is encoded waits in a nameless file in the
+/// folder of `outputURL`; the movie appears there when it is complete, so a file at `outputURL` always plays.
 ///
 /// Usable from any thread. Encoding runs on the thread that appends; finishing on a queue of the writer's
 /// own.

@@ -12,14 +12,14 @@ class AudioTrack : public MovieTrack {
  public:
   /// Without settings: plain samples in the format of the first buffer.
   explicit AudioTrack(const std::optional<SoundEncoder::Settings>& settings) : settings_(settings) {}
-  MediaFailure open(ffmpeg::Stream& stream) override;
+  MediaFailure open() override;
 
  protected:
   MediaFailure take(MovieWriter& writer, const CMSampleBufferRef& buffer, const CMTime& time) override;
   MediaFailure flush(MovieWriter& writer) override;
 
  private:
-  MediaFailure openPlain(MovieWriter& writer, const CMAudioFormat& format);
+  MediaFailure openFor(const CMAudioFormat& format);
   MediaFailure encodeSilence(MovieWriter& writer, std::int64_t frames, const CMAudioFormat& format);
   MediaFailure encode(MovieWriter& writer, std::span<const std::int16_t> samples,
                       const CMAudioFormat& format);

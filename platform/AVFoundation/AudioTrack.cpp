@@ -19,17 +19,14 @@ constexpr std::size_t kSilence = 1024;
 
 }  // namespace
 
-MediaFailure AudioTrack::open(ffmpeg::Stream& stream) {
-  MediaFailure failure;
-  if (!settings_) return failure;
-  encoder_ = SoundEncoder::openAAC(*settings_, failure);
-  if (!failure) stream = encoder_->stream();
-  return failure;
+MediaFailure AudioTrack::open() {
+  return settings_ ? openFor(settings_->format) : std::nullopt;
 }
 
-MediaFailure AudioTrack::openPlain(MovieWriter& writer, const CMAudioFormat& format) {
+MediaFailure AudioTrack::openFor(const CMAudioFormat& format) {
   MediaFailure failure;
-  encoder_ = SoundEncoder::openPCM(writer.settlePlainFormat(index(), format), failure);
+  encoder_ = settings_ ? SoundEncoder::openAAC(*settings_, failure) : SoundEncoder::openPCM(format, failure);
+  if (!failure) describe(encoder_->stream());
   return failure;
 }
 
@@ -48,7 +45,7 @@ MediaFailure AudioTrack::take(MovieWriter& writer, const CMSampleBufferRef& buff
     return MediaError::refusal(kAppend, "the sound has a gap that is too long");
 
   if (!encoder_) {
-    if (auto failure = openPlain(writer, format)) return failure;
+    if (auto failure = openFor(format)) return failure;
   }
   if (first) {
     const CMTime at = cut > 0 ? kCMTimeZero : time;

@@ -8,17 +8,18 @@
 
 #include "AVFoundation/FFmpeg+Private.h"
 #include "AVFoundation/MediaError+Private.h"
+#include "DeviceClock/Clock.h"
 
 namespace ios {
 
-/// A movie file in the making: under a hidden name beside its path until `complete` has succeeded; gone
-/// without a trace if that never happens. Used by one thread at a time.
+/// A movie file that is put together from encoded media: under a hidden name beside its path until `complete`
+/// has succeeded; gone without a trace if that never happens. Used by one thread at a time.
 class MovieFile {
  public:
-  /// Creates the file. `container` is FFmpeg's name of the format. Null, with `failure` set, when that fails
-  /// or a file exists at `path`.
+  /// Creates the file. `container` is FFmpeg's name of the format; `begun` the time the movie was begun at.
+  /// Null, with `failure` set, when that fails or a file exists at `path`.
   static std::unique_ptr<MovieFile> create(const std::filesystem::path& path, const std::string& container,
-                                           MediaFailure& failure);
+                                           Clock::WallTime begun, MediaFailure& failure);
   ~MovieFile();
 
   /// Declares a track; its number is the count of those before it. Before `start`.
@@ -27,6 +28,8 @@ class MovieFile {
   /// `packet` in the units that the track was declared with; its times within a track increase.
   [[nodiscard]] MediaFailure write(int stream, AVPacket& packet);
   [[nodiscard]] MediaFailure complete();
+  /// A failure if there is something at `path` already.
+  [[nodiscard]] static MediaFailure checkFree(const std::filesystem::path& path);
 
  private:
   MovieFile(std::filesystem::path path, std::filesystem::path temporary);

@@ -9,13 +9,12 @@
 #include <ctime>
 #include <utility>
 
-#include "DeviceClock/Clock.h"
+#include "Device/Files.h"
 
 namespace ios {
 namespace {
 
-// One write a tenth of a second of a usual recording.
-constexpr int kBufferSize = 16 * 1024;
+constexpr int kBufferSize = 32 * 1024;
 // Starts of tracks are written in these units: fine enough for the start of sound to be exact to a frame or
 // so.
 constexpr int kMovieTimescale = 90000;
@@ -35,16 +34,15 @@ std::string iso8601(std::time_t seconds) {
 }  // namespace
 
 std::unique_ptr<MovieFile> MovieFile::create(const std::filesystem::path& path, const std::string& container,
-                                             MediaFailure& failure) {
+                                             Clock::WallTime begun, MediaFailure& failure) {
   ffmpeg::keepQuiet();
   const auto fail = [&](int code) {
     failure = MediaError::disk({code, "create", path});
     return nullptr;
   };
-  std::error_code error;
-  if (std::filesystem::exists(std::filesystem::symlink_status(path, error))) return fail(EEXIST);
+  if ((failure = checkFree(path))) return nullptr;
   if (const auto refused = diskRefusal("create", path)) return fail(refused->code);
-  // What a process that was ended in the middle of a recording left here.
+  // What a process that was ended while it completed a movie left here.
   sweepTemporaryFiles(path.parent_path());
 
   std::unique_ptr<MovieFile> file(new MovieFile(path, temporaryNameBeside(path)));
@@ -66,8 +64,8 @@ std::unique_ptr<MovieFile> MovieFile::create(const std::filesystem::path& path, 
   // Files repeat to the byte: no version of the writer, and no date but the device's.
   format->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
   format->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
-  const auto now = std::chrono::floor<std::chrono::seconds>(Clock::shared().wallTime());
-  av_dict_set(&format->metadata, "creation_time", iso8601(now.time_since_epoch().count()).c_str(), 0);
+  const auto date = std::chrono::floor<std::chrono::seconds>(begun).time_since_epoch();
+  av_dict_set(&format->metadata, "creation_time", iso8601(date.count()).c_str(), 0);
   return file;
 }
 
@@ -143,6 +141,12 @@ MediaFailure MovieFile::write(int stream, AVPacket& packet) {
   return outcome(kWrite, av_write_frame(format_.get(), &packet));
 }
 
+MediaFailure MovieFile::checkFree(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::exists(std::filesystem::symlink_status(path, error))) return std::nullopt;
+  return MediaError::disk({EEXIST, "create", path});
+}
+
 MediaFailure MovieFile::complete() {
   if (auto fault = codecFault(kComplete)) return fault;
   const int result = av_write_trailer(format_.get());
@@ -150,10 +154,7 @@ MediaFailure MovieFile::complete() {
   if (auto failure = outcome(kComplete, result)) return failure;
   if (::close(std::exchange(descriptor_, -1)) != 0) return MediaError::disk({errno, "write", path_});
   // Somebody else's file that came in the meantime stays.
-  std::error_code error;
-  if (std::filesystem::exists(std::filesystem::symlink_status(path_, error))) {
-    return MediaError::disk({EEXIST, "create", path_});
-  }
+  if (auto failure = checkFree(path_)) return failure;
   if (const auto problem = renameFile(temporary_, path_)) return MediaError::disk(*problem);
   return std::nullopt;
 }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <memory>
+#include <utility>
 
 #include "AVFoundation/AVMediaFormat.h"
 #include "AVFoundation/FFmpeg+Private.h"
@@ -29,10 +30,12 @@ class MovieTrack {
 
   // For the writer, while nothing is appended.
 
-  /// Opens the encoder; `stream` stays empty if how the track is written depends on what comes.
-  [[nodiscard]] virtual MediaFailure open(ffmpeg::Stream& stream) = 0;
+  /// Opens the encoder, where that need not wait for what comes.
+  [[nodiscard]] virtual MediaFailure open() = 0;
   /// Brings out what the encoder still holds.
   [[nodiscard]] MediaFailure finish(MovieWriter& writer);
+  /// How the track is written down; known when it has given out anything.
+  const ffmpeg::Stream& description() const { return description_; }
 
  protected:
   MovieTrack() = default;
@@ -40,7 +43,7 @@ class MovieTrack {
   virtual MediaFailure take(MovieWriter& writer, const CMSampleBufferRef& buffer, const CMTime& time);
   virtual MediaFailure take(MovieWriter& writer, const CVPixelBufferRef& buffer, const CMTime& time);
   virtual MediaFailure flush(MovieWriter& writer) = 0;
-  std::size_t index() const { return index_; }
+  void describe(ffmpeg::Stream description) { description_ = std::move(description); }
   ffmpeg::PacketSink sink(MovieWriter& writer) const;
 
  private:
@@ -49,6 +52,7 @@ class MovieTrack {
 
   std::weak_ptr<MovieWriter> writer_;  // set before the track is shared between threads
   std::size_t index_ = 0;
+  ffmpeg::Stream description_;
   std::atomic<bool> finished_ = false;
   Mutex mutex_;  // held while a buffer is encoded
   CMTime last_ IOS_GUARDED_BY(mutex_) = kCMTimeInvalid;

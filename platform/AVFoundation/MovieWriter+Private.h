@@ -9,15 +9,16 @@
 #include <vector>
 
 #include "AVFoundation/AVAssetWriter.h"
-#include "AVFoundation/MovieFile+Private.h"
 #include "AVFoundation/MovieTrack+Private.h"
+#include "AVFoundation/PacketSpool+Private.h"
+#include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
 #include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
 /// What stands behind an asset writer: the states, the tracks and the file. Any thread; encoding happens in
-/// the tracks, this only puts packets into the file.
+/// the tracks, this keeps what comes of it and puts the movie together in the end.
 class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
  public:
   MovieWriter(std::filesystem::path path, std::string container);
@@ -41,28 +42,19 @@ class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
 
   bool accepts() const { return status_ == AVAssetWriterStatusWriting && !finishing_; }
   std::optional<CMTime> sessionStart() const;
-  /// How the sound of a track without settings is written, `first` being the format of its first buffer: in
-  /// that format, unless the file could not wait for it any longer.
-  CMAudioFormat settlePlainFormat(std::size_t track, const CMAudioFormat& first);
   [[nodiscard]] MediaFailure write(std::size_t track, AVPacket& packet);
   void fail(const MediaError& reason);
 
  private:
   struct Track {
     std::shared_ptr<MovieTrack> media;
-    ffmpeg::Stream description;  // empty until it is known
-    int stream = -1;             // in the file, once that has started
-  };
-  struct Waiting {
-    std::size_t track;
-    ffmpeg::Packet packet;
+    std::size_t packets = 0;
   };
   MediaFailure prepare() IOS_REQUIRES(mutex_);
-  MediaFailure finishTracks();
   void complete();
-  /// Writes the file's head, with the tracks that are known, and what has waited for it.
-  MediaFailure startFile() IOS_REQUIRES(mutex_);
-  bool everyTrackIsKnown() const IOS_REQUIRES(mutex_);
+  MediaFailure finishTracks();
+  /// Puts the movie together.
+  MediaFailure assemble() IOS_REQUIRES(mutex_);
   void end(AVAssetWriterStatus status, std::shared_ptr<NSError> error) IOS_REQUIRES(mutex_);
 
   const std::filesystem::path path_;
@@ -75,13 +67,11 @@ class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
   std::shared_ptr<NSError> error_ IOS_GUARDED_BY(errorMutex_);
   std::optional<CMTime> sessionStart_ IOS_GUARDED_BY(errorMutex_);
 
-  mutable Mutex mutex_;  // held while a packet goes into the file
+  mutable Mutex mutex_;  // held while a packet is put down, and while the movie is put together
   std::vector<Track> tracks_ IOS_GUARDED_BY(mutex_);
   MediaFailure refusal_ IOS_GUARDED_BY(mutex_);
-  std::unique_ptr<MovieFile> file_ IOS_GUARDED_BY(mutex_);
-  bool fileStarted_ IOS_GUARDED_BY(mutex_) = false;
-  std::vector<Waiting> waiting_ IOS_GUARDED_BY(mutex_);
-  std::size_t waitingBytes_ IOS_GUARDED_BY(mutex_) = 0;
+  Clock::WallTime begun_ IOS_GUARDED_BY(mutex_);
+  std::unique_ptr<PacketSpool> spool_ IOS_GUARDED_BY(mutex_);  // while writing
 };
 
 }  // namespace ios

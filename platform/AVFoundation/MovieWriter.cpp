@@ -1,21 +1,10 @@
 #include "AVFoundation/MovieWriter+Private.h"
 
-#include <algorithm>
 #include <utility>
 
-#include "AVFoundation/SoundEncoder+Private.h"
+#include "AVFoundation/MovieFile+Private.h"
 
 namespace ios {
-namespace {
-
-// A file's head names its tracks, so it waits for the first buffer of sound whose format nobody told; but not
-// for more than some seconds of picture.
-constexpr std::size_t kMostWaiting = 1 << 20;
-// What sound that has not come by then will be like: the device's own.
-constexpr CMAudioFormat kDeviceSound{44100, 1};
-
-}  // namespace
-
 MovieWriter::MovieWriter(std::filesystem::path path, std::string container)
     : path_(std::move(path)),
       container_(std::move(container)),
@@ -35,7 +24,7 @@ bool MovieWriter::addTrack(const std::shared_ptr<MovieTrack>& track) {
   MutexLock lock(mutex_);
   if (status_ != AVAssetWriterStatusUnknown) return false;
   track->join(weak_from_this(), tracks_.size());
-  tracks_.push_back({track, {}, -1});
+  tracks_.push_back({track});
   return true;
 }
 
@@ -58,10 +47,12 @@ bool MovieWriter::start() {
 MediaFailure MovieWriter::prepare() {
   if (refusal_) return refusal_;
   if (tracks_.empty()) return MediaError::refusal("start the movie", "it has no input");
+  if (auto failure = MovieFile::checkFree(path_)) return failure;
+  begun_ = Clock::shared().wallTime();
   MediaFailure failure;
-  file_ = MovieFile::create(path_, container_, failure);
+  spool_ = PacketSpool::create(path_, failure);
   for (auto& track : tracks_) {
-    if (!failure) failure = track.media->open(track.description);
+    if (!failure) failure = track.media->open();
   }
   return failure;
 }
@@ -90,8 +81,7 @@ void MovieWriter::complete() {
   if (failure) fail(*failure);
   MutexLock lock(mutex_);
   if (status_ != AVAssetWriterStatusWriting) return;
-  auto problem = fileStarted_ ? std::nullopt : startFile();
-  if (!problem) problem = file_->complete();
+  const auto problem = assemble();
   end(problem ? AVAssetWriterStatusFailed : AVAssetWriterStatusCompleted,
       problem ? problem->asError() : nullptr);
 }
@@ -129,52 +119,32 @@ void MovieWriter::end(AVAssetWriterStatus status, std::shared_ptr<NSError> error
     error_ = std::move(error);
   }
   status_ = status;  // after the error: who sees it failed finds out why
-  file_ = nullptr;
-  waiting_.clear();
-}
-
-CMAudioFormat MovieWriter::settlePlainFormat(std::size_t track, const CMAudioFormat& first) {
-  MutexLock lock(mutex_);
-  if (fileStarted_) return kDeviceSound;
-  tracks_[track].description = SoundEncoder::plainStream(first);
-  return first;
-}
-
-bool MovieWriter::everyTrackIsKnown() const {
-  return std::all_of(tracks_.begin(), tracks_.end(),
-                     [](const Track& track) { return track.description.parameters != nullptr; });
+  spool_ = nullptr;
 }
 
 MediaFailure MovieWriter::write(std::size_t track, AVPacket& packet) {
   MutexLock lock(mutex_);
-  if (!file_) return std::nullopt;  // it ended meanwhile; the next append will tell
-  if (fileStarted_) return file_->write(tracks_[track].stream, packet);
-
-  waiting_.push_back({track, ffmpeg::Packet(av_packet_clone(&packet))});
-  if (!waiting_.back().packet) return failed("write to the movie", AVERROR(ENOMEM));
-  waitingBytes_ += static_cast<std::size_t>(packet.size);
-  if (everyTrackIsKnown()) return startFile();
-  if (waitingBytes_ < kMostWaiting) return std::nullopt;
-  for (auto& each : tracks_) {
-    if (!each.description.parameters) each.description = SoundEncoder::plainStream(kDeviceSound);
-  }
-  return startFile();
+  if (!spool_) return std::nullopt;  // it ended meanwhile; the next append will tell
+  ++tracks_[track].packets;
+  return spool_->append(track, packet);
 }
 
-MediaFailure MovieWriter::startFile() {
-  if (waiting_.empty()) return MediaError::refusal("complete the movie", "nothing was appended");
-  int streams = 0;
-  for (auto& track : tracks_) {
-    if (!track.description.parameters) continue;  // of sound that never came
-    if (auto failure = file_->addStream(track.description)) return failure;
-    track.stream = streams++;
+MediaFailure MovieWriter::assemble() {
+  MediaFailure failure;
+  const auto file = MovieFile::create(path_, container_, begun_, failure);
+  if (failure) return failure;
+  std::vector<int> streams;  // the file's numbers of the tracks that have anything
+  int count = 0;
+  for (const Track& track : tracks_) {
+    streams.push_back(track.packets > 0 ? count++ : -1);
+    if (track.packets == 0) continue;
+    if ((failure = file->addStream(track.media->description()))) return failure;
   }
-  if (auto failure = file_->start()) return failure;
-  fileStarted_ = true;
-  for (auto& each : std::exchange(waiting_, {})) {
-    if (auto failure = file_->write(tracks_[each.track].stream, *each.packet)) return failure;
-  }
-  return std::nullopt;
+  if (count == 0) return MediaError::refusal("complete the movie", "nothing was appended");
+  if ((failure = file->start())) return failure;
+  failure =
+      spool_->drain([&](std::size_t track, AVPacket& packet) { return file->write(streams[track], packet); });
+  return failure ? failure : file->complete();
 }
 
 }  // namespace ios

@@ -27,7 +27,6 @@ class SoundEncoder {
 
   const CMAudioFormat& format() const { return format_; }
   ffmpeg::Stream stream() const;
-  static ffmpeg::Stream plainStream(const CMAudioFormat& format);
   /// The time of the first frame to come, in frames. Before the first.
   void start(std::int64_t time) { time_ = time; }
   /// `samples` in `format`, whole frames.

@@ -97,22 +97,19 @@ std::unique_ptr<SoundEncoder> SoundEncoder::openPCM(const CMAudioFormat& format,
 }
 
 ffmpeg::Stream SoundEncoder::stream() const {
-  return codec_ ? ffmpeg::streamOf(*codec_) : plainStream(format_);
-}
-
-ffmpeg::Stream SoundEncoder::plainStream(const CMAudioFormat& format) {
+  if (codec_) return ffmpeg::streamOf(*codec_);
   ffmpeg::CodecParameters parameters(avcodec_parameters_alloc());
   if (!parameters) return {};
-  const int channels = static_cast<int>(format.channels);
+  const int channels = static_cast<int>(format_.channels);
   parameters->codec_type = AVMEDIA_TYPE_AUDIO;
   parameters->codec_id = AV_CODEC_ID_PCM_S16LE;
   parameters->format = AV_SAMPLE_FMT_S16;
-  parameters->sample_rate = rateOf(format);
-  parameters->ch_layout = layoutOf(format);
+  parameters->sample_rate = rateOf(format_);
+  parameters->ch_layout = layoutOf(format_);
   parameters->bits_per_coded_sample = 16;
   parameters->block_align = 2 * channels;
-  parameters->bit_rate = std::int64_t{16} * channels * rateOf(format);
-  return {std::move(parameters), {1, rateOf(format)}};
+  parameters->bit_rate = std::int64_t{16} * channels * rateOf(format_);
+  return {std::move(parameters), {1, rateOf(format_)}};
 }
 
 MediaFailure SoundEncoder::prepareResampler(const CMAudioFormat& source) {

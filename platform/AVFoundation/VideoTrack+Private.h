@@ -10,7 +10,7 @@ namespace ios {
 class VideoTrack : public MovieTrack {
  public:
   explicit VideoTrack(const VideoEncoder::Settings& settings) : settings_(settings) {}
-  MediaFailure open(ffmpeg::Stream& stream) override;
+  MediaFailure open() override;
 
  protected:
   MediaFailure take(MovieWriter& writer, const CVPixelBufferRef& buffer, const CMTime& time) override;

@@ -13,10 +13,10 @@ constexpr std::int64_t kLongestPicture = std::int64_t{40000} * VideoEncoder::kTi
 
 }  // namespace
 
-MediaFailure VideoTrack::open(ffmpeg::Stream& stream) {
+MediaFailure VideoTrack::open() {
   MediaFailure failure;
   encoder_ = VideoEncoder::open(settings_, failure);
-  if (!failure) stream = encoder_->stream();
+  if (!failure) describe(encoder_->stream());
   return failure;
 }
 

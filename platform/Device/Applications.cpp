@@ -63,20 +63,12 @@ std::optional<FileError> Applications::install(const fs::path& source) {
   const fs::path destination = folder() / *identifier;
   if (fs::equivalent(bundle, destination, error)) return std::nullopt;
   if (auto problem = createFolder(folder())) return problem;
-  const fs::path copy = temporaryNameBeside(destination), earlier = temporaryNameBeside(destination);
+  const fs::path copy = temporaryNameBeside(destination);
   auto problem = copyTree(bundle, copy);
-  const bool replaces = !problem && fs::exists(fs::symlink_status(destination, error));
-  if (replaces) problem = renameFile(destination, earlier);
-  if (!problem) {
-    problem = renameFile(copy, destination);
-    if (problem && replaces) fs::rename(earlier, destination, error);
-  }
-  if (problem) {
-    fs::remove_all(copy, error);
-  } else if (replaces) {
-    // The application is in place; what is left of the earlier one is swept at the next start.
-    if (auto left = removeTree(earlier)) deviceLog(left->description());
-  }
+  const bool replaces = fs::exists(fs::symlink_status(destination, error));
+  if (!problem) problem = replaces ? exchangeFiles(copy, destination) : renameFile(copy, destination);
+  // What is there now is a copy that was not wanted, or the earlier application; a start sweeps what stays.
+  static_cast<void>(removeTree(copy));
   return problem;
 }
 

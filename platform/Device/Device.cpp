@@ -127,16 +127,16 @@ Device::Device(Options options) {
 
 fs::path Device::home() const {
   const fs::path home = root_ / "Containers" / bundleIdentifier_;
-  MutexLock lock(mutex_);
-  if (homeMade_) return home;
-  for (const char* folder : {"Documents", "tmp"}) {
-    if (auto problem = createFolder(home / folder)) {
-      // Asked for often, told once.
-      if (!std::exchange(homeRefused_, true)) deviceLog(problem->description());
-      return home;
-    }
+  {
+    MutexLock lock(mutex_);
+    if (homeMade_) return home;
   }
-  homeMade_ = true;
+  auto problem = createFolder(home / "Documents");
+  if (!problem) problem = createFolder(home / "tmp");
+  MutexLock lock(mutex_);
+  homeMade_ = !problem;
+  // Asked for often, told once.
+  if (problem && !std::exchange(homeRefused_, true)) deviceLog(problem->description());
   return home;
 }
 

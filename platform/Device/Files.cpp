@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <set>
@@ -208,6 +209,15 @@ std::optional<FileError> renameFile(const fs::path& from, const fs::path& to) {
   if (auto problem = diskRefusal("rename", to)) return problem;
   if (::rename(from.c_str(), to.c_str()) != 0) return FileError{errno, "rename", to};
   syncFolder(to.parent_path());
+  return std::nullopt;
+}
+
+std::optional<FileError> exchangeFiles(const fs::path& one, const fs::path& other) {
+  if (auto problem = diskRefusal("rename", other)) return problem;
+  if (::renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE) != 0) {
+    return FileError{errno, "rename", other};
+  }
+  syncFolder(other.parent_path());
   return std::nullopt;
 }
 

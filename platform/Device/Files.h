@@ -34,6 +34,9 @@ std::optional<std::vector<std::uint8_t>> readFile(const std::filesystem::path& p
 [[nodiscard]] std::optional<FileError> removeTree(const std::filesystem::path& path);
 [[nodiscard]] std::optional<FileError> renameFile(const std::filesystem::path& from,
                                                   const std::filesystem::path& to);
+/// Swaps two that exist, so that no moment is left in which either name is free.
+[[nodiscard]] std::optional<FileError> exchangeFiles(const std::filesystem::path& one,
+                                                     const std::filesystem::path& other);
 /// Copies a file, or a folder with all in it, to `to`, which must not exist. Files keep their mode. A link
 /// stays one if it is relative and leads to inside of `from`, else what it leads to is copied.
 [[nodiscard]] std::optional<FileError> copyTree(const std::filesystem::path& from,

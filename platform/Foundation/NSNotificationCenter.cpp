@@ -12,7 +12,7 @@ const std::shared_ptr<NSNotificationCenter>& NSNotificationCenter::defaultCenter
 void NSNotificationCenter::addObserver(const id& observer, Selector selector,
                                        const std::optional<std::string>& name, const id& object) {
   auto registration = std::make_shared<Registration>(
-      Registration{observer, observer.get(), Action(observer, selector), name, object, object == nullptr});
+      Registration{observer, observer.get(), Action(observer, selector), name, object, object.get()});
   MutexLock lock(mutex_);
   registrations_.push_back(std::move(registration));
 }
@@ -22,8 +22,7 @@ void NSNotificationCenter::removeObserver(const NSObject& observer, const std::o
   MutexLock lock(mutex_);
   registrations_.remove_if([&](const auto& registration) {
     const bool matches = registration->observerAddress == &observer &&
-                         (!name || registration->name == name) &&
-                         (!object || registration->object.lock() == object);
+                         (!name || registration->name == name) && (!object || registration->isFor(object));
     // A post that is under way holds the registration too.
     if (matches) registration->removed = true;
     return matches;
@@ -36,11 +35,12 @@ void NSNotificationCenter::postNotificationName(const std::string& name, const i
   {
     MutexLock lock(mutex_);
     registrations_.remove_if([](const auto& registration) {
-      return registration->observer.expired() || (!registration->anyObject && registration->object.expired());
+      return registration->observer.expired() ||
+             (registration->objectAddress && registration->object.expired());
     });
     for (const auto& registration : registrations_) {
       const bool named = !registration->name || *registration->name == name;
-      if (named && (registration->anyObject || (object && registration->object.lock() == object))) {
+      if (named && (!registration->objectAddress || registration->isFor(object))) {
         called.push_back(registration);
       }
     }

@@ -53,8 +53,11 @@ class NSNotificationCenter : public NSObject {
     const NSObject* observerAddress;
     Action action;
     std::optional<std::string> name;
-    std::weak_ptr<NSObject> object;
-    bool anyObject;
+    std::weak_ptr<NSObject> object;  // empty from the start: any sender
+    const NSObject* objectAddress;
+
+    /// Locking the reference would do, but could make the caller the sender's last owner, under the lock.
+    bool isFor(const id& sender) const { return objectAddress == sender.get() && !object.expired(); }
     bool removed = false;  // under the centre's lock
   };
   Mutex mutex_;

@@ -12,8 +12,8 @@ namespace ios {
 class NSRunLoop;
 
 /// A timer on a run loop. It keeps its target alive until it is invalidated (one that does not repeat is,
-/// once it begun to fire). A repeating timer keeps to its grid: firings that were missed are skipped, never
-/// made up for. Used on the thread of its run loop.
+/// once it has begun to fire). A repeating timer keeps to its grid: firings that were missed are skipped,
+/// never made up for. Used on the thread of its run loop.
 class NSTimer : public NSObject {
  public:
   NSTimer(double interval, const id& target, Selector selector, const id& userInfo, bool repeats);
@@ -44,7 +44,7 @@ class NSTimer : public NSObject {
   bool valid_ = true;
   std::string mode_;
   std::weak_ptr<NSRunLoop> runLoop_;
-  std::int64_t nextFire_ = 0;  // ns on the device's clock; the interval from now until it is on a run loop
+  std::int64_t nextFire_ = 0;  // ns on the device's clock
   std::optional<std::uint64_t> event_;
 };
 

@@ -53,6 +53,8 @@ const Fault kFaults[] = {
     {"the 20th packet", false, "write to the movie", 20, EIO, AVErrorUnknown, "write to the movie"},
     {"the disk is full at once", true, "write", 1, ENOSPC, AVErrorDiskFull,
      "write movie.mov: No space left on device (-28)"},
+    {"no file can be made in the end", true, "create", 2, EACCES, AVErrorUnknown, "create movie.mov"},
+    {"the disk is full in the end", true, "write", 5, ENOSPC, AVErrorDiskFull, "write movie.mov"},
     {"the disk is full later", true, "write", 2, ENOSPC, AVErrorDiskFull, "write movie.mov"},
     {"the encoder's rest", false, "flush the video encoder", 1, EIO, AVErrorUnknown,
      "flush the video encoder"},
@@ -209,11 +211,9 @@ TEST(MovieFailure, OtherFilesAreLeftAlone) {
 
 TEST(MovieFailure, NothingRemainsOfAMovieThatWasGivenUp) {
   Studio studio;
-  // A process that was killed in the middle left this; no process has that number.
-  std::ofstream(studio.path(".movie.mov.999999999.1.tmp")) << "half a movie";
   const Movie cancelled(studio);
   record(cancelled);
-  EXPECT_EQ(studio.files().size(), 1u);
+  EXPECT_EQ(studio.files(), Names()) << "a process that is killed now leaves something behind";
   cancelled.writer->cancelWriting();
   EXPECT_EQ(cancelled.writer->status(), AVAssetWriterStatusCancelled);
   EXPECT_EQ(studio.files(), Names());
@@ -225,6 +225,13 @@ TEST(MovieFailure, NothingRemainsOfAMovieThatWasGivenUp) {
   dropped.reset();
   EXPECT_EQ(studio.files(), Names());
   EXPECT_FALSE(input->isReadyForMoreMediaData());
+
+  // A process that was killed while it completed a movie left this; no process has that number.
+  std::ofstream(studio.path(".movie.mov.999999999.1.tmp")) << "half a movie";
+  const Movie next(studio);
+  record(next);
+  next.finish();
+  EXPECT_EQ(studio.files(), Names{"movie.mov"});
 }
 
 TEST(MovieFailure, AWriterWhoseOwnerIsGoneFinishes) {
