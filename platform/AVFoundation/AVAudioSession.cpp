@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "AVFoundation/PermissionPrompt.h"
+#include "Device/PermissionPrompt.h"
 #include "Foundation/NSBundle.h"
 
 namespace ios {

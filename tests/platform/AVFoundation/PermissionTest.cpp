@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "AVFoundation/AVAudioSession.h"
-#include "AVFoundation/PermissionPrompt.h"
+#include "Device/PermissionPrompt.h"
 #include "Device/Device.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"

@@ -1,4 +1,4 @@
-#include "AVFoundation/PermissionPrompt.h"
+#include "Device/PermissionPrompt.h"
 
 #include <algorithm>
 #include <atomic>

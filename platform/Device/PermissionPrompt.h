@@ -7,7 +7,7 @@ namespace ios {
 
 /// A question to the user: may this application use something guarded?
 struct PermissionQuestion {
-  std::string service;  // "microphone"
+  std::string service;  // "microphone", "photos"
   /// The reason that the application's Info dictionary gives; may be empty.
   std::string reason;
 };
