@@ -1,0 +1,55 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ObjectiveC/Mutex.h"
+#include "Photos/Database+Private.h"
+#include "Photos/MediaFolder+Private.h"
+
+namespace ios::photos {
+
+struct AlbumFacts {
+  std::string uuid, title;
+};
+struct AssetFacts {
+  std::string uuid;
+  double duration = 0;  // seconds
+  std::int64_t width = 0, height = 0;
+  double created = 0;  // seconds since 1970
+};
+
+/// Reads the library and never changes it. Any thread; a writer does not hold it up. Without a library there
+/// is nothing in it; one that cannot be read counts as empty, with one line on standard error.
+class LibraryReader {
+ public:
+  explicit LibraryReader(MediaFolder folder) : folder_(std::move(folder)) {}
+
+  // In the order in which they were added.
+  std::vector<AlbumFacts> albums();
+  std::vector<AssetFacts> assetsOf(const std::string& album);
+  std::optional<AlbumFacts> album(const std::string& uuid);
+  std::optional<AssetFacts> asset(const std::string& uuid);
+  /// The asset's file, if it is there.
+  std::optional<std::filesystem::path> movie(const std::string& uuid);
+
+  void close();
+
+ private:
+  std::vector<Database::Row> rows(const char* statement, const std::vector<Database::Value>& parameters = {});
+  /// The connection, anew when another file has taken the library's place; empty without a library.
+  Database* connection(DatabaseFailure& failure) IOS_REQUIRES(mutex_);
+
+  const MediaFolder folder_;
+  Mutex mutex_;
+  std::unique_ptr<Database> database_ IOS_GUARDED_BY(mutex_);
+  dev_t device_ IOS_GUARDED_BY(mutex_) = 0;
+  ino_t inode_ IOS_GUARDED_BY(mutex_) = 0;
+  bool toldOfFailure_ IOS_GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace ios::photos

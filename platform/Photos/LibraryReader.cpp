@@ -1,0 +1,103 @@
+#include <sys/stat.h>
+
+#include <utility>
+
+#include "Device/Device.h"
+#include "Photos/LibraryReader+Private.h"
+
+namespace ios::photos {
+namespace {
+
+// A reader waits only while another process puts the library in order; the main thread may be the one
+// waiting.
+constexpr int kPatienceMilliseconds = 200;
+
+AlbumFacts albumOf(const Database::Row& row) {
+  return {textAt(row, 0), textAt(row, 1)};
+}
+AssetFacts assetOf(const Database::Row& row) {
+  return {textAt(row, 0), realAt(row, 1), integerAt(row, 2), integerAt(row, 3), realAt(row, 4)};
+}
+
+}  // namespace
+
+Database* LibraryReader::connection(DatabaseFailure& failure) {
+  struct stat status {};
+  if (::stat(folder_.database().c_str(), &status) != 0) {
+    database_.reset();
+    return nullptr;
+  }
+  if (database_ && (status.st_dev != device_ || status.st_ino != inode_)) database_.reset();
+  if (!database_) {
+    database_ = Database::open(folder_.database(), Database::Mode::read, kPatienceMilliseconds, failure);
+    device_ = status.st_dev;
+    inode_ = status.st_ino;
+  }
+  return database_.get();
+}
+
+std::vector<Database::Row> LibraryReader::rows(const char* statement,
+                                               const std::vector<Database::Value>& parameters) {
+  // Another process has the file, but not made its tables yet.
+  constexpr int kNoSuchTable = 1;
+  MutexLock lock(mutex_);
+  DatabaseFailure failure;
+  std::vector<Database::Row> rows;
+  if (Database* database = connection(failure)) {
+    auto refused = database->run("read the photo library", statement, parameters, &rows);
+    if (!refused) {
+      toldOfFailure_ = false;
+      return rows;
+    }
+    failure = std::move(*refused);
+    database_.reset();
+  }
+  const bool none = failure.code == 0 || failure.code == kNoSuchTable;
+  if (!none && !std::exchange(toldOfFailure_, true)) deviceLog(failure.description());
+  return {};
+}
+
+std::vector<AlbumFacts> LibraryReader::albums() {
+  std::vector<AlbumFacts> albums;
+  for (const auto& row : rows("SELECT uuid, title FROM album ORDER BY id")) albums.push_back(albumOf(row));
+  return albums;
+}
+
+std::vector<AssetFacts> LibraryReader::assetsOf(const std::string& album) {
+  std::vector<AssetFacts> assets;
+  for (const auto& row : rows("SELECT asset.uuid, duration, width, height, asset.created FROM membership"
+                              " JOIN album ON album.id = membership.album"
+                              " JOIN asset ON asset.id = membership.asset"
+                              " WHERE album.uuid = ? ORDER BY membership.id",
+                              {album}))
+    assets.push_back(assetOf(row));
+  return assets;
+}
+
+std::optional<AlbumFacts> LibraryReader::album(const std::string& uuid) {
+  const auto found = rows("SELECT uuid, title FROM album WHERE uuid = ?", {uuid});
+  if (found.empty()) return std::nullopt;
+  return albumOf(found.front());
+}
+
+std::optional<AssetFacts> LibraryReader::asset(const std::string& uuid) {
+  const auto found = rows("SELECT uuid, duration, width, height, created FROM asset WHERE uuid = ?", {uuid});
+  if (found.empty()) return std::nullopt;
+  return assetOf(found.front());
+}
+
+std::optional<std::filesystem::path> LibraryReader::movie(const std::string& uuid) {
+  const auto found = rows("SELECT number FROM asset WHERE uuid = ?", {uuid});
+  if (found.empty()) return std::nullopt;
+  const std::filesystem::path file = folder_.movie(integerAt(found.front(), 0));
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) return std::nullopt;
+  return file;
+}
+
+void LibraryReader::close() {
+  MutexLock lock(mutex_);
+  database_.reset();
+}
+
+}  // namespace ios::photos

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "Device/Files.h"
+
+namespace ios::photos {
+
+struct MovieFacts {
+  double duration = 0;  // seconds
+  int width = 0, height = 0;
+  /// Seconds since 1970, when the movie says when it was made.
+  std::optional<double> created;
+};
+
+/// Reads what a movie file says of itself. Empty, with `problem` set, unless it is a movie with pictures all
+/// of whose samples lie within the file.
+std::optional<MovieFacts> readMovie(const std::filesystem::path& file, std::string& problem);
+
+/// Copies a file to `to`, which must not exist, sharing its blocks where the disk can, and syncs it. After a
+/// failure there is nothing at `to`.
+[[nodiscard]] std::optional<FileError> copyMovie(const std::filesystem::path& from,
+                                                 const std::filesystem::path& to);
+
+}  // namespace ios::photos

@@ -1,0 +1,97 @@
+#include "Photos/PHPhotoLibrary.h"
+
+#include <utility>
+
+#include "Device/Device.h"
+#include "Device/PermissionPrompt.h"
+#include "Foundation/NSBundle.h"
+#include "ObjectiveC/Programming.h"
+#include "Photos/Library+Private.h"
+#include "Photos/PHError.h"
+
+namespace ios {
+namespace photos {
+namespace {
+
+thread_local Changes* currentChanges = nullptr;
+
+}  // namespace
+
+Changes& Changes::current(const char* who) {
+  if (!currentChanges)
+    programmingError(std::string(who) + " can only be used inside of a block of performChanges");
+  return *currentChanges;
+}
+
+Changes::Scope::Scope(Changes& changes) {
+  currentChanges = &changes;
+}
+Changes::Scope::~Scope() {
+  currentChanges = nullptr;
+}
+
+std::string Changes::newUUID() {
+  return failure ? std::string() : Library::shared().newUUID(failure);
+}
+
+}  // namespace photos
+
+namespace {
+
+constexpr const char* kService = "photos";
+
+std::shared_ptr<NSError> accessRefusal() {
+  const auto status = PHPhotoLibrary::authorizationStatus();
+  if (status == PHAuthorizationStatus::authorized) return nullptr;
+  const bool restricted = status == PHAuthorizationStatus::restricted;
+  return std::make_shared<NSError>(PHPhotosErrorDomain,
+                                   restricted ? PHPhotosErrorAccessRestricted : PHPhotosErrorAccessUserDenied,
+                                   "this application may not use the photo library");
+}
+
+}  // namespace
+
+const std::shared_ptr<PHPhotoLibrary>& PHPhotoLibrary::sharedPhotoLibrary() {
+  static auto& library = *new std::shared_ptr<PHPhotoLibrary>(std::make_shared<PHPhotoLibrary>());
+  return library;
+}
+
+PHAuthorizationStatus PHPhotoLibrary::authorizationStatus() {
+  return static_cast<PHAuthorizationStatus>(Device::current().permission(kService));
+}
+
+void PHPhotoLibrary::requestAuthorization(std::function<void(PHAuthorizationStatus)> handler) {
+  const auto& info = NSBundle::mainBundle()->infoDictionary();
+  const std::string* reason = nullptr;
+  if (info) {
+    const auto found = info->find("NSPhotoLibraryUsageDescription");
+    if (found != info->end()) reason = found->second.text();
+  }
+  requestPermission({kService, reason ? *reason : ""}, [handler = std::move(handler)](bool granted) {
+    if (!handler) return;
+    if (granted) return handler(PHAuthorizationStatus::authorized);
+    // Not asked, as nobody was there to ask, is no answer that an application knows.
+    const auto status = authorizationStatus();
+    handler(status == PHAuthorizationStatus::restricted ? status : PHAuthorizationStatus::denied);
+  });
+}
+
+void PHPhotoLibrary::performChanges(std::function<void()> changes,
+                                    std::function<void(bool, std::shared_ptr<NSError>)> completion) {
+  const auto finish = [completion = std::move(completion)](const std::shared_ptr<NSError>& error) {
+    if (!completion) return;
+    dispatch_async(photos::Library::shared().completionQueue(),
+                   [completion, error] { completion(!error, error); });
+  };
+  dispatch_async(photos::Library::shared().queue(), [changes = std::move(changes), finish] {
+    if (const auto refusal = accessRefusal()) return finish(refusal);
+    photos::Changes asked;
+    if (changes) {
+      const photos::Changes::Scope scope(asked);
+      changes();
+    }
+    finish(photos::Library::shared().apply(asked));
+  });
+}
+
+}  // namespace ios
