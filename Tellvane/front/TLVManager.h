@@ -46,6 +46,8 @@ class TLV_EXPORT TLVManager : public Subclass<TLVManager, NSObject> {
   static void delay(double seconds, const dispatch_queue_t& queue, std::function<void()> closure);
 
  private:
+  friend class TLVPhotoAlbum;  // whose alert is one of the library's own
+
   // The capture menu: TLVManager+CaptureMenu.cpp.
   void captureScreen();
   void captureScreenshot(const std::shared_ptr<UIAlertAction>& action);

@@ -1,0 +1,193 @@
+#include "media/TLVPhotoAlbum.h"
+
+#include <utility>
+
+#include "ObjectiveC/Mutex.h"
+#include "Photos/PHAssetChangeRequest.h"
+#include "Photos/PHAssetCollectionChangeRequest.h"
+#include "Photos/PHPhotoLibrary.h"
+#include "UIKit/UIApplication.h"
+#include "front/TLVManager.h"
+#include "info/TLVConstants.h"
+#include "info/printTLV.h"
+#include "triggers/UIApplication+TopViewController.h"
+
+namespace tellvane {
+namespace {
+
+/// The album is written and read on several threads; none waits for more than the copy of a reference.
+struct Album {
+  Mutex mutex;
+  std::shared_ptr<PHAssetCollection> collection IOS_GUARDED_BY(mutex);
+
+  static Album& shared() {
+    static auto& album = *new Album;
+    return album;
+  }
+};
+
+std::string localized(const std::string& key) {
+  return NSLocalizedString(key, "TLVLocalizable", TLV_BUNDLE(), "");
+}
+
+std::shared_ptr<PHAssetCollection> albumWithOurTitle() {
+  const auto options = std::make_shared<PHFetchOptions>();
+  options->setPredicate(NSPredicate::predicateWithFormat("title == %@", {TLV_TITILE}));
+  return PHAssetCollection::fetchAssetCollectionsWithType(PHAssetCollectionType::album,
+                                                          PHAssetCollectionSubtype::any, options)
+      ->firstObject();
+}
+
+/// The album of a placeholder; when that is not found, the one with our title.
+std::shared_ptr<PHAssetCollection> createdAlbum(const std::shared_ptr<PHObjectPlaceholder>& placeholder) {
+  if (placeholder) {
+    if (auto album = PHAssetCollection::fetchAssetCollectionsWithLocalIdentifiers(
+                         {placeholder->localIdentifier()}, nullptr)
+                         ->firstObject())
+      return album;
+  }
+  return albumWithOurTitle();
+}
+
+// The operations as the object runtime sees them; the receiver has nothing to add.
+void saveBySelector(TLVPhotoAlbum&, NSURL url, TLVPhotoAlbum::Completion completionHandler) {
+  TLVPhotoAlbum::saveToPhotosAlbum(url, std::move(completionHandler));
+}
+void deleteBySelector(TLVPhotoAlbum&, std::string localIdentifier) {
+  TLVPhotoAlbum::deleteFromPhotoAlbum(localIdentifier);
+}
+std::shared_ptr<PHAssetCollection> collectionBySelector(TLVPhotoAlbum&) {
+  return TLVPhotoAlbum::collection();
+}
+void setCollectionBySelector(TLVPhotoAlbum&, std::shared_ptr<PHAssetCollection> collection) {
+  TLVPhotoAlbum::setCollection(std::move(collection));
+}
+
+}  // namespace
+
+MethodList TLVPhotoAlbum::methods() {
+  return {{"saveToPhotosAlbum:completionHandler:", &saveBySelector},
+          {"deleteFromPhotoAlbum:", &deleteBySelector},
+          {"collection", &collectionBySelector},
+          {"setCollection:", &setCollectionBySelector}};
+}
+
+std::shared_ptr<PHAssetCollection> TLVPhotoAlbum::collection() {
+  Album& album = Album::shared();
+  MutexLock lock(album.mutex);
+  return album.collection;
+}
+
+void TLVPhotoAlbum::setCollection(std::shared_ptr<PHAssetCollection> collection) {
+  Album& album = Album::shared();
+  MutexLock lock(album.mutex);
+  album.collection.swap(collection);  // the old one goes after the lock
+}
+
+void TLVPhotoAlbum::getPhotosAccess(const Decision& success) {
+  const auto isGranted = [](PHAuthorizationStatus status) { return status > PHAuthorizationStatus::denied; };
+  const auto status = PHPhotoLibrary::authorizationStatus();
+  if (status == PHAuthorizationStatus::notDetermined) {
+    PHPhotoLibrary::requestAuthorization(
+        [success, isGranted](PHAuthorizationStatus answer) { success(isGranted(answer)); });
+  } else {
+    success(isGranted(status));
+  }
+}
+
+void TLVPhotoAlbum::createAlbum(const Decision& success) {
+  getPhotosAccess([success](bool granted) {
+    if (granted) {
+      resolveAlbum(success);
+    } else if (isMainThread()) {
+      refuseAccess(success);
+    } else {
+      dispatch_async(dispatch_get_main_queue(), [success] { refuseAccess(success); });
+    }
+  });
+}
+
+void TLVPhotoAlbum::resolveAlbum(const Decision& success) {
+  if (auto album = albumWithOurTitle()) {
+    setCollection(std::move(album));
+    success(true);
+    return;
+  }
+  const auto placeholder = std::make_shared<std::shared_ptr<PHObjectPlaceholder>>();
+  PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
+      [placeholder] {
+        *placeholder = PHAssetCollectionChangeRequest::creationRequestForAssetCollectionWithTitle(TLV_TITILE)
+                           ->placeholderForCreatedAssetCollection();
+      },
+      [placeholder, success](bool created, const std::shared_ptr<NSError>& error) {
+        if (!created) {
+          if (!error) return;
+          printTLV("Error creating album : " + error->localizedDescription());
+          success(false);
+          return;
+        }
+        auto album = createdAlbum(*placeholder);
+        const bool found = album != nullptr;
+        if (found) setCollection(std::move(album));
+        success(found);
+      });
+}
+
+void TLVPhotoAlbum::refuseAccess(const Decision& success) {
+  const auto top = topViewController();
+  if (!top) return;
+  success(false);
+  const auto alert = UIAlertController::alertControllerWithTitle(
+      localized("photos access"), localized("photos message"), UIAlertControllerStyle::alert);
+  alert->addAction(UIAlertAction::actionWithTitle(
+      localized("Ok"), UIAlertActionStyle::default_, [](const std::shared_ptr<UIAlertAction>&) {
+        if (const auto url = NSURL::URLWithString(UIApplicationOpenSettingsURLString))
+          UIApplication::sharedApplication()->openURL(*url);
+      }));
+  TLVManager::shared()->presentOwn(alert, top);
+}
+
+void TLVPhotoAlbum::saveToPhotosAlbum(const NSURL& url, Completion completionHandler) {
+  if (!completionHandler) completionHandler = [](const std::optional<std::string>&) {};
+  createAlbum([url, completionHandler](bool success) {
+    if (success) {
+      addToAlbum(url, completionHandler);
+    } else {
+      completionHandler(std::nullopt);
+    }
+  });
+}
+
+void TLVPhotoAlbum::addToAlbum(const NSURL& url, const Completion& completionHandler) {
+  const auto identifier = std::make_shared<std::optional<std::string>>();
+  PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
+      [url, identifier] {
+        // All three before the first change, so that one that is missing leaves nothing half done.
+        const auto album = PHAssetCollectionChangeRequest::changeRequestForAssetCollection(collection());
+        if (!album) return;
+        const auto request = PHAssetChangeRequest::creationRequestForAssetFromVideoAtFileURL(url);
+        const auto placeholder = request ? request->placeholderForCreatedAsset() : nullptr;
+        if (!placeholder) return;
+        album->addAssets({placeholder});
+        *identifier = placeholder->localIdentifier();
+      },
+      [identifier, completionHandler](bool success, const std::shared_ptr<NSError>& error) {
+        if (error) printTLV("Error saving to photo Album: " + error->localizedDescription());
+        TLVManager::runOnMainThread([&] { completionHandler(success ? *identifier : std::nullopt); });
+      });
+}
+
+void TLVPhotoAlbum::deleteFromPhotoAlbum(const std::string& localIdentifier) {
+  getPhotosAccess([localIdentifier](bool granted) {
+    if (!granted) return;
+    const auto asset = PHAsset::fetchAssetsWithLocalIdentifiers({localIdentifier}, nullptr)->firstObject();
+    if (!asset) return;
+    PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
+        [asset] { PHAssetChangeRequest::deleteAssets({asset}); },
+        [](bool, const std::shared_ptr<NSError>& error) {
+          if (error) printTLV("Error deleting video from photo Album: " + error->localizedDescription());
+        });
+  });
+}
+
+}  // namespace tellvane
