@@ -4,6 +4,7 @@
 #include "info/TLVConstants.h"
 #include "info/printTLV.h"
 #include "media/CaptureScreenshot.h"
+#include "recording/TLVCaptureScreenRecording.h"
 #include "triggers/UIApplication+TopViewController.h"
 
 namespace tellvane {
@@ -28,6 +29,11 @@ void anchorInTheMiddle(UIAlertController& sheet, UIViewController& presenter) {
 
 void TLVManager::captureScreen() {
   if (!isDebugMode()) return;
+  const auto& recording = TLVCaptureScreenRecording::shared();
+  if (recording->isRecording()) {
+    recording->stopRecording();
+    return;
+  }
   // A second trigger would capture our own sheet and ask it to present another.
   if (isOwnAlertUp()) return;
 
@@ -61,6 +67,7 @@ void TLVManager::captureScreenshot(const std::shared_ptr<UIAlertAction>&) {
 
 void TLVManager::captureScreenRecording(const std::shared_ptr<UIAlertAction>&) {
   printTLV("Capture Screen recording selected");
+  TLVCaptureScreenRecording::shared()->captureScreenRecording();
 }
 
 }  // namespace tellvane

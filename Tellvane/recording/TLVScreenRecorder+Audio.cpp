@@ -7,7 +7,7 @@ namespace tellvane {
 void TLVScreenRecorder::pauseRecording() {
   if (!displayLink_ || displayLink_->isPaused()) return;
   {
-    std::lock_guard lock(sharedFields_);
+    MutexLock lock(sharedFields_);
     pauseResumeTimeRanges_.push_back(displayLink_->timestamp());
   }
   printTLV("Paused recording");
@@ -34,23 +34,24 @@ void TLVScreenRecorder::setUpAudioCapture() {
     return;
   }
   const auto output = std::make_shared<AVCaptureAudioDataOutput>();
+  const auto session = std::make_shared<AVCaptureSession>();
   audioCaptureInput_ = input;
   {
-    std::lock_guard lock(sharedFields_);
+    MutexLock lock(sharedFields_);
     audioCaptureOutput_ = output;
+    captureSession_ = session;
   }
   output->setSampleBufferDelegate(shared_from_this(),
                                   dispatch_queue_create("TLVScreenRecorder.AudioCaptureQueue"));
-  captureSession_ = std::make_shared<AVCaptureSession>();
-  captureSession_->setSessionPreset(AVCaptureSessionPresetMedium);
-  if (captureSession_->canAddInput(input) && captureSession_->canAddOutput(output)) {
-    captureSession_->addInput(input);
-    captureSession_->addOutput(output);
+  session->setSessionPreset(AVCaptureSessionPresetMedium);
+  if (session->canAddInput(input) && session->canAddOutput(output)) {
+    session->addInput(input);
+    session->addOutput(output);
   } else {
     printTLV("Failed to add input/output device to capture session");
   }
   audioSettings_ = output->recommendedAudioSettingsForAssetWriterWithOutputFileType(AVFileTypeMPEG4);
-  captureSession_->startRunning();
+  session->startRunning();
 }
 
 void TLVScreenRecorder::captureOutputDidOutputSampleBuffer(const std::shared_ptr<AVCaptureOutput>& output,
@@ -58,7 +59,7 @@ void TLVScreenRecorder::captureOutputDidOutputSampleBuffer(const std::shared_ptr
                                                            const std::shared_ptr<AVCaptureConnection>&) {
   std::shared_ptr<AVAssetWriterInput> sound;
   {
-    std::lock_guard lock(sharedFields_);
+    MutexLock lock(sharedFields_);
     if (!output || output != audioCaptureOutput_) return;
     if (CMTimeCompare(firstAudioTimeStamp_, kCMTimeZero) == 0) {
       firstAudioTimeStamp_ = CMSampleBufferGetPresentationTimeStamp(sampleBuffer);

@@ -7,8 +7,13 @@ namespace tellvane {
 
 void TLVScreenRecorder::stopTLVRecordingWithCompletion(
     std::function<void(std::optional<std::string> localIdentifier)> completion) {
-  if (!isRecording_) return;
-  if (captureSession_) captureSession_->stopRunning();
+  if (!isRecording_ || stopRequested_.exchange(true)) return;
+  std::shared_ptr<AVCaptureSession> session;
+  {
+    MutexLock lock(sharedFields_);
+    session = captureSession_;
+  }
+  if (session) session->stopRunning();
   isRecording_ = false;
   displayLink_->removeFromRunLoop(NSRunLoop::mainRunLoop(), NSRunLoopCommonModes);
   completeRecordingSession(std::move(completion));

@@ -20,7 +20,7 @@ void TLVScreenRecorder::renderFrame() {
   std::vector<double> pauses;
   CMTime origin;
   {
-    std::lock_guard lock(sharedFields_);
+    MutexLock lock(sharedFields_);
     if (pauseResumeTimeRanges_.size() % 2 != 0) pauseResumeTimeRanges_.push_back(displayLink_->timestamp());
     pauses = pauseResumeTimeRanges_;
     origin = firstAudioTimeStamp_;
@@ -60,6 +60,8 @@ CGContextRef TLVScreenRecorder::createPixelBufferAndBitmapContext(CVPixelBufferR
   if (!context) return nullptr;
   CGContextScaleCTM(context, scale_, scale_);
   CGContextConcatCTM(context, {1, 0, 0, -1, 0, viewSize_.height});
+  // The buffer has an earlier frame in it, which would show wherever no window covers the screen.
+  CGContextClearRect(context, CGRectMake(0, 0, viewSize_.width, viewSize_.height));
   return context;
 }
 
@@ -82,8 +84,13 @@ void TLVScreenRecorder::drawWindows(const CGContextRef& context) {
 }
 
 void TLVScreenRecorder::appendFrame(const CVPixelBufferRef& pixelBuffer, const CMTime& time) {
-  if (!avAdaptor_->appendPixelBuffer(pixelBuffer, time)) {
-    printTLV("TLVScreen Recording: Unable to write buffer to video : " + logText(videoWriter_->error()));
+  // After a second pause the first frame has the time of the last one before it, which would end the movie.
+  const bool follows = !lastAppended_ || CMTimeCompare(*lastAppended_, time) < 0;
+  if (follows) {
+    lastAppended_ = time;
+    if (!avAdaptor_->appendPixelBuffer(pixelBuffer, time)) {
+      printTLV("TLVScreen Recording: Unable to write buffer to video : " + logText(videoWriter_->error()));
+    }
   }
   CVPixelBufferUnlockBaseAddress(pixelBuffer, 0);
 }

@@ -101,7 +101,7 @@ void TLVScreenRecorder::setUpWriter() {
   }
   CMTime start;
   {
-    std::lock_guard lock(sharedFields_);
+    MutexLock lock(sharedFields_);
     audioInput_ = sound;
     start = firstAudioTimeStamp_;
   }

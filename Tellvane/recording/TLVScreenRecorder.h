@@ -3,7 +3,6 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +17,7 @@
 #include "CoreVideo/CVPixelBufferPool.h"
 #include "Dispatch/Queue.h"
 #include "Dispatch/Semaphore.h"
+#include "ObjectiveC/Mutex.h"
 #include "Platform.h"
 #include "QuartzCore/CADisplayLink.h"
 
@@ -32,9 +32,10 @@ namespace tellvane {
 /// "TLVScreenRecorder.append_queue", encodes it. At most one frame is in each of the last two; one that would
 /// have to wait is dropped, so nothing ever backs up.
 ///
-/// The delegate may have either of two operations, both called on the render queue, once a rendered frame:
-///   "writeBackgroundFrame:" (CGContextRef)        before the windows are drawn: what it draws lies beneath
-///   them "stopRecordingAtDesiredTime:" (double)        right after it: the frame's offset in seconds
+/// The delegate may have either of two operations, both called on the render queue, once a rendered frame and
+/// before the windows are drawn into it:
+///   - "writeBackgroundFrame:" with the frame's CGContextRef: what it draws lies beneath the windows;
+///   - "stopRecordingAtDesiredTime:" with a double: the frame's offset in seconds, pauses left out.
 class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
  public:
   /// 0.5 megabits (of 1,048,576 bits) a second, 60 frames a second, no sound. Screen size and scale are read
@@ -66,9 +67,10 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   void handleAppBecameInActive() { pauseRecording(); }
   void handleAppBecameActive() { resumeRecording(); }
 
+  /// Average bits of picture a second.
   double desiredBitRate() const { return desiredBitRate_; }
   long desiredFPS() const { return desiredFPS_; }
-  /// Buffers of the frame pool, for those who watch over memory; empty before the start.
+  /// Where the frames' buffers come from; empty before the start.
   const CVPixelBufferPoolRef& outputBufferPool() const { return outputBufferPool_; }
 
  private:
@@ -97,6 +99,8 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   void completeRecordingSession(std::function<void(std::optional<std::string>)> completion);
 
   std::atomic<bool> isRecording_ = false;
+  // A recorder stops once, whoever comes first: a trigger on the main thread, or the frame past the limit.
+  std::atomic<bool> stopRequested_ = false;
   id delegate_;
   bool shouldRecordAudio_ = false;
   std::shared_ptr<AVAssetWriter> videoWriter_;
@@ -104,13 +108,14 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   std::shared_ptr<AVAssetWriterInputPixelBufferAdaptor> avAdaptor_;
   std::shared_ptr<CADisplayLink> displayLink_;
   std::optional<double> firstTimeStamp_;  // render queue
-  std::vector<double> pauseResumeTimeRanges_;
+  std::optional<CMTime> lastAppended_;    // append queue
+  std::vector<double> pauseResumeTimeRanges_ IOS_GUARDED_BY(sharedFields_);
   std::shared_ptr<AVCaptureDeviceInput> audioCaptureInput_;
-  std::shared_ptr<AVAssetWriterInput> audioInput_;
-  std::shared_ptr<AVCaptureAudioDataOutput> audioCaptureOutput_;
-  std::shared_ptr<AVCaptureSession> captureSession_;
+  std::shared_ptr<AVAssetWriterInput> audioInput_ IOS_GUARDED_BY(sharedFields_);
+  std::shared_ptr<AVCaptureAudioDataOutput> audioCaptureOutput_ IOS_GUARDED_BY(sharedFields_);
+  std::shared_ptr<AVCaptureSession> captureSession_ IOS_GUARDED_BY(sharedFields_);
   std::optional<NSDictionary> audioSettings_;
-  CMTime firstAudioTimeStamp_ = kCMTimeZero;
+  CMTime firstAudioTimeStamp_ IOS_GUARDED_BY(sharedFields_) = kCMTimeZero;
   dispatch_queue_t render_queue_;
   dispatch_queue_t append_pixelBuffer_queue_;
   dispatch_semaphore_t frameRenderingSemaphore_;
@@ -122,10 +127,9 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   double desiredBitRate_;
   long desiredFPS_;
 
-  /// Held for a copy alone: fields that the main thread, the render queue and the audio queue share and that
-  /// are too wide for an atomic (the pause times, the time of the first sound, the inputs that the audio
-  /// queue looks at).
-  mutable std::mutex sharedFields_;
+  /// Held for a copy alone: what the main thread, the render queue and the audio queue share and what is too
+  /// wide for an atomic.
+  Mutex sharedFields_;
 };
 
 /// Deletes the file at `path`, if there is one; a failure is logged.

@@ -69,7 +69,7 @@ TEST(CaptureMenu, OffersThreeActionsOverAnImageTakenBefore) {
   EXPECT_EQ(console.text().find("<TLV Log>"), std::string::npos) << "choosing Cancel logs nothing";
 }
 
-TEST(CaptureMenu, RecordingChoiceIsLogged) {
+TEST(CaptureMenu, RecordingChoiceStartsARecordingThatTheNextTriggerStops) {
   TestPhone phone;
   startWith(phone, nullptr);
   phone.device().input().shake();
@@ -77,7 +77,14 @@ TEST(CaptureMenu, RecordingChoiceIsLogged) {
   Console console;
   EXPECT_TRUE(phone.tapText("Capture Screen Recording"));
   phone.runFor(1);
-  EXPECT_EQ("<TLV Log> : Capture Screen recording selected\n", console.text());
+  EXPECT_EQ("<TLV Log> : Capture Screen recording selected\n<TLV Log> : Screen recording started\n",
+            console.text());
+  const auto image = CaptureScreenshot::shared()->getSavedScreenshot();
+  phone.device().input().shake();
+  phone.runFor(1);
+  EXPECT_FALSE(phone.shows("Options"));
+  EXPECT_EQ(image, CaptureScreenshot::shared()->getSavedScreenshot());
+  EXPECT_EQ(1, console.count("<TLV Log> : Screen recording ended"));
 }
 
 TEST(CaptureMenu, DoesNothingInProductionMode) {

@@ -9,7 +9,7 @@
 #include "AVFoundation/AVAssetWriter.h"
 #include "AVFoundation/AVAssetWriterInputPixelBufferAdaptor.h"
 #include "CoreVideo/CVPixelBuffer.h"
-#include "MovieProbe.h"
+#include "support/MovieProbe.h"
 #include "support/ScratchFolder.h"
 
 namespace testing_support {

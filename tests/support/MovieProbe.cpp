@@ -1,4 +1,4 @@
-#include "MovieProbe.h"
+#include "support/MovieProbe.h"
 
 #include <gtest/gtest.h>
 

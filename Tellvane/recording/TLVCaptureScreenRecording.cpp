@@ -1,0 +1,101 @@
+#include "recording/TLVCaptureScreenRecording.h"
+
+#include <utility>
+
+#include "Foundation/NSNotificationCenter.h"
+#include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
+#include "UIKit/UIApplication.h"
+#include "front/TLVManager.h"
+#include "info/TLVConstants.h"
+#include "info/printTLV.h"
+#include "triggers/UIApplication+TopViewController.h"
+
+namespace tellvane {
+namespace {
+
+constexpr double kBitRate = 0.6;  // megabits of 1,048,576 bits a second
+constexpr long kFramesPerSecond = 30;
+constexpr char kInterfaceFile[] = "TLVSaveRecordingViewController";
+
+}  // namespace
+
+MethodList TLVCaptureScreenRecording::methods() {
+  return {{"captureScreenRecording", &TLVCaptureScreenRecording::captureScreenRecording},
+          {"handleAppBecameInActive", &TLVCaptureScreenRecording::handleAppBecameInActive},
+          {"stopRecording", &TLVCaptureScreenRecording::stopRecording},
+          {"isRecording", &TLVCaptureScreenRecording::isRecording},
+          {"stopRecordingAtDesiredTime:", &TLVCaptureScreenRecording::stopRecordingAtDesiredTime}};
+}
+
+const std::shared_ptr<TLVCaptureScreenRecording>& TLVCaptureScreenRecording::shared() {
+  static auto& instance = *new std::shared_ptr<TLVCaptureScreenRecording>([] {
+    auto controller = std::make_shared<TLVCaptureScreenRecording>();
+    NSNotificationCenter::defaultCenter()->addObserver(controller, "handleAppBecameInActive",
+                                                       UIApplicationDidEnterBackgroundNotification, nullptr);
+    return controller;
+  }());
+  return instance;
+}
+
+std::shared_ptr<TLVScreenRecorder> TLVCaptureScreenRecording::screenRecorder() const {
+  MutexLock lock(mutex_);
+  return screenRecorder_;
+}
+
+bool TLVCaptureScreenRecording::isRecording() const {
+  const auto recorder = screenRecorder();
+  return recorder && recorder->isRecording();
+}
+
+void TLVCaptureScreenRecording::captureScreenRecording() {
+  // Two recorders would be answered by one permission, and only one of them would ever be stopped.
+  if (std::exchange(starting_, true)) return;
+  const bool microphone = TLVManager::shared()->getRecordWithMicrophoneEnabled();
+  const auto recorder = std::make_shared<TLVScreenRecorder>(kBitRate, kFramesPerSecond, microphone);
+  {
+    auto earlier = recorder;  // goes after the lock
+    MutexLock lock(mutex_);
+    screenRecorder_.swap(earlier);
+  }
+  recorder->setDelegate(shared_from_this());
+  recorder->startTLVScreenRecording([self = sharedAs<TLVCaptureScreenRecording>()](bool success) {
+    self->starting_ = false;
+    if (success) printTLV("Screen recording started");
+  });
+}
+
+void TLVCaptureScreenRecording::stopRecording() {
+  const auto recorder = screenRecorder();
+  if (!recorder || !recorder->isRecording()) return;
+  recorder->stopTLVRecordingWithCompletion(
+      [self = sharedAs<TLVCaptureScreenRecording>(), recorder](std::optional<std::string> localIdentifier) {
+        self->recordingEnded(recorder, localIdentifier);
+      });
+}
+
+void TLVCaptureScreenRecording::recordingEnded(const std::shared_ptr<TLVScreenRecorder>& recorder,
+                                               const std::optional<std::string>& localIdentifier) {
+  printTLV("Screen recording ended");
+  {
+    MutexLock lock(mutex_);
+    // By now the next recording may have been started.
+    if (screenRecorder_ == recorder) screenRecorder_ = nullptr;
+  }
+  if (!localIdentifier) return;
+  const auto screen =
+      std::make_shared<TLVSaveRecordingViewController>(*localIdentifier, kInterfaceFile, TLV_BUNDLE());
+  const auto window = UIApplication::sharedApplication()->keyWindow();
+  const auto top = topViewController(window ? window->rootViewController() : nullptr);
+  if (top) top->presentViewController(screen, true);
+}
+
+void TLVCaptureScreenRecording::stopRecordingAtDesiredTime(double seconds) {
+  if (TLV_RECORDING_TIME_SEC < seconds) stopRecording();
+}
+
+void TLVCaptureScreenRecording::handleAppBecameInActive() {
+  printTLV("App went to background");
+  stopRecording();
+}
+
+}  // namespace tellvane

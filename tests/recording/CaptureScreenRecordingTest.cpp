@@ -1,0 +1,193 @@
+#include "recording/TLVCaptureScreenRecording.h"
+
+#include <gtest/gtest.h>
+
+#include "AVFoundation/Microphone.h"
+#include "Device/PermissionPrompt.h"
+#include "DeviceClock/Clock.h"
+#include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
+#include "UIKit/UIApplication.h"
+#include "front/Tellvane.h"
+#include "support/MovieProbe.h"
+#include "support/TestPhone.h"
+#include "triggers/UIApplication+TopViewController.h"
+
+namespace tellvane {
+namespace {
+
+using testing_support::Console;
+using testing_support::MovieProbe;
+using testing_support::TestPhone;
+
+/// A phone on which the library runs in debug mode and may use the photo library.
+class SessionPhone : public TestPhone {
+ public:
+  explicit SessionPhone(bool microphone = false) {
+    device().setPermission("photos", Permission::authorized);
+    show();
+    Tellvane::instantiateSDK(true, microphone);
+    runFor(2.5);
+  }
+
+  void startThroughTheSheet() const {
+    device().input().shake();
+    runFor(1);
+    EXPECT_TRUE(tapText("Capture Screen Recording"));
+    runFor(0.1);
+  }
+  static bool isRecording() { return TLVCaptureScreenRecording::shared()->isRecording(); }
+  static std::shared_ptr<TLVSaveRecordingViewController> confirmation() {
+    return std::dynamic_pointer_cast<TLVSaveRecordingViewController>(topViewController());
+  }
+  std::vector<std::filesystem::path> movies() const {
+    std::vector<std::filesystem::path> found;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder() / "Media/DCIM/100TLVNE", error)) {
+      if (entry.path().extension() == ".MOV") found.push_back(entry.path());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+  }
+};
+
+TEST(RecordingSession, GoesFromTriggerToTriggerToTheConfirmationScreen) {
+  SessionPhone phone;
+  EXPECT_FALSE(phone.isRecording());
+  Console console;
+  phone.startThroughTheSheet();
+  EXPECT_TRUE(phone.isRecording());
+  phone.runFor(2);
+  phone.tap({180, 300}, 3);
+  EXPECT_FALSE(phone.isRecording());
+  phone.runFor(1);
+  EXPECT_EQ(
+      "<TLV Log> : Capture Screen recording selected\n<TLV Log> : Screen recording started\n"
+      "<TLV Log> : Screen recording ended\n",
+      console.text().substr(console.text().find("<TLV Log> : Capture")));
+  ASSERT_TRUE(phone.confirmation());
+  ASSERT_EQ(1u, phone.movies().size());
+  EXPECT_NEAR(2, MovieProbe(phone.movies()[0]).times('v').back(), 0.5);
+
+  phone.device().input().shake();
+  phone.runFor(1);
+  EXPECT_FALSE(phone.shows("Options")) << "no trigger is announced over the confirmation screen";
+}
+
+TEST(RecordingSession, EndsWithTheFirstFramePastThirtySeconds) {
+  SessionPhone phone;
+  phone.startThroughTheSheet();
+  const auto session = TLVCaptureScreenRecording::shared();
+  send(*session, "stopRecordingAtDesiredTime:", 30.0);
+  EXPECT_TRUE(phone.isRecording());
+  phone.runFor(29.5);
+  EXPECT_TRUE(phone.isRecording());
+  phone.runFor(2);
+  EXPECT_FALSE(phone.isRecording());
+  ASSERT_EQ(1u, phone.movies().size());
+  const auto times = MovieProbe(phone.movies()[0]).times('v');
+  EXPECT_GE(times.back(), 30.0);
+  EXPECT_LE(times.back(), 30.034);
+  EXPECT_NEAR(901, times.size(), 1);
+  EXPECT_TRUE(phone.confirmation());
+}
+
+TEST(RecordingSession, EndsInTheBackgroundAndAsksWhenTheHostIsBack) {
+  SessionPhone phone;
+  const auto application = UIApplication::sharedApplication();
+  TLVCaptureScreenRecording::shared();
+  Console console;
+  application->moveToBackground("home");
+  phone.runFor(1);
+  application->moveToForeground();
+  phone.runFor(1);
+  EXPECT_EQ("<TLV Log> : App went to background\n", console.text());
+
+  phone.startThroughTheSheet();
+  phone.runFor(1);
+  application->moveToBackground("home");
+  EXPECT_FALSE(phone.isRecording());
+  phone.runFor(3);
+  application->moveToForeground();
+  phone.runFor(1);
+  EXPECT_TRUE(phone.confirmation());
+  EXPECT_EQ(2, console.count("<TLV Log> : App went to background"));
+  EXPECT_EQ(1u, phone.movies().size());
+}
+
+TEST(RecordingSession, TheNextOneMayStartWhileTheLastIsBeingSaved) {
+  SessionPhone phone;
+  const auto session = TLVCaptureScreenRecording::shared();
+  phone.startThroughTheSheet();
+  phone.runFor(1);
+  Console console;
+  session->stopRecording();
+  session->captureScreenRecording();
+  EXPECT_TRUE(phone.isRecording());
+  phone.runFor(2);
+  EXPECT_EQ(1, console.count("<TLV Log> : Screen recording ended"));
+  EXPECT_TRUE(phone.isRecording()) << "the end of the first is not that of the second";
+  session->stopRecording();
+  session->stopRecording();
+  phone.runFor(1);
+  EXPECT_EQ(2, console.count("<TLV Log> : Screen recording ended"));
+  const auto movies = phone.movies();
+  ASSERT_EQ(2u, movies.size());
+  EXPECT_NEAR(1, MovieProbe(movies[0]).times('v').back(), 0.2);
+  EXPECT_NEAR(2, MovieProbe(movies[1]).times('v').back(), 0.2);
+}
+
+TEST(RecordingSession, IsStartedOnceWhileTheUserIsAskedForTheMicrophone) {
+  std::vector<std::function<void(bool)>> questions;
+  setPermissionPresenter([&](const PermissionQuestion&, std::function<void(bool)> answer) {
+    questions.push_back(std::move(answer));
+  });
+  Microphone::shared().setSound(Microphone::Tone{});
+  SessionPhone phone(true);
+  phone.startThroughTheSheet();
+  EXPECT_FALSE(phone.isRecording());
+  phone.startThroughTheSheet();
+  ASSERT_EQ(1u, questions.size());
+  Console console;
+  questions[0](true);
+  phone.runFor(1);
+  EXPECT_EQ(1, console.count("<TLV Log> : Screen recording started"));
+  EXPECT_TRUE(phone.isRecording());
+
+  // The switch is read at each start.
+  TLVCaptureScreenRecording::shared()->stopRecording();
+  phone.runFor(1);
+  topViewController()->dismissViewControllerAnimated(false);
+  phone.runFor(1);
+  Tellvane::instantiateSDK(true, false);
+  phone.startThroughTheSheet();
+  phone.runFor(1);
+  TLVCaptureScreenRecording::shared()->stopRecording();
+  phone.runFor(1);
+  ASSERT_EQ(2u, phone.movies().size());
+  EXPECT_EQ("aac", MovieProbe(phone.movies()[0]).fact('a', "codec_name"));
+  EXPECT_EQ("", MovieProbe(phone.movies()[1]).fact('a', "codec_name"));
+}
+
+TEST(RecordingSession, WithoutAControllerKeepsTheMovieAndShowsNothing) {
+  SessionPhone phone;
+  phone.startThroughTheSheet();
+  phone.runFor(1);
+  UIApplication::sharedApplication()->keyWindow()->setRootViewController(nullptr);
+  TLVCaptureScreenRecording::shared()->stopRecording();
+  phone.runFor(1);
+  EXPECT_EQ(1u, phone.movies().size());
+  EXPECT_TRUE(phone.texts().empty());
+}
+
+// In production mode a trigger has no effect, not even on a recording.
+TEST(RecordingSession, IsOutOfReachOfTriggersInProductionMode) {
+  SessionPhone phone;
+  phone.startThroughTheSheet();
+  Tellvane::instantiateSDK(false, false);
+  phone.device().input().shake();
+  phone.runFor(1);
+  EXPECT_TRUE(phone.isRecording());
+}
+
+}  // namespace
+}  // namespace tellvane
