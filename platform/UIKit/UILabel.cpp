@@ -24,37 +24,42 @@ UILabel::UILabel(CGRect frame)
 void UILabel::setText(std::string text) {
   text_ = std::move(text);
   attributedText_ = nullptr;
-  setNeedsDisplay();
+  contentChanged();
 }
 
 void UILabel::setAttributedText(std::shared_ptr<NSAttributedString> text) {
   attributedText_ = std::move(text);
   text_ = attributedText_ ? attributedText_->string() : std::string();
-  setNeedsDisplay();
+  contentChanged();
 }
 
 void UILabel::setFont(std::shared_ptr<UIFont> font) {
   font_ = font ? std::move(font) : UIFont::systemFontOfSize(17);
-  setNeedsDisplay();
+  contentChanged();
 }
 
 void UILabel::setTextColor(std::shared_ptr<UIColor> color) {
   textColor_ = color ? std::move(color) : UIColor::blackColor();
-  setNeedsDisplay();
+  contentChanged();
 }
 
 void UILabel::setTextAlignment(TextAlignment alignment) {
   alignment_ = alignment;
-  setNeedsDisplay();
+  contentChanged();
 }
 
 void UILabel::setNumberOfLines(int lines) {
   numberOfLines_ = std::max(0, lines);
-  setNeedsDisplay();
+  contentChanged();
 }
 
 void UILabel::setMinimumScaleFactor(CGFloat factor) {
   minimumScaleFactor_ = std::clamp(factor, 0.0, 1.0);
+  contentChanged();
+}
+
+void UILabel::contentChanged() {
+  drawn_ = nullptr;
   setNeedsDisplay();
 }
 
@@ -95,27 +100,34 @@ std::unique_ptr<TextLayout> UILabel::layout(CGFloat scale) const {
   return layout;
 }
 
+std::unique_ptr<TextLayout> UILabel::fittingLayout() const {
+  auto fitting = layout(1);
+  if (minimumScaleFactor_ <= 0 || !fitting->truncated()) return fitting;
+  CGFloat tooLarge = 1, scale = minimumScaleFactor_;
+  fitting = layout(scale);
+  constexpr int kSteps = 5;
+  for (int i = 0; i < kSteps && !fitting->truncated(); ++i) {
+    const CGFloat middle = (scale + tooLarge) / 2;
+    auto larger = layout(middle);
+    if (larger->truncated()) {
+      tooLarge = middle;
+    } else {
+      scale = middle;
+      fitting = std::move(larger);
+    }
+  }
+  return fitting;
+}
+
 void UILabel::drawRect(const CGRect&) {
   const CGRect box = bounds();
   const CGContextRef context = UIGraphicsGetCurrentContext();
   if (!context || text_.empty() || CGRectIsEmpty(box)) return;
-  auto fitting = layout(1);
-  if (minimumScaleFactor_ > 0 && fitting->truncated()) {
-    CGFloat tooLarge = 1, scale = minimumScaleFactor_;
-    fitting = layout(scale);
-    constexpr int kSteps = 5;
-    for (int i = 0; i < kSteps && !fitting->truncated(); ++i) {
-      const CGFloat middle = (scale + tooLarge) / 2;
-      auto larger = layout(middle);
-      if (larger->truncated()) {
-        tooLarge = middle;
-      } else {
-        scale = middle;
-        fitting = std::move(larger);
-      }
-    }
+  if (!drawn_ || drawnSize_ != box.size) {
+    drawn_ = fittingLayout();
+    drawnSize_ = box.size;
   }
-  fitting->draw(context, {box.minX(), box.midY() - fitting->size().height / 2});
+  drawn_->draw(context, {box.minX(), box.midY() - drawn_->size().height / 2});
 }
 
 std::string UILabel::accessibilityLabel() const {

@@ -34,6 +34,9 @@ class UILabel : public Subclass<UILabel, UIView> {
   std::vector<TextRun> runs(CGFloat scale) const;
   /// The text at `scale`, in the bounds, with no more lines than fit there.
   std::unique_ptr<TextLayout> layout(CGFloat scale) const;
+  /// The text at the scale it is drawn at.
+  std::unique_ptr<TextLayout> fittingLayout() const;
+  void contentChanged();
   std::string text_;
   std::shared_ptr<NSAttributedString> attributedText_;
   std::shared_ptr<UIFont> font_;
@@ -41,6 +44,9 @@ class UILabel : public Subclass<UILabel, UIView> {
   TextAlignment alignment_ = TextAlignment::natural;
   int numberOfLines_ = 1;
   CGFloat minimumScaleFactor_ = 0;
+  // Shaping text costs far more than drawing it, and a label that is scrolled about stays as it is.
+  std::unique_ptr<TextLayout> drawn_;
+  CGSize drawnSize_;
 };
 
 }  // namespace ios
