@@ -15,7 +15,7 @@
 
 using namespace ios;
 
-BenchmarkPhone::BenchmarkPhone() {
+BenchmarkPhone::BenchmarkPhone(Time time) {
   std::string name = (std::filesystem::temp_directory_path() / "benchmark-XXXXXX").string();
   folder_ = ::mkdtemp(name.data());
   const auto bundle = folder_ / "Applications" / "com.example.benchmark";
@@ -25,10 +25,12 @@ BenchmarkPhone::BenchmarkPhone() {
       << PropertyList(
              NSDictionary{{"CFBundleIdentifier", "com.example.benchmark"}, {"CFBundleName", "Benchmark"}})
              .xml();
-  Clock::shared().useVirtualTime();
+  if (time == Time::virtual_) Clock::shared().useVirtualTime();
   DeviceSettings settings;
   settings.profile = "iPhone 6";
   Device::start({.root = folder_, .mainBundle = bundle, .bundleIdentifier = {}, .settings = settings});
+  Device::current().setPermission("photos", Permission::authorized);
+  Device::current().setPermission("microphone", Permission::authorized);
   UIApplication::sharedApplication()->launch(std::make_shared<UIApplicationDelegate>());
 
   const auto root = std::make_shared<UIViewController>();
@@ -43,6 +45,11 @@ BenchmarkPhone::BenchmarkPhone() {
   window_->setRootViewController(root);
   window_->makeKeyAndVisible();
   Clock::shared().runFor(std::chrono::seconds(1));
+}
+
+BenchmarkPhone& BenchmarkPhone::shared() {
+  static BenchmarkPhone phone;
+  return phone;
 }
 
 BenchmarkPhone::~BenchmarkPhone() {

@@ -13,11 +13,6 @@ namespace {
 
 using namespace ios;
 
-BenchmarkPhone& phone() {
-  static BenchmarkPhone phone;
-  return phone;
-}
-
 std::shared_ptr<UIImage> draw() {
   const auto window = UIApplication::sharedApplication()->keyWindow();
   UIGraphicsBeginImageContextWithOptions(window->bounds().size, false, 0);
@@ -28,19 +23,19 @@ std::shared_ptr<UIImage> draw() {
 }
 
 void saveCurrentScreenshot(benchmark::State& state) {
-  phone();
+  BenchmarkPhone::shared();
   for (auto _ : state) tellvane::CaptureScreenshot::shared()->saveCurrentScreenshot();
 }
 BENCHMARK(saveCurrentScreenshot)->Name("still/save")->Unit(benchmark::kMicrosecond);
 
 void drawAlone(benchmark::State& state) {
-  phone();
+  BenchmarkPhone::shared();
   for (auto _ : state) benchmark::DoNotOptimize(draw());
 }
 BENCHMARK(drawAlone)->Name("still/draw")->Unit(benchmark::kMicrosecond);
 
 void encodeAlone(benchmark::State& state) {
-  phone();
+  BenchmarkPhone::shared();
   const auto image = draw()->CGImageValue();
   const tjhandle encoder = tjInitCompress();
   const auto width = static_cast<int>(image->width()), height = static_cast<int>(image->height());
