@@ -26,7 +26,8 @@ namespace {
 constexpr int kControlDescriptor = 3;
 constexpr int kPatienceMilliseconds = 120'000;
 
-std::vector<std::string> environmentFor(const ios::InstalledApplication& application) {
+std::vector<std::string> environmentFor(const ios::InstalledApplication& application,
+                                        const std::string& sound) {
   std::vector<std::string> variables;
   for (char** entry = environ; *entry; ++entry) {
     const std::string_view variable = *entry;
@@ -36,6 +37,7 @@ std::vector<std::string> environmentFor(const ios::InstalledApplication& applica
   variables.push_back("IOS_DEVICE=" + ios::Device::current().root().string());
   variables.push_back("IOS_BUNDLE=" + application.bundle.string());
   variables.push_back("IOS_CONTROL=" + std::to_string(kControlDescriptor));
+  variables.push_back("IOS_MICROPHONE=" + sound);
   const ios::Clock& clock = ios::Clock::shared();
   if (clock.isVirtual()) {
     variables.push_back("IOS_VIRTUAL_TIME=" + std::to_string(clock.now().time_since_epoch().count()) + " " +
@@ -61,7 +63,8 @@ struct SpawnActions {
 
 std::unique_ptr<AppProcess> AppProcess::start(const ios::InstalledApplication& application,
                                               const std::map<std::string, std::string>& arguments,
-                                              Console& console, std::string& problem) {
+                                              const std::string& sound, Console& console,
+                                              std::string& problem) {
   int control[2], output[2];
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, control) != 0) {
     problem = std::string("no control channel: ") + std::strerror(errno);
@@ -80,7 +83,7 @@ std::unique_ptr<AppProcess> AppProcess::start(const ios::InstalledApplication& a
     words.push_back("-" + key);
     words.push_back(value);
   }
-  std::vector<std::string> variables = environmentFor(application);
+  std::vector<std::string> variables = environmentFor(application, sound);
   SpawnActions spawn;
   // In this order: the output's end may be the very descriptor that the control channel takes.
   posix_spawn_file_actions_adddup2(&spawn.actions, output[1], STDOUT_FILENO);

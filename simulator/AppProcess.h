@@ -18,11 +18,12 @@ namespace simulator {
 /// with this object at the latest. Main thread.
 class AppProcess {
  public:
-  /// Starts the application with `arguments` in the environment that a device's process expects. Empty when
-  /// it could not be started, or ended before it answered; `problem` says why.
+  /// Starts the application with `arguments` in the environment that a device's process expects, its
+  /// microphone hearing `sound`. Empty when it could not be started, or ended before it answered; `problem`
+  /// says why.
   static std::unique_ptr<AppProcess> start(const ios::InstalledApplication& application,
                                            const std::map<std::string, std::string>& arguments,
-                                           Console& console, std::string& problem);
+                                           const std::string& sound, Console& console, std::string& problem);
   ~AppProcess();
   AppProcess(const AppProcess&) = delete;
 

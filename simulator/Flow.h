@@ -47,6 +47,7 @@ struct LaunchApp {
   bool stopApp = true;
   std::map<std::string, ios::Permission> permissions = {};  // by service
   std::map<std::string, std::string> arguments = {};
+  std::string sound = "silence";  // what the microphone hears, as IOS_MICROPHONE says it
 };
 struct StopApp {
   std::string appId;

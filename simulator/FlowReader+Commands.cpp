@@ -78,11 +78,12 @@ Action FlowReader::launchApp(const YamlValue& value) {
   if (value.isNull()) return result;
   if (value.node().IsScalar()) return LaunchApp{.appId = pattern(value).text()};
   for (const auto& [key, field] :
-       value.members({"appId", "clearState", "permissions", "arguments", "stopApp"})) {
+       value.members({"appId", "clearState", "permissions", "arguments", "sound", "stopApp"})) {
     if (key == "appId") result.appId = pattern(field).text();
     if (key == "clearState") result.clearState = field.boolean();
     if (key == "stopApp") result.stopApp = field.boolean();
     if (key == "permissions") result.permissions = permissions(field);
+    if (key == "sound") result.sound = field.text();
     if (key != "arguments") continue;
     for (const auto& [name, argument] : field.members()) result.arguments[name] = argument.text();
   }

@@ -77,7 +77,7 @@ FlowRunner::Problem FlowRunner::perform(const LaunchApp& command) {
     if (Problem problem = phone_.clearState(command.appId); !problem.empty()) return problem;
   }
   phone_.setPermissions(command.appId, command.permissions);
-  return phone_.launch(command.appId, command.arguments);
+  return phone_.launch(command.appId, command.arguments, command.sound);
 }
 
 FlowRunner::Problem FlowRunner::perform(const StopApp& command) {

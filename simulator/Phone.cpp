@@ -81,8 +81,8 @@ std::string Phone::uninstall(const std::string& identifier) {
   return description(Device::current().applications().uninstall(identifier));
 }
 
-std::string Phone::launch(const std::string& identifier,
-                          const std::map<std::string, std::string>& arguments) {
+std::string Phone::launch(const std::string& identifier, const std::map<std::string, std::string>& arguments,
+                          const std::string& sound) {
   const auto application = Device::current().applications().withIdentifier(identifier);
   if (!application) {
     std::string installed;
@@ -93,7 +93,7 @@ std::string Phone::launch(const std::string& identifier,
   if (std::string problem = stop(); !problem.empty()) return problem;
   console_.beginSearchHere();
   std::string problem;
-  app_ = AppProcess::start(*application, arguments, console_, problem);
+  app_ = AppProcess::start(*application, arguments, sound, console_, problem);
   timeMoved_();
   if (!app_) return problem;
   front_ = appsFront_ = identifier;

@@ -40,7 +40,9 @@ class Phone {
   std::string uninstall(const std::string& identifier);
   /// Every bundle of the catalog.
   std::string installAll();
-  std::string launch(const std::string& identifier, const std::map<std::string, std::string>& arguments);
+  /// `sound` is what the application's microphone hears, as IOS_MICROPHONE says it.
+  std::string launch(const std::string& identifier, const std::map<std::string, std::string>& arguments,
+                     const std::string& sound = "silence");
   void bringToFront();
   std::string stop();
   /// Identifier of the application that runs; empty when there is none.

@@ -43,7 +43,7 @@ void pictures(const std::vector<Command>& commands, std::vector<std::string>& na
 std::error_code prepare(const fs::path& out, const Flow& flow) {
   std::error_code error;
   fs::create_directories(out, error);
-  std::vector<std::string> names = {"device", "inbox", "console.log"};
+  std::vector<std::string> names = {"device", "inbox", "DCIM", "console.log"};
   pictures(flow.commands, names);
   for (const std::string& name : names) {
     if (!error) fs::remove_all(out / name, error);
@@ -51,12 +51,20 @@ std::error_code prepare(const fs::path& out, const Flow& flow) {
   return error;
 }
 
-std::string copyInbox(const fs::path& device, const fs::path& out) {
-  const fs::path inbox = device / "Containers" / kCompanionIdentifier / "Documents" / "inbox";
-  std::error_code error;
-  if (!fs::is_directory(inbox, error)) return {};
-  fs::copy(inbox, out / "inbox", fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
-  return error ? "could not copy the inbox: " + error.message() : "";
+/// Copies what a person wants to look at out of the device: the companion's inbox, the photo library's
+/// movies.
+std::string copyResults(const fs::path& device, const fs::path& out) {
+  const std::pair<fs::path, const char*> folders[] = {
+      {device / "Containers" / kCompanionIdentifier / "Documents" / "inbox", "inbox"},
+      {device / "Media" / "DCIM", "DCIM"},
+  };
+  for (const auto& [folder, name] : folders) {
+    std::error_code error;
+    if (!fs::is_directory(folder, error)) continue;
+    fs::copy(folder, out / name, fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
+    if (error) return "could not copy " + std::string(name) + ": " + error.message();
+  }
+  return {};
 }
 
 /// The tour, of this folder or of the source tree that the executable was built in.
@@ -99,7 +107,7 @@ int run(const CommandLine& line, const fs::path& executable) {
   const bool played = FlowRunner(phone, console, transcript, out).play(flow->commands, problem);
   const std::string ending = phone.stop();
   transcript.flushConsole();
-  if (const std::string lost = copyInbox(options.folder, out); !lost.empty())
+  if (const std::string lost = copyResults(options.folder, out); !lost.empty())
     return complain(lost, kStepFailed);
   if (!played) return complain(problem, kStepFailed);
   if (!ending.empty()) return complain(line.flow.string() + ": " + ending, kStepFailed);
@@ -114,7 +122,8 @@ int main(int argc, char** argv) {
   CommandLine line;
   CLI::App app("Plays a flow on a simulated phone.");
   app.add_option("flow", line.flow, "the flow's file; the tour of the still image without one");
-  app.add_option("--out", line.out, "folder for pictures, console, inbox and device; out/<flow> without it");
+  app.add_option("--out", line.out,
+                 "folder for pictures, console, inbox, movies and device; out/<flow> without it");
   app.add_option("--profile", line.profile, "the phone: \"iPhone 6\"");
   app.add_option("--language", line.language, "the user's language: \"de-AT\"");
   app.add_flag("--real-time", line.realTime, "let time pass as on the wall");
