@@ -92,21 +92,22 @@ DatabaseFailure damage(const std::string& text) {
 
 /// Makes the tables of a new library and looks an old one over.
 DatabaseResult prepare(Database& database, const MediaFolder& folder) {
-  for (const char* setting :
-       {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL", "PRAGMA foreign_keys = ON"}) {
-    if (auto problem = database.run(kOpen, setting)) return problem;
-  }
   std::vector<Database::Row> rows;
   if (auto problem = database.run(
           kOpen, "SELECT user_version, (SELECT count(*) FROM sqlite_master) FROM pragma_user_version", {},
           &rows))
     return problem;
   const std::int64_t version = integerAt(rows.at(0), 0);
-  if (version == 0 && integerAt(rows.at(0), 1) == 0) return makeTables(database, folder);
+  const bool isNew = version == 0 && integerAt(rows.at(0), 1) == 0;
   if (version > kVersion)
     return DatabaseFailure{1, kOpen, "it was made by a newer system, version " + std::to_string(version)};
-  if (version != kVersion) return damage("it is something else");
-
+  if (version != kVersion && !isNew) return damage("it is something else");
+  // Not earlier: the first of them changes the file.
+  for (const char* setting :
+       {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL", "PRAGMA foreign_keys = ON"}) {
+    if (auto problem = database.run(kOpen, setting)) return problem;
+  }
+  if (isNew) return makeTables(database, folder);
   rows.clear();
   if (auto problem = database.run(kOpen, "PRAGMA quick_check(1)", {}, &rows)) return problem;
   if (const std::string said = rows.empty() ? "" : textAt(rows[0], 0); said != "ok") return damage(said);
@@ -154,6 +155,9 @@ bool Library::isStillThere() const {
 }
 
 Library::Failure Library::open() {
+  if (closed_)
+    return std::make_shared<NSError>(PHPhotosErrorDomain, PHPhotosErrorInternalError,
+                                     "the process is ending");
   if (database_ && isStillThere()) return nullptr;
   database_.reset();
   if (const auto problem = createFolder(folder_.movies())) return failureOf(*problem);

@@ -49,7 +49,8 @@ class Library {
   const MediaFolder folder_;
   const dispatch_queue_t queue_, completionQueue_;
   LibraryReader reader_;
-  Mutex mutex_;  // held by `queue()`'s blocks, and when the process ends
+  Mutex mutex_;                                 // held by `queue()`'s blocks, and when the process ends
+  bool closed_ IOS_GUARDED_BY(mutex_) = false;  // the process is ending
   std::unique_ptr<Database> database_ IOS_GUARDED_BY(mutex_);
   dev_t device_ IOS_GUARDED_BY(mutex_) = 0;
   ino_t inode_ IOS_GUARDED_BY(mutex_) = 0;

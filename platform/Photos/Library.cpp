@@ -75,6 +75,7 @@ void Library::close() {
   // The last to close folds the write-ahead log into the file, which a reader cannot.
   reader_.close();
   MutexLock lock(mutex_);
+  closed_ = true;
   database_.reset();
 }
 
