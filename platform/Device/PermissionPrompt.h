@@ -13,8 +13,8 @@ struct PermissionQuestion {
 };
 
 /// Who shows such questions: called on the main thread, one question at a time; must call `answer` once, at
-/// any later time and on any thread. Without one, whoever has not been asked yet is refused, and nothing is
-/// written down.
+/// any later time and on any thread. `UIApplicationMain` sets one that shows alerts. Without one, whoever has
+/// not been asked yet is refused, and nothing is written down.
 using PermissionPresenter =
     std::function<void(const PermissionQuestion& question, std::function<void(bool granted)> answer)>;
 void setPermissionPresenter(PermissionPresenter presenter);

@@ -82,7 +82,7 @@ std::shared_ptr<UIImage> UIApplication::displayImage() {
   next.size = screen->bounds().size;
   next.scale = screen->scale();
   next.time = clockText();
-  for (const auto& window : windows()) {
+  for (const auto& window : windowsOnScreen()) {
     const UIView::Shown shown = window->shown();
     if (auto image = window->backing_->image(*window, true)) {
       next.parts.push_back({std::move(image), shown.center, shown.bounds, shown.alpha, shown.transform});

@@ -16,7 +16,7 @@ bool hasLeft(const UITouch& touch) {
 }  // namespace
 
 void UIApplication::receiveTouches(const std::vector<TouchSample>& samples) {
-  if (state_ == UIApplicationState::background || covered_) return;
+  if (state_ == UIApplicationState::background) return;
   const auto self = sharedApplication();
   auto event = std::make_shared<UIEvent>(UIEventType::touches, UIEventSubtype::none);
   for (const auto& [finger, touch] : fingers_) touch->phase_ = UITouchPhase::stationary;
@@ -58,8 +58,9 @@ void UIApplication::receiveTouches(const std::vector<TouchSample>& samples) {
 
 std::shared_ptr<UITouch> UIApplication::touchAt(CGPoint location,
                                                 const std::shared_ptr<UIEvent>& event) const {
-  const auto visible = windows();
+  const auto visible = windowsOnScreen();
   for (auto window = visible.rbegin(); window != visible.rend(); ++window) {
+    if (covered_ && !(*window)->ofSystem_) continue;
     (*window)->layoutIfNeeded();
     const auto view = (*window)->hitTest((*window)->pointFromSuperview(location), event);
     if (!view) continue;

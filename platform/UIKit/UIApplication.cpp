@@ -5,6 +5,7 @@
 #include "Device/Device.h"
 #include "DeviceClock/Clock.h"
 #include "Foundation/NSNotificationCenter.h"
+#include "UIKit/PermissionAlert+Private.h"
 #include "UIKit/UIDevice.h"
 #include "UIKit/UIScreen.h"
 
@@ -32,6 +33,12 @@ const std::shared_ptr<UIApplication>& UIApplication::sharedApplication() {
 // --- Windows ---
 
 std::vector<std::shared_ptr<UIWindow>> UIApplication::windows() const {
+  auto visible = windowsOnScreen();
+  std::erase_if(visible, [](const auto& window) { return window->ofSystem_; });
+  return visible;
+}
+
+std::vector<std::shared_ptr<UIWindow>> UIApplication::windowsOnScreen() const {
   std::vector<std::shared_ptr<UIWindow>> visible;
   for (const auto& reference : windows_) {
     if (auto window = reference.lock(); window && !window->isHidden()) visible.push_back(std::move(window));
@@ -121,6 +128,10 @@ void UIApplication::setCovered(bool covered) {
   } else if (state_ == UIApplicationState::inactive) {
     becomeActive();
   }
+}
+
+void UIApplication::showPermissionAlerts() {
+  setPermissionPresenter(&PermissionAlert::show);
 }
 
 void UIApplication::terminate() {

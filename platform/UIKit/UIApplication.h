@@ -58,8 +58,10 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
   static const std::shared_ptr<UIApplication>& sharedApplication();
 
   std::shared_ptr<UIWindow> keyWindow() const { return keyWindow_.lock(); }
-  /// The visible windows, from back to front.
+  /// The application's visible windows, from back to front.
   std::vector<std::shared_ptr<UIWindow>> windows() const;
+  /// The same, and those in which the system shows its prompts.
+  std::vector<std::shared_ptr<UIWindow>> windowsOnScreen() const;
   /// Any thread.
   UIApplicationState applicationState() const { return state_; }
   const std::shared_ptr<UIApplicationDelegate>& delegate() const { return delegate_; }
@@ -85,10 +87,14 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
   /// To the background: inactive first, then background. `front` says what the display shows instead.
   void moveToBackground(const std::string& front);
   void moveToForeground();
-  /// A system prompt covers the application, or has gone: inactive, active again.
+  /// A system prompt covers the application, or has gone: inactive, active again. Touches reach the prompt
+  /// alone.
   void setCovered(bool covered);
   /// Tells the delegate and the observers, once; ending the process is the caller's.
   void terminate();
+  /// From now on the user is asked for permissions by alerts over the application; until then whoever was not
+  /// asked before is refused.
+  void showPermissionAlerts();
   bool isTerminated() const { return terminated_; }
   /// What is in front: this application's bundle identifier, another's, a page's URL, or "home".
   const std::string& front() const { return front_; }

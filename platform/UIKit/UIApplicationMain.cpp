@@ -49,6 +49,7 @@ int UIApplicationMain(int argc, char** argv, std::shared_ptr<UIApplicationDelega
   (void)argv;
   Device::current();  // the clock must be chosen before anything is scheduled
   UIApplication& application = *UIApplication::sharedApplication();
+  application.showPermissionAlerts();
   application.launch(std::move(delegate));
   if (const char* text = std::getenv("IOS_OPEN_URL")) {
     const auto url = NSURL::URLWithString(text);

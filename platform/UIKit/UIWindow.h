@@ -9,6 +9,10 @@ namespace ios {
 class BackingStore;
 class GestureArbiter;
 
+inline constexpr CGFloat UIWindowLevelNormal = 0;
+inline constexpr CGFloat UIWindowLevelStatusBar = 1000;
+inline constexpr CGFloat UIWindowLevelAlert = 2000;
+
 /// A window: the root of a view tree. It keeps its rendering, which the display, the still image and
 /// recorders share; drawing a window in which nothing changed is one copy. The application holds windows
 /// weakly: a window shows as long as its owner holds it.
@@ -39,13 +43,15 @@ class UIWindow : public Subclass<UIWindow, UIView> {
   friend class UIView;
   friend class UIApplication;
   friend class UIGestureRecognizer;
+  friend class PermissionAlert;
   friend class ViewRenderer;
   void markDirty();
   /// The display lays out what asked for it at its next refresh.
   void layoutAtNextRefresh();
 
   std::shared_ptr<UIViewController> root_;
-  CGFloat level_ = 0;
+  CGFloat level_ = UIWindowLevelNormal;
+  bool ofSystem_ = false;  // over the application, which does not know of it
   bool layoutIsScheduled_ = false;
   std::unique_ptr<BackingStore> backing_;
   std::unique_ptr<GestureArbiter> arbiter_;

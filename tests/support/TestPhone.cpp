@@ -40,7 +40,7 @@ void collect(const std::shared_ptr<UIView>& view, std::vector<Element>& elements
 
 std::vector<Element> elementsOnScreen() {
   std::vector<Element> elements;
-  for (const auto& window : UIApplication::sharedApplication()->windows()) {
+  for (const auto& window : UIApplication::sharedApplication()->windowsOnScreen()) {
     window->layoutIfNeeded();
     collect(window, elements);
   }

@@ -70,7 +70,7 @@ class Survey {
 
 std::vector<VisibleElement> visibleElements(const UIApplication& application) {
   Survey survey;
-  for (const auto& window : application.windows()) survey.visitWindow(*window);
+  for (const auto& window : application.windowsOnScreen()) survey.visitWindow(*window);
   return survey.result();
 }
 
