@@ -24,6 +24,7 @@ MethodList UIView::methods() {
   return {{"setNeedsLayout", &UIView::setNeedsLayout},
           {"setNeedsDisplay", &UIView::setNeedsDisplay},
           {"layoutIfNeeded", &UIView::layoutIfNeeded},
+          {"drawViewHierarchyInRect:afterScreenUpdates:", &UIView::drawViewHierarchyInRectAfterScreenUpdates},
           {"removeFromSuperview", &UIView::removeFromSuperview}};
 }
 

@@ -4,6 +4,8 @@
 
 #include "CoreGraphics/CGImage.h"
 #include "UIKit/UIColor.h"
+#include "UIKit/UINavigationController.h"
+#include "UIKit/UITabBarController.h"
 #include "support/TestPhone.h"
 
 using namespace tellvane;
@@ -104,6 +106,25 @@ TEST(Screenshot, WaitsForPendingChangesAndReplacesTheEarlierImage) {
   grabber->saveCurrentScreenshot();
   const auto second = grabber->getSavedScreenshot();
   EXPECT_NE(first->bytes(), second->bytes()) << "a change of this very turn is in the image";
+}
+
+// A phone that has just been turned has yet to lay out its screens.
+TEST(Screenshot, OfATurnedScreenIsLaidOutForIt) {
+  TestPhone phone;
+  const auto tabs = std::make_shared<UITabBarController>();
+  const auto screen = std::make_shared<UIViewController>();
+  screen->view()->setBackgroundColor(UIColor::colorWithHex(0x3366CC));
+  tabs->setViewControllers({UINavigationController::withRootViewController(screen)});
+  phone.show(tabs);
+  phone.runFor(1);
+  phone.device().changeSettings([](DeviceSettings& settings) { settings.orientation = 3; });
+
+  CaptureScreenshot::shared()->saveCurrentScreenshot();
+  const auto turned = CaptureScreenshot::shared()->getSavedScreenshot();
+  phone.runFor(1);
+  CaptureScreenshot::shared()->saveCurrentScreenshot();
+  ASSERT_TRUE(turned);
+  EXPECT_TRUE(CaptureScreenshot::shared()->getSavedScreenshot()->bytes() == turned->bytes());
 }
 
 TEST(Screenshot, StaysWhenThereIsNothingToCapture) {
