@@ -1,3 +1,4 @@
+#include "Foundation/NSRunLoop.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIGraphics.h"
 #include "info/printTLV.h"
@@ -7,6 +8,11 @@
 namespace tellvane {
 
 void TLVScreenRecorder::writeVideoFrame() {
+  if (!isRecording_ && videoWriter_ && videoWriter_->status() == AVAssetWriterStatusFailed) {
+    // The start failed, so nobody will stop this recorder; it would tick, and live, for ever.
+    displayLink_->removeFromRunLoop(NSRunLoop::mainRunLoop(), NSRunLoopCommonModes);
+    return;
+  }
   if (dispatch_semaphore_wait(frameRenderingSemaphore_, DISPATCH_TIME_NOW) != 0) return;
   dispatch_async(render_queue_, [self = sharedAs<TLVScreenRecorder>()] {
     self->renderFrame();
@@ -17,16 +23,17 @@ void TLVScreenRecorder::writeVideoFrame() {
 void TLVScreenRecorder::renderFrame() {
   if (!videoWriterInput_ || !videoWriterInput_->isReadyForMoreMediaData()) return;
 
+  const double timestamp = displayLink_->timestamp();  // once: the next tick may be on its way
   std::vector<double> pauses;
   CMTime origin;
   {
     MutexLock lock(sharedFields_);
-    if (pauseResumeTimeRanges_.size() % 2 != 0) pauseResumeTimeRanges_.push_back(displayLink_->timestamp());
+    if (pauseResumeTimeRanges_.size() % 2 != 0) pauseResumeTimeRanges_.push_back(timestamp);
     pauses = pauseResumeTimeRanges_;
     origin = firstAudioTimeStamp_;
   }
-  if (!firstTimeStamp_) firstTimeStamp_ = displayLink_->timestamp();
-  const double elapsed = elapsedTime(displayLink_->timestamp(), *firstTimeStamp_, pauses, desiredFPS_);
+  if (!firstTimeStamp_) firstTimeStamp_ = timestamp;
+  const double elapsed = elapsedTime(timestamp, *firstTimeStamp_, pauses, desiredFPS_);
   const CMTime time = presentationTime(origin, elapsed);
 
   CVPixelBufferRef pixelBuffer;

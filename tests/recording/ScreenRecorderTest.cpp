@@ -256,6 +256,7 @@ TEST(ScreenRecorder, AMovieThatCannotBeRemovedEndsTheStart) {
   EXPECT_EQ(0u, phone.frames()->backgrounds());
   EXPECT_EQ(0, phone.stop());
   EXPECT_TRUE(std::filesystem::exists(phone.temporaryMovie()));
+  EXPECT_EQ(1, phone.recorder().use_count()) << "its display link keeps it alive for ever";
   setDiskFault(nullptr);
 }
 
