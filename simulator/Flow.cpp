@@ -91,6 +91,9 @@ struct InWords {
     return c.types.empty() ? "the pasteboard is empty"
                            : "the pasteboard holds one item of " + listed(c.types);
   }
+  std::string operator()(const AssertMovies& c) const {
+    return "the photo library has " + std::to_string(c.count) + (c.count == 1 ? " movie" : " movies");
+  }
   std::string operator()(const Repeat& c) const { return "repeat " + times(c.times); }
   std::string operator()(const RunFlow& c) const { return "play " + c.file; }
 };

@@ -102,6 +102,9 @@ struct AssertLog {
 struct AssertPasteboard {
   std::vector<std::string> types;  // in order of name; none: the pasteboard is empty
 };
+struct AssertMovies {
+  int count = 0;  // in the photo library
+};
 struct Repeat {
   int times = 1;
   std::vector<Command> commands;
@@ -113,7 +116,7 @@ struct RunFlow {
 
 using Action = std::variant<LaunchApp, StopApp, TapOn, Swipe, PressKey, Shake, AssertVisible, Wait,
                             TakeScreenshot, SetPermissions, SetOrientation, OpenLink, InstallApp,
-                            UninstallApp, AssertLog, AssertPasteboard, Repeat, RunFlow>;
+                            UninstallApp, AssertLog, AssertPasteboard, AssertMovies, Repeat, RunFlow>;
 
 struct Command {
   std::string name;  // as in the file

@@ -49,6 +49,7 @@ class FlowReader {
   Action assertLog(const YamlValue& value) { return AssertLog{pattern(value)}; }
   Action assertNoLog(const YamlValue& value) { return AssertLog{pattern(value), false}; }
   Action assertPasteboard(const YamlValue& value);
+  Action assertMovies(const YamlValue& value) { return AssertMovies{value.integer(0, 10'000)}; }
   Action repeat(const YamlValue& value);
   Action runFlow(const YamlValue& value);
 

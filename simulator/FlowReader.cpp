@@ -31,6 +31,7 @@ const std::map<std::string, FlowReader::Reader>& FlowReader::readers() {
       {"assertLog", &FlowReader::assertLog},
       {"assertNoLog", &FlowReader::assertNoLog},
       {"assertPasteboard", &FlowReader::assertPasteboard},
+      {"assertMovies", &FlowReader::assertMovies},
       {"repeat", &FlowReader::repeat},
       {"runFlow", &FlowReader::runFlow},
   };

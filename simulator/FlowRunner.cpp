@@ -200,6 +200,18 @@ FlowRunner::Problem FlowRunner::perform(const AssertPasteboard& command) {
          listed(types);
 }
 
+FlowRunner::Problem FlowRunner::perform(const AssertMovies& command) {
+  std::vector<std::string> movies;
+  std::error_code error;
+  const auto folder = ios::Device::current().root() / "Media" / "DCIM" / "100TLVNE";
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    if (entry.path().extension() == ".MOV") movies.push_back(entry.path().filename().string());
+  }
+  std::sort(movies.begin(), movies.end());
+  if (movies.size() == static_cast<std::size_t>(command.count)) return {};
+  return "expected " + std::to_string(command.count) + " in the photo library; there: " + listed(movies);
+}
+
 std::optional<ios::VisibleElement> FlowRunner::choose(const std::vector<ios::VisibleElement>& elements,
                                                       const TextPattern& text) {
   const ios::VisibleElement* best = nullptr;

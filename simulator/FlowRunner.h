@@ -41,6 +41,7 @@ class FlowRunner {
   Problem perform(const UninstallApp& command);
   Problem perform(const AssertLog& command);
   Problem perform(const AssertPasteboard& command);
+  Problem perform(const AssertMovies& command);
   bool playGroup(const Command& command, const std::vector<Command>& commands, int times,
                  std::string& problem);
 

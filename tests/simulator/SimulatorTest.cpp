@@ -106,6 +106,8 @@ TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
        "f.yaml:4: assertNotVisible: expected no \"Groceries\""},
       {"- launchApp\n- assertLog: a word\n",
        "f.yaml:4: assertLog: expected the line \"a word\" on the console"},
+      {"- assertMovies: 1\n",
+       "f.yaml:3: assertMovies: expected 1 in the photo library; there: nothing"},
       {"- assertPasteboard: [x]\n",
        "f.yaml:3: assertPasteboard: expected one item of \"x\" on the pasteboard; there: 0"},
       {"- uninstallApp: com.example.notes\n- launchApp\n",
