@@ -9,6 +9,24 @@
 # ios_NAME_headers is the include root alone; ios_NAME adds the platform's one shared image.
 include_guard()
 
+# check_headers compiles each header that others may include alone and included twice, seeing no more than its users do.
+add_custom_target(check_headers)
+
+# ios_check_headers(NAME LIBRARIES HEADERS...): adds headers to it, as "#include" has them, with what LIBRARIES let see.
+function(ios_check_headers name libraries)
+  list(FILTER ARGN EXCLUDE REGEX "\\+Private\\.h$")
+  set(sources)
+  foreach(header IN LISTS ARGN)
+    set(source ${PROJECT_BINARY_DIR}/headers/${header}.cpp)
+    file(CONFIGURE OUTPUT ${source} CONTENT "#include \"${header}\"\n#include \"${header}\"\n" @ONLY)
+    list(APPEND sources ${source})
+  endforeach()
+  add_library(check_${name}_headers OBJECT EXCLUDE_FROM_ALL ${sources})
+  target_link_libraries(check_${name}_headers PRIVATE ${libraries})
+  target_compile_options(check_${name}_headers PRIVATE -Werror -O0 -g0)
+  add_dependencies(check_headers check_${name}_headers)
+endfunction()
+
 function(ios_framework name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINKS;USES;THIRD_PARTY" ${ARGN})
   set(root ${PROJECT_BINARY_DIR}/include/${name})
@@ -28,6 +46,9 @@ function(ios_framework name)
 
   add_library(ios_${name} INTERFACE)
   target_link_libraries(ios_${name} INTERFACE ios_${name}_headers ios)
+
+  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${root} ${root}/${name}/*.h ${root}/${name}/Automation/*.h)
+  ios_check_headers(${name} ios_${name}_headers ${headers})
 
   set_property(GLOBAL APPEND PROPERTY IOS_FRAMEWORKS ${name})
   set_property(GLOBAL APPEND PROPERTY IOS_THIRD_PARTY ${arg_THIRD_PARTY})
