@@ -15,6 +15,7 @@ class SettingsScreen : public ScreenController {
     addBackLink(0x1877D2);
     add(makeLabel("Settings", CGRectMake(20, 64, size.width - 40, 40), 30, 700, 0x1C1C1E));
     CGFloat y = 120;
+    Device::current().reloadSettings();  // the applications write down what they were answered
     const DeviceSettings& settings = Device::current().settings();
     for (const InstalledApplication& application : Device::current().applications().all()) {
       add(makeLabel(displayName(application), CGRectMake(20, y, size.width - 40, 24), 14, 600, 0x6D6D72));
