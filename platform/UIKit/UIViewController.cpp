@@ -1,7 +1,9 @@
 #include "UIKit/UIViewController.h"
 
+#include "Device/Device.h"
 #include "Dispatch/Queue.h"
 #include "UIKit/PresentationController+Private.h"
+#include "UIKit/UINib.h"
 #include "UIKit/UIScreen.h"
 #include "UIKit/UIWindow.h"
 
@@ -11,7 +13,8 @@ UIViewController::UIViewController(std::optional<std::string> nibName, std::shar
     : nibName_(std::move(nibName)), bundle_(std::move(bundle)) {}
 
 MethodList UIViewController::methods() {
-  return {{"loadView", &UIViewController::loadView},
+  return {{"setView:", &UIViewController::setView},
+          {"loadView", &UIViewController::loadView},
           {"viewDidLoad", &UIViewController::viewDidLoad},
           {"viewWillAppear:", &UIViewController::viewWillAppear},
           {"viewDidAppear:", &UIViewController::viewDidAppear},
@@ -24,7 +27,7 @@ const std::shared_ptr<UIView>& UIViewController::view() {
   assertMainThread("UIViewController view");
   if (!view_) {
     loadView();
-    if (!view_) UIViewController::loadView();
+    if (!view_) loadPlainView();
     viewDidLoad();
   }
   return view_;
@@ -37,6 +40,16 @@ void UIViewController::setView(std::shared_ptr<UIView> view) {
 }
 
 void UIViewController::loadView() {
+  if (nibName_) {
+    UINib::nibWithNibName(*nibName_, bundle_)->instantiateWithOwner(shared_from_this());
+    if (view_) return;
+    deviceLog("the interface file " + *nibName_ + ".xib gives <" + className() +
+              "> no view; it gets a plain one");
+  }
+  loadPlainView();
+}
+
+void UIViewController::loadPlainView() {
   auto view = std::make_shared<UIView>(UIScreen::mainScreen()->bounds());
   view->setAutoresizingMask(UIViewAutoresizingFlexibleWidth | UIViewAutoresizingFlexibleHeight);
   setView(std::move(view));

@@ -25,8 +25,9 @@ enum class UIModalPresentationStyle : long { fullScreen = 0, pageSheet = 1, form
 class UIViewController : public Subclass<UIViewController, UIResponder> {
  public:
   UIViewController() = default;
-  /// The names of the interface file are kept for `loadView`, whose default makes a plain view for every
-  /// controller.
+  /// `loadView` takes the view from the interface file of that name in `bundle` (the main bundle without
+  /// one), which connects its outlet "view" to it. Without a name, or when the file gives no view, it makes a
+  /// plain one.
   UIViewController(std::optional<std::string> nibName, std::shared_ptr<NSBundle> bundle);
   static MethodList methods();
 
@@ -109,6 +110,7 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   std::shared_ptr<UIViewController> outermost();
   /// Why `controller` cannot be presented here now; empty if it can.
   std::string refusal(const std::shared_ptr<UIViewController>& controller);
+  void loadPlainView();
   /// The view came into a window or left it by other means than a transition of a container or a
   /// presentation.
   void viewMovedToWindow();

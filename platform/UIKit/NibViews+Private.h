@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "UIKit/NibDocument+Private.h"
+#include "UIKit/UIControl.h"
+#include "UIKit/UILabel.h"
+
+namespace ios {
+
+/// What one reading of an interface file makes and meets.
+struct NibReading {
+  /// The text under a key of the user's language, given what the document says.
+  std::function<std::string(const std::string& key, const std::string& base)> localized;
+  std::function<std::shared_ptr<UIImage>(const std::string& name)> image;
+  std::function<void(const std::string& problem)> report;
+
+  std::map<std::string, id> objects;  // by the document's identifiers
+  struct Connections {
+    id source;
+    const NibElement* list;  // its `<connections>`
+  };
+  std::vector<Connections> connections;  // in the document's order
+};
+
+/// "<label id="a-b">", as messages name an element.
+std::string described(const NibElement& element);
+
+/// The view that an element stands for, with those inside it; empty, reported, when it stands for none.
+std::shared_ptr<UIView> makeNibView(const NibElement& element, NibReading& reading);
+
+/// A `<color>`; empty, reported, when it is none that is known.
+std::shared_ptr<UIColor> nibColor(const NibElement& element, NibReading& reading);
+/// A `<fontDescription>`; empty, reported, when the machine has no such font.
+std::shared_ptr<UIFont> nibFont(const NibElement& element, NibReading& reading);
+
+}  // namespace ios
