@@ -1,6 +1,6 @@
 # What an install prefix holds:
 #   lib/libios.so                  the platform
-#   lib/Tellvane.framework/        the library, shared, with its Info.plist and texts
+#   lib/Tellvane.framework/        the library, shared, with its Info.plist, interface file and texts
 #   lib/libTellvane.so, .a         the same binary by its linker name, and the static library
 #   include/Tellvane, include/ios  the public headers
 #   lib/cmake/Tellvane, lib/pkgconfig
@@ -12,7 +12,7 @@ install(TARGETS ios LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS tellvane_static ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS tellvane_shared LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/Tellvane.framework)
 install(DIRECTORY ${PROJECT_BINARY_DIR}/Frameworks/Tellvane.framework DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  FILES_MATCHING PATTERN Info.plist PATTERN "*.strings")
+  FILES_MATCHING PATTERN Info.plist PATTERN "*.strings" PATTERN "*.xib")
 file(CREATE_LINK Tellvane.framework/Tellvane ${PROJECT_BINARY_DIR}/libTellvane.so SYMBOLIC)
 install(FILES ${PROJECT_BINARY_DIR}/libTellvane.so DESTINATION ${CMAKE_INSTALL_LIBDIR})
 

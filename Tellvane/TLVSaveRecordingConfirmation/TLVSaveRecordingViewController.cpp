@@ -1,12 +1,30 @@
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
 
 #include "Foundation/NSNotificationCenter.h"
+#include "ObjectiveC/Programming.h"
+#include "TLVSaveRecordingConfirmation/SaveRecordingQuestion.h"
+#include "info/TLVConstants.h"
 #include "info/TLVNotifications.h"
+#include "media/TLVPhotoAlbum.h"
 
 namespace tellvane {
+namespace {
+
+constexpr double kTextSize = 17.0;
+
+/// Nothing, so that the label's own font stays, where the system has none of that name.
+NSAttributes fontAttributes(const char* name) {
+  const auto font = UIFont::fontWithNameSize(name, kTextSize);
+  return font ? NSAttributes{{NSFontAttributeName, font}} : NSAttributes{};
+}
+
+}  // namespace
 
 MethodList TLVSaveRecordingViewController::methods() {
-  return {{"saveVideo:", &TLVSaveRecordingViewController::saveVideo}};
+  return {{"setPlayerView:", &TLVSaveRecordingViewController::setPlayerView},
+          {"setInfoLabel:", &TLVSaveRecordingViewController::setInfoLabel},
+          {"saveVideo:", &TLVSaveRecordingViewController::saveVideo},
+          {"deleteVideo:", &TLVSaveRecordingViewController::deleteVideo}};
 }
 
 TLVSaveRecordingViewController::TLVSaveRecordingViewController(std::string assetId,
@@ -20,9 +38,46 @@ TLVSaveRecordingViewController::TLVSaveRecordingViewController(std::optional<std
                                                                std::shared_ptr<NSBundle> bundle)
     : Subclass(std::move(nibName), std::move(bundle)) {}
 
+TLVSaveRecordingViewController::TLVSaveRecordingViewController(const NSKeyedUnarchiver&) {
+  programmingError("init(coder:) has not been implemented");
+}
+
+void TLVSaveRecordingViewController::viewDidLoad() {
+  UIViewController::viewDidLoad();
+  const auto label = infoLabel();
+  if (!label) return;
+  const SaveRecordingQuestion question = saveRecordingQuestion(TLV_TITILE, APP_NAME());
+  const auto text =
+      std::make_shared<NSMutableAttributedString>(question.text, fontAttributes("HelveticaNeue"));
+  for (const NSRange& range : question.emphasised)
+    text->addAttributes(fontAttributes("HelveticaNeue-Medium"), range);
+  label->setAttributedText(text);
+}
+
+void TLVSaveRecordingViewController::viewDidAppear(bool animated) {
+  UIViewController::viewDidAppear(animated);
+  addVideoViewInChildViewController();
+}
+
+void TLVSaveRecordingViewController::didReceiveMemoryWarning() {
+  UIViewController::didReceiveMemoryWarning();
+}
+
+std::string TLVSaveRecordingViewController::getVideoAssetUrlFromLocalidentifier(
+    const std::string& identifier) {
+  return "assets-library://asset/asset.MP4?id=" + identifier.substr(0, identifier.find('/')) + "&ext=MP4";
+}
+
+void TLVSaveRecordingViewController::addVideoViewInChildViewController() {}
+
 void TLVSaveRecordingViewController::saveVideo(const id&) {
   NSNotificationCenter::defaultCenter()->postNotificationName(TLV_SCREEN_RECORD, nullptr,
                                                               NSDictionary{{"assetId", assetId_}});
+  dismissViewControllerAnimated(true);
+}
+
+void TLVSaveRecordingViewController::deleteVideo(const id&) {
+  TLVPhotoAlbum::deleteFromPhotoAlbum(assetId_);
   dismissViewControllerAnimated(true);
 }
 
