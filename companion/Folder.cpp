@@ -2,7 +2,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -43,6 +45,18 @@ int writeAll(int file, std::span<const std::uint8_t> bytes) {
     bytes = bytes.subspan(static_cast<std::size_t>(written));
   }
   return 0;
+}
+
+/// From where both files stand, to the end.
+int copyAll(int from, int to) {
+  ios::Bytes buffer(1 << 18);
+  for (;;) {
+    const ssize_t count = ::read(from, buffer.data(), buffer.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return errno;
+    if (count == 0) return 0;
+    if (const int code = writeAll(to, {buffer.data(), static_cast<std::size_t>(count)})) return code;
+  }
 }
 
 /// Opens a file for reading if it is one; a pipe of that name does not make the caller wait.
@@ -157,6 +171,25 @@ std::optional<FileError> Folder::write(const std::string& name, std::span<const 
   if (code == 0) code = writeAll(file.get(), bytes);
   if (code == 0 && ::fsync(file.get()) != 0) code = errno;
   if (const int late = file.close(); code == 0) code = late;
+  if (code == 0) return std::nullopt;
+  ::unlinkat(descriptor_, name.c_str(), 0);
+  return failure("write", name, code);
+}
+
+std::optional<FileError> Folder::copyIn(const std::filesystem::path& source, const std::string& name,
+                                        std::uintmax_t& bytes) const {
+  struct stat status {};
+  const Descriptor from = openFile(AT_FDCWD, source.string(), status);
+  if (!from.valid()) return FileError{ENOENT, "read", source};
+  if (const int code = fault("create", name)) return failure("create", name, code);
+  Descriptor to(
+      ::openat(descriptor_, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+  if (!to.valid()) return failure("create", name, errno);
+  int code = fault("write", name);
+  if (code == 0 && ::ioctl(to.get(), FICLONE, from.get()) != 0) code = copyAll(from.get(), to.get());
+  if (code == 0 && (::fsync(to.get()) != 0 || ::fstat(to.get(), &status) != 0)) code = errno;
+  if (const int late = to.close(); code == 0) code = late;
+  bytes = static_cast<std::uintmax_t>(status.st_size);
   if (code == 0) return std::nullopt;
   ::unlinkat(descriptor_, name.c_str(), 0);
   return failure("write", name, code);

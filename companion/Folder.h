@@ -50,6 +50,11 @@ class Folder {
   /// A new file, synced; its name must not be taken. After a failure there is none.
   [[nodiscard]] std::optional<FileError> write(const std::string& name,
                                                std::span<const std::uint8_t> bytes) const;
+  /// Copies `source`, which is a file and no link to one, to a new file, synced, sharing its blocks where the
+  /// disk can; the new name must not be taken. After a failure there is none; its operation is "read" when
+  /// `source` cannot be had. `bytes` is how many there are.
+  [[nodiscard]] std::optional<FileError> copyIn(const std::filesystem::path& source, const std::string& name,
+                                                std::uintmax_t& bytes) const;
   /// The file as readers see it is the old one or the new one, whole.
   [[nodiscard]] std::optional<FileError> replace(const std::string& name,
                                                  std::span<const std::uint8_t> bytes) const;

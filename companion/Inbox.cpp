@@ -20,6 +20,7 @@ const std::string kIndex = "index.html";
 const std::string kRecordFile = "record.json";
 const std::string kReceivedFile = "received.json";
 const std::string kImageFile = "image.jpg";
+const std::string kMovieFile = "movie.mov";
 const std::string kItemFolder = "item";
 
 constexpr std::size_t kMostOfAJson = 1 << 20;
@@ -59,12 +60,13 @@ std::vector<ReportName> reportsIn(const Folder& inbox) {
 }
 
 InboxEntry entryOf(const Folder& inbox, const ReportName& name) {
-  InboxEntry entry{name, std::nullopt, false};
+  InboxEntry entry{name, std::nullopt, false, false};
   FileError unreadable;
   const auto folder = inbox.open(name.text(), unreadable);
   if (!folder) return entry;
   if (const auto json = folder->read(kRecordFile, kMostOfAJson)) entry.record = readRecordJson(*json);
   entry.hasImage = folder->fileSize(kImageFile).has_value();
+  entry.hasMovie = folder->fileSize(kMovieFile).has_value();
   return entry;
 }
 
@@ -110,6 +112,15 @@ std::optional<FileError> writeReport(const Folder& folder, const Report& report,
     if (auto failed = folder.write(kImageFile, image)) return failed;
     files.push_back({kImageFile, image.size()});
   }
+  bool hasMovie = false;
+  if (report.movie) {
+    std::uintmax_t bytes = 0;
+    const auto failed = folder.copyIn(*report.movie, kMovieFile, bytes);
+    // It may have been deleted since it was found; the report goes without it then.
+    if (failed && failed->operation != "read") return failed;
+    hasMovie = !failed;
+    if (hasMovie) files.push_back({kMovieFile, bytes});
+  }
   if (auto failed = folder.make(kItemFolder)) return failed;
   const auto items = folder.open(kItemFolder, error);
   if (!items) return error;
@@ -118,7 +129,7 @@ std::optional<FileError> writeReport(const Folder& folder, const Report& report,
     files.push_back({kItemFolder + "/" + type, bytes.size()});
   }
   if (auto failed = items->sync()) return failed;
-  if (auto failed = folder.write(kIndex, bytesOf(reportPage(report, name, files)))) return failed;
+  if (auto failed = folder.write(kIndex, bytesOf(reportPage(report, name, files, hasMovie)))) return failed;
   return folder.sync();
 }
 
@@ -138,6 +149,10 @@ std::optional<FileError> place(const Folder& inbox, const Report& report, const 
   return failed;
 }
 
+Inbox::Filed filed(const Folder& inbox, const ReportName& name, bool already) {
+  return {name, already, entryOf(inbox, name).hasMovie, writeIndex(inbox)};
+}
+
 }  // namespace
 
 std::variant<Inbox::Filed, FileError> Inbox::file(const Report& report, std::chrono::sys_seconds received) {
@@ -152,11 +167,11 @@ std::variant<Inbox::Filed, FileError> Inbox::file(const Report& report, std::chr
   if (auto failed = sweep(*inbox)) return *failed;
 
   for (const ReportName& name : reportsIn(*inbox)) {
-    if (holds(*inbox, name, report)) return Filed{name, true, writeIndex(*inbox)};
+    if (holds(*inbox, name, report)) return filed(*inbox, name, true);
   }
   const ReportName name = freeName(*inbox, received);
   if (auto failed = place(*inbox, report, name)) return *failed;
-  return Filed{name, false, writeIndex(*inbox)};
+  return filed(*inbox, name, false);
 }
 
 std::optional<FileError> Inbox::tend() {

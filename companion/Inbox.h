@@ -18,6 +18,7 @@ namespace companion {
 ///     <report name>/          record.json   the record
 ///                             received.json when and how it came
 ///                             image.jpg     a still image's picture
+///                             movie.mov     a recording's movie
 ///                             item/<type>   each representation's bytes as received
 ///                             index.html    the report as a page
 ///
@@ -31,6 +32,8 @@ class Inbox {
     ReportName name;
     /// It was there before: the same item from the same change of the pasteboard.
     bool already = false;
+    /// The recording's movie is in the report.
+    bool hasMovie = false;
     /// The report is safe, but the index could not be brought up to date; it will be with the next report.
     std::optional<FileError> indexProblem;
   };

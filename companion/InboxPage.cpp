@@ -10,6 +10,10 @@ std::string thumbnail(const InboxEntry& entry) {
     return "<span class=\"thumb\"><img src=\"" + entry.name.text() +
            "/image.jpg\" alt=\"\" loading=\"lazy\"></span>";
   }
+  if (entry.hasMovie) {
+    return "<span class=\"thumb\"><video src=\"" + entry.name.text() +
+           "/movie.mov\" preload=\"metadata\" muted></video><span class=\"glyph\">▶</span></span>";
+  }
   const bool recording = entry.record && entry.record->contains("videoName");
   return std::string("<span class=\"thumb missing\"><span class=\"glyph\">") + (recording ? "▶" : "∅") +
          "</span></span>";

@@ -15,6 +15,7 @@ struct InboxEntry {
   /// Empty when record.json cannot be read.
   std::optional<Record> record;
   bool hasImage = false;
+  bool hasMovie = false;
 };
 
 /// The index page; `entries` are listed as they come, under a heading for each day.

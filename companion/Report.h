@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <span>
@@ -37,6 +38,8 @@ struct Report {
   std::map<std::string, ios::Bytes> representations;
   /// Of the JPEG image under `kImageType`, if there is one.
   std::optional<ImageSize> image;
+  /// A recording's movie in the device's photo library; empty when it is not there.
+  std::optional<std::filesystem::path> movie;
   /// The pasteboard's count of changes when the item was on it.
   std::int64_t changeCount = 0;
 };

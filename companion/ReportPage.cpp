@@ -35,12 +35,16 @@ std::string pixels(const ImageSize& size) {
   return std::to_string(size.width) + " × " + std::to_string(size.height) + " pixels";
 }
 
-std::string picture(const Report& report) {
+std::string picture(const Report& report, bool hasMovie) {
+  if (hasMovie) {
+    return "<figure class=\"picture\"><video src=\"movie.mov\" controls "
+           "preload=\"metadata\"></video></figure>\n";
+  }
   if (!report.image) {
     const bool recording = report.kind == ReportKind::recording;
     return std::string("<figure class=\"picture\"><div class=\"missing\"><span class=\"glyph\">") +
            (recording ? "▶" : "∅") + "</span><p>" +
-           (recording ? "The movie stayed in the device’s photo library; it was not taken."
+           (recording ? "The movie is not in the device’s photo library, so the report came without it."
                       : "No picture came with this report.") +
            "</p></div></figure>\n";
   }
@@ -70,7 +74,8 @@ std::string filesSection(const std::vector<ReportFile>& files) {
 
 }  // namespace
 
-std::string reportPage(const Report& report, const ReportName& name, const std::vector<ReportFile>& files) {
+std::string reportPage(const Report& report, const ReportName& name, const std::vector<ReportFile>& files,
+                       bool hasMovie) {
   const Record& record = report.record;
   const bool recording = report.kind == ReportKind::recording;
   const bool wide = report.image && report.image->width > report.image->height;
@@ -78,8 +83,8 @@ std::string reportPage(const Report& report, const ReportName& name, const std::
 
   std::string body = "<header class=\"bar\"><nav><a href=\"../index.html\">‹ Inbox</a></nav><span>" +
                      name.text() + "</span></header>\n";
-  body +=
-      std::string("<main class=\"report") + (wide ? " wide" : "") + "\">\n" + picture(report) + "<article>\n";
+  body += std::string("<main class=\"report") + (wide ? " wide" : "") + "\">\n" + picture(report, hasMovie) +
+          "<article>\n";
   body += std::string("<p class=\"eyebrow\">") + (recording ? "Screen recording" : "Still image") +
           "</p>\n<h1>" + (screenName.empty() ? "Unnamed screen" : shown(screenName)) + "</h1>\n" +
           lead(record);

@@ -55,10 +55,10 @@ h2 { font-size: .8125rem; font-weight: 600; color: var(--soft); margin: 0 0 .35r
 .picture { position: sticky; top: 2rem; }
 .wide .picture { position: static; }
 .picture a { display: block; }
-.picture img, .picture .missing {
+.picture img, .picture video, .picture .missing {
   width: 100%; height: auto; border-radius: 18px; background: var(--card); box-shadow: var(--shadow);
 }
-.picture img { display: block; }
+.picture img, .picture video { display: block; max-height: 80vh; }
 .wide .picture img { width: auto; max-width: 100%; max-height: 32rem; }
 .missing {
   display: flex; flex-direction: column; align-items: center; justify-content: center; gap: 1rem;
@@ -88,6 +88,9 @@ td { overflow-wrap: anywhere; white-space: pre-wrap; }
   display: flex; align-items: center; justify-content: center; height: 15rem; padding: 1.1rem;
   background: var(--well); border-bottom: 1px solid var(--line);
 }
+.thumb { position: relative; }
+.thumb video { max-width: 100%; max-height: 100%; border-radius: 7px; }
+.thumb video + .glyph { position: absolute; font-size: 2rem; color: #fff; text-shadow: 0 0 8px rgb(0 0 0 / 60%); }
 .thumb img { max-width: 100%; max-height: 100%; border-radius: 7px; box-shadow: 0 0 0 1px var(--line), 0 4px 14px -4px rgb(0 0 0 / 30%); }
 .words { display: flex; flex-direction: column; flex: 1; padding: .85rem 1rem 1rem; font-size: .875rem; color: var(--soft); }
 .words > strong, .words > span { overflow: hidden; overflow-wrap: anywhere; display: -webkit-box; -webkit-box-orient: vertical; -webkit-line-clamp: 2; }

@@ -10,6 +10,7 @@
 #include "Foundation/Print.h"
 #include "Handoff.h"
 #include "Inbox.h"
+#include "Photos/MovieFile.h"
 #include "Text.h"
 
 namespace companion {
@@ -40,7 +41,8 @@ int fileReport(Inbox& inbox, const Report& report) {
   const auto& filed = std::get<Inbox::Filed>(result);
   if (filed.indexProblem) complain("the index is out of date: " + filed.indexProblem->description());
   say((filed.already ? "already filed as " : "filed ") + filed.name.text());
-  if (report.kind == ReportKind::recording) say("the movie was not taken; it stays in the photo library");
+  if (report.kind == ReportKind::recording && !filed.hasMovie)
+    say("the movie is not in the photo library; the report is without it");
   return kFiled;
 }
 
@@ -48,7 +50,7 @@ int run() {
   ios::Device& device = ios::Device::current();
   const char* url = std::getenv("IOS_OPEN_URL");
   // The host clears the pasteboard soon, so it is read before anything else is done.
-  const Handoff handoff = url ? readHandoff(device.pasteboardFile()) : Refusal{"opened without a hand-off"};
+  Handoff handoff = url ? readHandoff(device.pasteboardFile()) : Refusal{"opened without a hand-off"};
 
   Inbox inbox(device.home());
   if (const auto failure = inbox.tend())
@@ -61,7 +63,10 @@ int run() {
     complain("refused: " + refusal->reason);
     return kRefused;
   }
-  return fileReport(inbox, std::get<Report>(handoff));
+  auto& report = std::get<Report>(handoff);
+  if (report.kind == ReportKind::recording)
+    report.movie = ios::movieFileOfAsset(device.root(), entry(report.record, "videoInPhotosAlbum"));
+  return fileReport(inbox, report);
 }
 
 }  // namespace

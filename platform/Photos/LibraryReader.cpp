@@ -91,7 +91,8 @@ std::optional<std::filesystem::path> LibraryReader::movie(const std::string& uui
   if (found.empty()) return std::nullopt;
   const std::filesystem::path file = folder_.movie(integerAt(found.front(), 0));
   std::error_code error;
-  if (!std::filesystem::is_regular_file(file, error)) return std::nullopt;
+  // A link would lead a reader who trusts the library elsewhere.
+  if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(file, error))) return std::nullopt;
   return file;
 }
 

@@ -19,8 +19,8 @@ TEST(Companion, KeepsEachKindOfHandOffAsItCame) {
   } rows[] = {
       {"image", "Tellvane: filed " + kReport + "\n"},
       {"record", "Tellvane: filed " + kReport + "\n"},
-      {"video",
-       "Tellvane: filed " + kReport + "\nTellvane: the movie was not taken; it stays in the photo library\n"},
+      {"video", "Tellvane: filed " + kReport +
+                    "\nTellvane: the movie is not in the photo library; the report is without it\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.kind);

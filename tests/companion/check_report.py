@@ -45,8 +45,8 @@ check(text.count("\n") == len(expected) + 2, "record.json is not one line an ent
 class Page(html.parser.HTMLParser):
     """Collects the texts of headings and cells, and refuses what a page of ours never has."""
     TAGS = {"html", "head", "meta", "title", "style", "body", "header", "nav", "main", "article", "section", "figure",
-            "a", "img", "h1", "h2", "p", "span", "bdi", "strong", "time", "table", "tr", "th", "td", "div", "ul", "li"}
-    LINK = re.compile(r"(\.\./)?[A-Za-z0-9:-]*/?(index\.html|record\.json|received\.json|image\.jpg|item/[A-Za-z]+)")
+            "a", "img", "video", "h1", "h2", "p", "span", "bdi", "strong", "time", "table", "tr", "th", "td", "div", "ul", "li"}
+    LINK = re.compile(r"(\.\./)?[A-Za-z0-9:-]*/?(index\.html|record\.json|received\.json|image\.jpg|movie\.mov|item/[A-Za-z]+)")
 
     def __init__(self):
         super().__init__()

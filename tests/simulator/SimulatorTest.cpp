@@ -95,6 +95,18 @@ END
   EXPECT_EQ(checked.status, 0) << checked.said;
 }
 
+TEST_F(Simulator, AsksTheUserTwiceAlike) {
+  const fs::path flow = fs::path(FLOWS) / "permissions.yaml";
+  const Outcome first = play(flow, "a"), second = play(flow, "b");
+  ASSERT_EQ(first.status, 0) << first.said;
+  ASSERT_EQ(second.status, 0) << second.said;
+  const Outcome difference = shell("diff -r " + (folder_ / "a").string() + " " + (folder_ / "b").string());
+  EXPECT_EQ(difference.status, 0) << difference.said;
+  const Outcome kept = shell("grep -A 6 com.example.notes " + (folder_ / "a/device/Settings.plist").string());
+  EXPECT_TRUE(kept.says("<key>microphone</key>\n\t\t\t<string>authorized</string>")) << kept.said;
+  EXPECT_TRUE(kept.says("<key>photos</key>\n\t\t\t<string>denied</string>")) << kept.said;
+}
+
 TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
   const struct {
     const char *commands, *complaint;
@@ -106,8 +118,7 @@ TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
        "f.yaml:4: assertNotVisible: expected no \"Groceries\""},
       {"- launchApp\n- assertLog: a word\n",
        "f.yaml:4: assertLog: expected the line \"a word\" on the console"},
-      {"- assertMovies: 1\n",
-       "f.yaml:3: assertMovies: expected 1 in the photo library; there: nothing"},
+      {"- assertMovies: 1\n", "f.yaml:3: assertMovies: expected 1 in the photo library; there: nothing"},
       {"- assertPasteboard: [x]\n",
        "f.yaml:3: assertPasteboard: expected one item of \"x\" on the pasteboard; there: 0"},
       {"- uninstallApp: com.example.notes\n- launchApp\n",

@@ -1,0 +1,15 @@
+#include "Photos/MovieFile.h"
+
+#include "Photos/Identifier+Private.h"
+#include "Photos/LibraryReader+Private.h"
+
+namespace ios {
+
+std::optional<std::filesystem::path> movieFileOfAsset(const std::filesystem::path& device,
+                                                      const std::string& localIdentifier) {
+  const auto uuid = photos::uuidOf(photos::Kind::asset, localIdentifier);
+  if (!uuid) return std::nullopt;
+  return photos::LibraryReader({device / "Media"}).movie(*uuid);
+}
+
+}  // namespace ios

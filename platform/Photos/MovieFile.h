@@ -1,0 +1,15 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace ios {
+
+/// The movie file of the asset with this local identifier in the photo library of the device at `device`.
+/// Empty for a text of any other form, and when there is no such asset, file or library. For a process that
+/// only reads: the library's folder stays as it is. Any thread.
+std::optional<std::filesystem::path> movieFileOfAsset(const std::filesystem::path& device,
+                                                      const std::string& localIdentifier);
+
+}  // namespace ios
