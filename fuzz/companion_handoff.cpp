@@ -65,8 +65,10 @@ void checkReport(const Report& report) {
   require(showsEverything(json), "record.json hides something");
   require(readRecordJson(bytesOf(json)) == report.record, "record.json says something else");
   require(readChangeCount(bytesOf(receivedJson(report, name))) == report.changeCount, "another count");
-  checkPage(reportPage(report, name, {{"record.json", json.size()}}));
-  checkPage(inboxPage({{name, report.record, report.image.has_value()}}));
+  for (const bool hasMovie : {false, true}) {
+    checkPage(reportPage(report, name, {{"record.json", json.size()}}, hasMovie));
+    checkPage(inboxPage({{name, report.record, report.image.has_value(), hasMovie}}));
+  }
 }
 
 }  // namespace
