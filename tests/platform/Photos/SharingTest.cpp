@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <set>
 #include <sstream>
 
@@ -31,6 +32,28 @@ TEST(PhotoLibrary, SeveralProcessesSaveAtOnce) {
   EXPECT_EQ(identifiers.size(), 40u);
   EXPECT_EQ(PHAsset::fetchAssetsInAssetCollection(*album, nullptr)->count(), 50u);
   gallery.expectWhole();
+}
+
+// All of them find the same damaged library at the same moment; the first new one must not be taken for it.
+TEST(PhotoLibrary, SeveralProcessesBeginANewOneTogether) {
+  const Gallery gallery;
+  for (int round = 1; round <= 5; ++round) {
+    std::filesystem::remove_all(gallery.media());
+    std::filesystem::create_directories(gallery.media());
+    std::ofstream(gallery.media() / "Photos.sqlite") << "no database at all";
+    std::vector<SavingProcess> processes;
+    for (int count = 0; count < 4; ++count) processes.emplace_back(gallery, 2);
+    std::set<std::string> identifiers;
+    for (SavingProcess& process : processes) {
+      const Ended ended = process.wait();
+      EXPECT_EQ(ended.status, 0) << ended.out;
+      std::istringstream lines(ended.out);
+      for (std::string line; std::getline(lines, line);) identifiers.insert(line);
+    }
+    EXPECT_EQ(identifiers.size(), 8u);
+    EXPECT_EQ(gallery.query("SELECT count(*) FROM asset; SELECT count(*) FROM membership"), "8\n8\n");
+    EXPECT_FALSE(std::filesystem::exists(gallery.media() / "Photos.sqlite.damaged-2"));
+  }
 }
 
 TEST(PhotoLibrary, TheSameFlowGivesTheSameBytes) {

@@ -33,6 +33,8 @@ TEST(AssetsLibraryURL, LeadsToTheMovieOfAnAssetAndNowhereElse) {
   }
   std::filesystem::remove(gallery.movie(1));
   EXPECT_EQ(movie(start + uuid + end), std::nullopt) << "the file is gone";
+  std::filesystem::create_symlink(gallery.sample(), gallery.movie(1));
+  EXPECT_EQ(movie(start + uuid + end), std::nullopt) << "a link has taken its place";
 }
 
 }  // namespace

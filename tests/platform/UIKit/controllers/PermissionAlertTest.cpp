@@ -129,6 +129,15 @@ TEST(PermissionAlert, OneQuestionFollowsTheOtherWithTheApplicationInactiveThroug
   EXPECT_EQ("active, may not record", taken(phone.witness->journal));
 }
 
+TEST(PermissionAlert, NoTouchReachesAnApplicationThatAnythingElseOfTheSystemCovers) {
+  Asking phone;
+  phone.application().setCovered(true);
+  taken(phone.witness->journal);
+  phone.tap({20, 40});
+  phone.runFor(1);
+  EXPECT_EQ("", taken(phone.witness->journal));
+}
+
 TEST(PermissionAlert, StaysUpWhileTheUserIsElsewhere) {
   Asking phone;
   phone.application().moveToBackground("home");
