@@ -8,6 +8,7 @@
 #include "Dispatch/Time.h"
 #include "Foundation/NSTimer.h"
 #include "UIKit/UIApplication.h"
+#include "UIKit/UIWindow.h"
 #include "info/TLVConstants.h"
 #include "info/printTLV.h"
 #include "triggers/GestureListeners.h"
@@ -18,12 +19,22 @@ namespace {
 // How soon a window that the host makes key gets the recognisers.
 constexpr double kReinstallationInterval = 10.0;
 
+// Selectors belong to instances here, so these stand for the class operations of the same names.
+void runOnMainThread(TLVManager&, const std::function<void()>& closure) {
+  TLVManager::runOnMainThread(closure);
+}
+void delay(TLVManager&, double seconds, const dispatch_queue_t& queue, const std::function<void()>& closure) {
+  TLVManager::delay(seconds, queue, closure);
+}
+
 }  // namespace
 
 MethodList TLVManager::methods() {
   return {{"captureScreen", &TLVManager::captureScreen},
           {"saveVideoRecordingAndOpenTLV:", &TLVManager::saveVideoRecordingAndOpenTLV},
-          {"isAppRedirectedtoTLV", &TLVManager::isAppRedirectedtoTLV}};
+          {"isAppRedirectedtoTLV", &TLVManager::isAppRedirectedtoTLV},
+          {"runOnMainThread:", &tellvane::runOnMainThread},
+          {"delay:queue:closure:", &tellvane::delay}};
 }
 
 const std::shared_ptr<TLVManager>& TLVManager::shared() {
@@ -76,7 +87,10 @@ void TLVManager::presentOwn(const std::shared_ptr<UIAlertController>& alert,
 bool TLVManager::isOwnAlertUp() const {
   return std::any_of(ownAlerts_.begin(), ownAlerts_.end(), [](const auto& known) {
     const auto alert = known.lock();
-    return alert && alert->presentingViewController();
+    if (!alert || !alert->presentingViewController()) return false;
+    // One that was left on a window which the host has put away is on no screen, and nobody could close it.
+    const auto window = alert->view()->window();
+    return window && !window->isHidden();
   });
 }
 

@@ -34,7 +34,7 @@ inline constexpr double TLV_RECORDING_TIME_SEC = 30.0;
 /// Bytes that a still image's JPEG should not exceed: 2 MiB.
 inline constexpr long TLV_SCREENSHOT_MAXSIZE = 2 * 1024 * 1024;
 
-// Computed values, built afresh by each call, from any thread but for DEVICE_RESOLUTION (main thread).
+// Computed values, built afresh by each call, from any thread.
 
 /// "iOS-1.2.7": short version and build of the library; "0" when either is missing.
 TLV_EXPORT std::string TLV_SDK_VERSION();

@@ -17,10 +17,14 @@ class GestureListeners : public Subclass<GestureListeners, NSObject> {
   static MethodList methods();
 
   /// The recognisers of the last installation; empty before the first.
-  const std::shared_ptr<UITapGestureRecognizer>& threeTapsGesture() const { return threeTapsGesture_; }
-  void setThreeTapsGesture(std::shared_ptr<UITapGestureRecognizer> recognizer);
-  const std::shared_ptr<UITapGestureRecognizer>& tripleTapGesture() const { return tripleTapGesture_; }
-  void setTripleTapGesture(std::shared_ptr<UITapGestureRecognizer> recognizer);
+  virtual const std::shared_ptr<UITapGestureRecognizer>& threeTapsGesture() const {
+    return threeTapsGesture_;
+  }
+  virtual void setThreeTapsGesture(std::shared_ptr<UITapGestureRecognizer> recognizer);
+  virtual const std::shared_ptr<UITapGestureRecognizer>& tripleTapGesture() const {
+    return tripleTapGesture_;
+  }
+  virtual void setTripleTapGesture(std::shared_ptr<UITapGestureRecognizer> recognizer);
 
   /// A trigger was made: announces it with the notification TLV_GESTURE_SUCCESS, unless the confirmation
   /// screen of a recording, or something that it presents, is on top. Observers run before this returns.

@@ -197,6 +197,11 @@ void Device::reloadSettings() {
   tellObservers();
 }
 
+std::string Device::osVersion() const {
+  MutexLock lock(mutex_);
+  return settings_.osVersion;
+}
+
 std::vector<std::string> Device::languages() const {
   MutexLock lock(mutex_);
   return settings_.languages;

@@ -57,6 +57,7 @@ class Device {
   std::filesystem::path home() const;
   std::filesystem::path pasteboardFile() const { return root_ / "Pasteboard" / "general.plist"; }
 
+  /// Main thread; what other threads need has an operation of its own below.
   const DeviceSettings& settings() const { return settings_; }
   /// Changes settings, and writes them down; a disk that refuses leaves them changed for this process, with a
   /// line on standard error. What another process wrote meanwhile is read first.
@@ -64,13 +65,14 @@ class Device {
   /// Reads Settings.plist again, after another process changed it. One that is damaged is set aside as
   /// Settings.plist.damaged.
   void reloadSettings();
+  std::string osVersion() const;  // any thread
   /// The user's languages, most preferred first. Any thread.
   std::vector<std::string> languages() const;
   Permission permission(const std::string& service) const;  // this process's application; any thread
   void setPermission(const std::string& service, Permission answer);
 
   const ScreenProfile& profile() const;  // any thread
-  /// The screen in points, as the device is held: sides swapped in landscape.
+  /// The screen in points, as the device is held: sides swapped in landscape. Any thread.
   CGSize screenSize() const;
   /// The hardware code that `uname` answers; tests may set another.
   std::string machine() const;  // any thread

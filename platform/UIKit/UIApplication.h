@@ -74,7 +74,7 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
   /// changes, when nobody does. Returns before the other has run.
   bool openURL(const NSURL& url);
 
-  /// Whether touches are ignored for now; counted.
+  /// Touches are ignored until each beginning has had its end.
   void beginIgnoringInteractionEvents() { ++ignoringInteraction_; }
   void endIgnoringInteractionEvents() { ignoringInteraction_ -= ignoringInteraction_ > 0; }
 

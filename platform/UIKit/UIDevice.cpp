@@ -14,7 +14,7 @@ const std::shared_ptr<UIDevice>& UIDevice::currentDevice() {
 }
 
 std::string UIDevice::systemVersion() const {
-  return Device::current().settings().osVersion;
+  return Device::current().osVersion();
 }
 
 std::string UIDevice::model() const {

@@ -22,6 +22,7 @@ enum class UIUserInterfaceIdiom : long { phone = 0, pad = 1 };
 inline const std::string UIDeviceOrientationDidChangeNotification =
     "UIDeviceOrientationDidChangeNotification";
 
+/// The device that the application runs on. Any thread, but for the orientation (main thread).
 class UIDevice : public Subclass<UIDevice, NSObject> {
  public:
   static MethodList methods();

@@ -188,6 +188,24 @@ TEST(CaptureMenu, AnyStormOfTriggersOpensOneSheet) {
   }
 }
 
+// A host may change windows under the sheet and keep the old one.
+TEST(CaptureMenu, OpensOnANewWindowWhenTheOldOneWasPutAwayWithItsSheet) {
+  TestPhone phone;
+  const auto old = startWith(phone, nullptr);
+  phone.tap(kMiddle, 3);
+  phone.runFor(1);
+  const auto first = sheetOnTop();
+  ASSERT_TRUE(first);
+  const auto next = phone.show();
+  old->setHidden(true);
+  phone.runFor(10);
+  phone.tap(kMiddle, 3);
+  phone.runFor(1);
+  ASSERT_TRUE(sheetOnTop());
+  EXPECT_NE(first, sheetOnTop());
+  EXPECT_EQ(next, sheetOnTop()->view()->window());
+}
+
 TEST(CaptureMenu, OpensWhileTheHostIsMidAnimation) {
   TestPhone phone;
   const auto root = std::make_shared<UIViewController>();
