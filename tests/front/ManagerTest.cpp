@@ -83,6 +83,17 @@ TEST(RunOnMainThread, RunsInlineThereAndWaitsFromElsewhere) {
   EXPECT_EQ(2, step);
 }
 
+TEST(RunOnMainThread, AndDelayAnswerToTheirSelectors) {
+  TestPhone phone;
+  std::string ran;
+  send(*TLVManager::shared(), "runOnMainThread:", std::function<void()>([&] { ran += "now "; }));
+  send(*TLVManager::shared(), "delay:queue:closure:", 1.5, dispatch_get_main_queue(),
+       std::function<void()>([&] { ran += std::to_string(phone.now()); }));
+  EXPECT_EQ("now ", ran);
+  phone.runFor(2);
+  EXPECT_EQ("now 1.500000", ran);
+}
+
 TEST(Delay, RunsOnceAtItsTimeAndNeverInsideTheCall) {
   TestPhone phone;
   const auto queue = dispatch_queue_create("delayed");
