@@ -1,0 +1,96 @@
+#include "AVFoundation/MovieReader+Private.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace ios {
+namespace {
+
+const std::string kOpen = "open the movie";
+const std::string kRead = "read the movie";
+const std::string kDecode = "decode the movie";
+
+}  // namespace
+
+std::unique_ptr<MovieReader> MovieReader::open(const std::filesystem::path& path, AVMediaType kind,
+                                               MediaFailure& failure) {
+  ffmpeg::keepQuiet();
+  std::unique_ptr<MovieReader> reader(new MovieReader);
+  AVFormatContext* input = nullptr;
+  AVDictionary* options = nullptr;
+  av_dict_set(&options, "protocol_whitelist", "file", 0);
+  const int opened =
+      avformat_open_input(&input, ("file:" + path.string()).c_str(), av_find_input_format("mov"), &options);
+  av_dict_free(&options);
+  if ((failure = failed(kOpen, opened))) return nullptr;
+  reader->input_.reset(input);
+
+  const AVCodec* codec = nullptr;
+  reader->stream_ = av_find_best_stream(input, kind, -1, -1, &codec, 0);
+  if ((failure = failed(kOpen, reader->stream_))) return nullptr;
+  for (unsigned i = 0; i < input->nb_streams; ++i) {
+    input->streams[i]->discard = static_cast<int>(i) == reader->stream_ ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+  }
+  const AVStream& stream = *input->streams[reader->stream_];
+  reader->codec_.reset(avcodec_alloc_context3(codec));
+  reader->packet_.reset(av_packet_alloc());
+  reader->frame_.reset(av_frame_alloc());
+  if (!reader->codec_ || !reader->packet_ || !reader->frame_) {
+    failure = failed(kOpen, AVERROR(ENOMEM));
+    return nullptr;
+  }
+  reader->codec_->pkt_timebase = stream.time_base;
+  reader->codec_->thread_count = 1;
+  if ((failure = failed(kOpen, avcodec_parameters_to_context(reader->codec_.get(), stream.codecpar))) ||
+      (failure = failed(kOpen, avcodec_open2(reader->codec_.get(), codec, nullptr)))) {
+    return nullptr;
+  }
+  if (stream.duration > 0)
+    reader->duration_ = static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+  if (input->duration > 0) {
+    reader->duration_ = std::max(reader->duration_, static_cast<double>(input->duration) / AV_TIME_BASE);
+  }
+  return reader;
+}
+
+const AVFrame* MovieReader::next(MediaFailure& failure) {
+  for (;;) {
+    const int received = avcodec_receive_frame(codec_.get(), frame_.get());
+    if (received == 0) return frame_.get();
+    if (received == AVERROR_EOF) return nullptr;
+    if (received != AVERROR(EAGAIN)) {
+      failure = failed(kDecode, received);
+      return nullptr;
+    }
+    const int read = av_read_frame(input_.get(), packet_.get());
+    int sent = 0;
+    if (read == AVERROR_EOF) {
+      if (!drained_) sent = avcodec_send_packet(codec_.get(), nullptr);
+      drained_ = true;
+    } else if (read < 0) {
+      failure = failed(kRead, read);
+      return nullptr;
+    } else {
+      if (packet_->stream_index == stream_) sent = avcodec_send_packet(codec_.get(), packet_.get());
+      av_packet_unref(packet_.get());
+    }
+    if ((failure = failed(kDecode, sent))) return nullptr;
+  }
+}
+
+double MovieReader::timeOf(const AVFrame& frame) const {
+  const std::int64_t time = frame.best_effort_timestamp;
+  return time == AV_NOPTS_VALUE ? 0 : static_cast<double>(time) * av_q2d(input_->streams[stream_]->time_base);
+}
+
+MediaFailure MovieReader::seek(double seconds) {
+  const AVRational base = input_->streams[stream_]->time_base;
+  const auto time = static_cast<std::int64_t>(std::floor(std::max(0.0, seconds) / av_q2d(base)));
+  if (auto failure = failed(kRead, av_seek_frame(input_.get(), stream_, time, AVSEEK_FLAG_BACKWARD)))
+    return failure;
+  avcodec_flush_buffers(codec_.get());
+  drained_ = false;
+  return std::nullopt;
+}
+
+}  // namespace ios

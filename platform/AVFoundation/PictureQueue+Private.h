@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "AVFoundation/MediaError+Private.h"
+#include "CoreGraphics/CGImage.h"
+#include "Dispatch/Queue.h"
+#include "ObjectiveC/Mutex.h"
+
+namespace ios {
+
+class MovieReader;
+
+/// A movie's pictures, decoded a few ahead of whoever shows them, on a queue of its own. The blocks on that
+/// queue keep it alive. Any thread.
+class PictureQueue : public std::enable_shared_from_this<PictureQueue> {
+ public:
+  struct Picture {
+    double time = 0;  // seconds of movie
+    CGImageRef image;
+  };
+  /// Pictures held decoded at most: what a late display refresh or two skips.
+  static constexpr std::size_t kAhead = 3;
+
+  /// `find` names the movie's file and is called on the queue. `came`, on the main thread, tells that there
+  /// is something new: a picture where there was none, the end, or a failure.
+  PictureQueue(std::function<std::optional<std::filesystem::path>()> find, std::function<void()> came);
+  ~PictureQueue();
+
+  /// Decodes until enough pictures are ahead.
+  void fill();
+  /// Forgets what was decoded and goes on with the picture that is shown at `seconds`.
+  void seek(double seconds);
+  /// Nothing more is decoded.
+  void cancel();
+
+  /// Takes out the newest picture whose time has come by `seconds`; empty when none has.
+  std::optional<Picture> takeUntil(double seconds);
+  /// Takes out the next picture, whatever its time.
+  std::optional<Picture> takeNext();
+  /// Whether every picture was taken, and there are no more.
+  bool isAtEnd() const;
+  MediaFailure failure() const;
+  double duration() const;
+
+ private:
+  void decode();
+  std::optional<Picture> next(MediaFailure& failure);
+  bool open(MediaFailure& failure);
+
+  const std::function<std::optional<std::filesystem::path>()> find_;
+  const std::function<void()> came_;
+  const dispatch_queue_t queue_;
+
+  // The queue's own.
+  std::unique_ptr<MovieReader> reader_;
+  std::optional<Picture> held_;  // decoded, its turn not come: the one after the picture that was sought
+
+  mutable Mutex mutex_;
+  std::deque<Picture> ready_ IOS_GUARDED_BY(mutex_);
+  std::optional<double> wanted_ IOS_GUARDED_BY(mutex_);  // a seek that the queue has not made yet
+  std::uint64_t generation_ IOS_GUARDED_BY(mutex_) = 0;  // of seeks: what was decoded before is of no use
+  bool any_ IOS_GUARDED_BY(mutex_) = false;              // picture at all
+  bool queued_ IOS_GUARDED_BY(mutex_) = false;
+  bool ended_ IOS_GUARDED_BY(mutex_) = false;
+  bool cancelled_ IOS_GUARDED_BY(mutex_) = false;
+  double duration_ IOS_GUARDED_BY(mutex_) = 0;
+  MediaFailure failure_ IOS_GUARDED_BY(mutex_);
+};
+
+}  // namespace ios

@@ -1,0 +1,128 @@
+#include "AVFoundation/PlayedSound+Private.h"
+
+#include <atomic>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "AVFoundation/MovieReader+Private.h"
+#include "AVFoundation/PulseAudio+Private.h"
+#include "Dispatch/Queue.h"
+#include "Dispatch/WorkerPool.h"
+
+namespace ios {
+namespace {
+
+constexpr int kRate = 44100, kChannels = 2;
+// How much lies ready in the sound server: what is heard after a pause.
+constexpr std::uint32_t kBuffered = kRate / 10 * kChannels * sizeof(std::int16_t);
+
+}  // namespace
+
+/// What the queue works with; its blocks keep it alive.
+class PlayedSound::Output : public std::enable_shared_from_this<Output> {
+ public:
+  Output(const pulse::Library& library, std::function<std::optional<std::filesystem::path>()> find,
+         double from)
+      : library_(library), find_(std::move(find)), from_(from) {}
+  ~Output() {
+    if (connection_) library_.close(connection_);
+  }
+
+  void stop() { stopped_ = true; }
+  void goOn() {
+    dispatch_async(queue_, [self = shared_from_this()] {
+      if (!self->stopped_ && (self->connection_ || self->open()) && self->playSome()) self->goOn();
+    });
+  }
+
+ private:
+  bool open() {
+    MediaFailure failure;
+    const auto path = find_();
+    if (!path) return false;
+    reader_ = MovieReader::open(*path, AVMEDIA_TYPE_AUDIO, failure);
+    if (!reader_ || reader_->seek(from_)) return false;
+    const pulse::SampleSpec spec{pulse::kSigned16LittleEndian, kRate, kChannels};
+    const pulse::BufferSizes sizes{pulse::kDefault, kBuffered, pulse::kDefault, pulse::kDefault,
+                                   pulse::kDefault};
+    int error = 0;
+    connection_ = library_.open(nullptr, "iOS device", pulse::kPlayback, nullptr, "movie", &spec, nullptr,
+                                &sizes, &error);
+    return connection_ != nullptr;
+  }
+
+  /// Decodes a frame and hands it to the server, which waits until there is room. False at the end.
+  bool playSome() {
+    MediaFailure failure;
+    const AVFrame* frame = reader_->next(failure);
+    if (!frame || !prepare(*frame)) return false;
+    const int most = swr_get_out_samples(resampler_.get(), frame->nb_samples);
+    std::vector<std::int16_t> samples(static_cast<std::size_t>(std::max(most, 0)) * kChannels);
+    auto* out = reinterpret_cast<std::uint8_t*>(samples.data());
+    const int got = swr_convert(resampler_.get(), &out, most,
+                                const_cast<const std::uint8_t**>(frame->extended_data), frame->nb_samples);
+    if (got < 0) return false;
+    samples.resize(static_cast<std::size_t>(got) * kChannels);
+    align(samples, reader_->timeOf(*frame));
+    if (samples.empty()) return true;
+    int error = 0;
+    const WorkerPool::BlockedThread blocked;
+    return library_.write(connection_, samples.data(), samples.size() * sizeof(std::int16_t), &error) >= 0;
+  }
+
+  bool prepare(const AVFrame& frame) {
+    if (resampler_) return true;
+    AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO, own = frame.ch_layout;
+    SwrContext* resampler = nullptr;
+    if (swr_alloc_set_opts2(&resampler, &stereo, AV_SAMPLE_FMT_S16, kRate, &own,
+                            static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr) < 0) {
+      return false;
+    }
+    resampler_.reset(resampler);
+    return swr_init(resampler) >= 0;
+  }
+
+  /// The first sound begins where the picture does: what is earlier is cut, what is missing is silence.
+  void align(std::vector<std::int16_t>& samples, double time) {
+    if (aligned_) return;
+    const long missing = std::lround((time - from_) * kRate) * kChannels;
+    if (missing >= 0) {
+      samples.insert(samples.begin(),
+                     static_cast<std::size_t>(std::min<long>(missing, 60 * kRate * kChannels)), 0);
+      aligned_ = true;
+    } else if (static_cast<std::size_t>(-missing) < samples.size()) {
+      samples.erase(samples.begin(), samples.begin() - missing);
+      aligned_ = true;
+    } else {
+      samples.clear();
+    }
+  }
+
+  const pulse::Library& library_;
+  const std::function<std::optional<std::filesystem::path>()> find_;
+  const double from_;
+  const dispatch_queue_t queue_ = dispatch_queue_create("AVPlayer.sound");
+  std::atomic<bool> stopped_ = false;
+  void* connection_ = nullptr;
+  std::unique_ptr<MovieReader> reader_;
+  ffmpeg::Resampler resampler_;
+  bool aligned_ = false;
+};
+
+std::unique_ptr<PlayedSound> PlayedSound::start(std::function<std::optional<std::filesystem::path>()> find,
+                                                double fromSeconds) {
+  const pulse::Library* library = pulse::Library::reachable();
+  if (!library) return nullptr;
+  auto output = std::make_shared<Output>(*library, std::move(find), fromSeconds);
+  output->goOn();
+  return std::unique_ptr<PlayedSound>(new PlayedSound(std::move(output)));
+}
+
+PlayedSound::PlayedSound(std::shared_ptr<Output> output) : output_(std::move(output)) {}
+
+PlayedSound::~PlayedSound() {
+  output_->stop();
+}
+
+}  // namespace ios

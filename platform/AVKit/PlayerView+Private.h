@@ -1,0 +1,34 @@
+#pragma once
+
+#include <memory>
+
+#include "AVFoundation/AVPlayer.h"
+#include "AVKit/PlayerControls+Private.h"
+#include "UIKit/UIImageView.h"
+
+namespace ios {
+
+/// What a player shows, and the controls over it.
+class PlayerView : public Subclass<PlayerView, UIView> {
+ public:
+  explicit PlayerView(CGRect frame = CGRectZero);
+  static MethodList methods();
+  void setPlayer(std::shared_ptr<AVPlayer> player);
+  void layoutSubviews() override;
+
+ private:
+  void tapped();
+  void update();
+  void showControls(bool shown);
+  void hideControlsLater();
+
+  std::shared_ptr<AVPlayer> player_;
+  std::shared_ptr<UIImageView> picture_;
+  std::shared_ptr<CannotPlaySign> sign_;
+  std::shared_ptr<PlayerControls> controls_;
+  bool wasPlaying_ = false;
+  bool recognizes_ = false;
+  unsigned hiding_ = 0;  // counts, so that only the newest wish to hide holds
+};
+
+}  // namespace ios

@@ -1,0 +1,95 @@
+#include "AVKit/PlayerView+Private.h"
+
+#include <utility>
+
+#include "Dispatch/Queue.h"
+#include "Dispatch/Time.h"
+#include "UIKit/UIColor.h"
+#include "UIKit/UIGestureRecognizer.h"
+
+namespace ios {
+namespace {
+
+constexpr double kControlsStay = 3;  // seconds after the last touch, while it plays
+constexpr double kFade = 0.25;
+constexpr CGFloat kSignSide = 64;
+
+}  // namespace
+
+PlayerView::PlayerView(CGRect frame)
+    : Subclass(frame),
+      picture_(std::make_shared<UIImageView>()),
+      sign_(std::make_shared<CannotPlaySign>()),
+      controls_(std::make_shared<PlayerControls>()) {
+  setBackgroundColor(UIColor::blackColor());
+  setClipsToBounds(true);
+  picture_->setContentMode(UIViewContentMode::scaleAspectFit);
+  sign_->setHidden(true);
+  addSubview(picture_);
+  addSubview(sign_);
+  addSubview(controls_);
+}
+
+MethodList PlayerView::methods() {
+  return {{"tapped", &PlayerView::tapped}};
+}
+
+void PlayerView::setPlayer(std::shared_ptr<AVPlayer> player) {
+  player_ = std::move(player);
+  controls_->setPlayer(player_);
+  if (player_) {
+    const std::weak_ptr<PlayerView> weak = sharedAs<PlayerView>();
+    player_->setObserver([weak] {
+      if (const auto self = weak.lock()) self->update();
+    });
+  }
+  update();
+}
+
+void PlayerView::layoutSubviews() {
+  if (!std::exchange(recognizes_, true))
+    addGestureRecognizer(std::make_shared<UITapGestureRecognizer>(shared_from_this(), "tapped"));
+  picture_->setFrame(bounds());
+  controls_->setFrame(bounds());
+  sign_->setFrame(
+      CGRectMake(bounds().midX() - kSignSide / 2, bounds().midY() - kSignSide / 2, kSignSide, kSignSide));
+}
+
+void PlayerView::update() {
+  const bool failed = player_ && player_->status() == AVPlayerStatusFailed;
+  const bool ready = player_ && player_->status() == AVPlayerStatusReadyToPlay;
+  sign_->setHidden(!failed);
+  controls_->setHidden(!ready);
+  const CGImageRef image = player_ && !failed ? player_->currentPicture() : nullptr;
+  const auto& shown = picture_->image();
+  if (image != (shown ? shown->CGImageValue() : nullptr))
+    picture_->setImage(image ? std::make_shared<UIImage>(image, 1) : nullptr);
+  controls_->update();
+  const bool playing = player_ && player_->rate() > 0;
+  if (playing == std::exchange(wasPlaying_, playing)) return;
+  showControls(true);
+  if (playing) hideControlsLater();
+}
+
+void PlayerView::tapped() {
+  showControls(controls_->alpha() <= 0);
+  if (controls_->alpha() > 0 && wasPlaying_) hideControlsLater();
+}
+
+void PlayerView::showControls(bool shown) {
+  ++hiding_;
+  if ((controls_->alpha() > 0) == shown) return;
+  controls_->setUserInteractionEnabled(shown);
+  UIView::animateWithDuration(kFade, [this, shown] { controls_->setAlpha(shown ? 1 : 0); });
+}
+
+void PlayerView::hideControlsLater() {
+  const std::weak_ptr<PlayerView> weak = sharedAs<PlayerView>();
+  dispatch_after(dispatch_time(DISPATCH_TIME_NOW, static_cast<std::int64_t>(kControlsStay * 1e9)),
+                 dispatch_get_main_queue(), [weak, wish = hiding_] {
+                   const auto self = weak.lock();
+                   if (self && self->hiding_ == wish && self->wasPlaying_) self->showControls(false);
+                 });
+}
+
+}  // namespace ios

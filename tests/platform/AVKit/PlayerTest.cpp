@@ -1,0 +1,297 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+
+#include "AVFoundation/AVAssetWriter.h"
+#include "AVFoundation/AVAssetWriterInputPixelBufferAdaptor.h"
+#include "AVKit/AVPlayerViewController.h"
+#include "CoreVideo/CVPixelBuffer.h"
+#include "DeviceClock/Clock.h"
+#include "Dispatch/Queue.h"
+#include "Foundation/NSNotificationCenter.h"
+#include "UIKit/UIGraphics.h"
+#include "UIKit/UIImage.h"
+#include "support/TestPhone.h"
+
+namespace ios {
+namespace {
+
+using testing_support::TestPhone;
+
+struct Rgb {
+  int red = 0, green = 0, blue = 0;
+  int distance(const Rgb& other) const {
+    return std::max({std::abs(red - other.red), std::abs(green - other.green), std::abs(blue - other.blue)});
+  }
+};
+
+constexpr Rgb kColours[] = {{220, 30, 30}, {30, 200, 40}, {40, 60, 230}, {240, 220, 30}};
+constexpr double kLoss = 6;
+
+/// The colour of the test movie's picture at a time: another one every quarter of a second.
+Rgb colourAt(double seconds) {
+  return kColours[static_cast<std::size_t>(std::floor(seconds * 4 + 1e-6)) % std::size(kColours)];
+}
+
+/// A movie of plain colours at 30 pictures a second.
+std::filesystem::path makeMovie(const TestPhone& phone, double seconds, std::size_t width = 96,
+                                std::size_t height = 64) {
+  const auto path = phone.folder() / "movie.mov";
+  std::shared_ptr<NSError> error;
+  const auto writer =
+      AVAssetWriter::initWithURL(NSURL::fileURLWithPath(path), AVFileTypeQuickTimeMovie, error);
+  const auto input = AVAssetWriterInput::initWithMediaType(
+      AVMediaTypeVideo, NSDictionary{{AVVideoCodecKey, AVVideoCodecH264},
+                                     {AVVideoWidthKey, static_cast<double>(width)},
+                                     {AVVideoHeightKey, static_cast<double>(height)}});
+  const auto adaptor = AVAssetWriterInputPixelBufferAdaptor::initWithAssetWriterInput(input, std::nullopt);
+  writer->addInput(input);
+  EXPECT_TRUE(writer->startWriting());
+  writer->startSessionAtSourceTime(kCMTimeZero);
+  for (int frame = 0; frame < std::lround(seconds * 30); ++frame) {
+    CVPixelBufferRef buffer;
+    EXPECT_EQ(kCVReturnSuccess, CVPixelBufferCreate(width, height, kCVPixelFormatType_32BGRA, {}, buffer));
+    CVPixelBufferLockBaseAddress(buffer, 0);
+    const Rgb colour = colourAt(frame / 30.0);
+    auto* pixels = static_cast<std::uint8_t*>(CVPixelBufferGetBaseAddress(buffer));
+    for (std::size_t y = 0; y < height; ++y) {
+      for (std::size_t x = 0; x < width; ++x) {
+        std::uint8_t* pixel = pixels + y * CVPixelBufferGetBytesPerRow(buffer) + 4 * x;
+        pixel[0] = static_cast<std::uint8_t>(colour.blue);
+        pixel[1] = static_cast<std::uint8_t>(colour.green);
+        pixel[2] = static_cast<std::uint8_t>(colour.red);
+        pixel[3] = 255;
+      }
+    }
+    CVPixelBufferUnlockBaseAddress(buffer, 0);
+    EXPECT_TRUE(adaptor->appendPixelBuffer(buffer, CMTimeMake(frame * 20, 600)));
+  }
+  bool finished = false;
+  writer->finishWritingWithCompletionHandler(
+      [&] { dispatch_async(dispatch_get_main_queue(), [&] { finished = true; }); });
+  EXPECT_TRUE(Clock::shared().runUntil([&] { return finished; }, std::chrono::seconds(1)));
+  return path;
+}
+
+/// A phone that shows a player's controller over the whole screen.
+class Screening : public TestPhone {
+ public:
+  void open(const NSURL& url) {
+    controller = std::make_shared<AVPlayerViewController>();
+    controller->setPlayer(AVPlayer::playerWithURL(url));
+    show(controller);
+    runFor(0.2);
+  }
+  void open(const std::filesystem::path& path) { open(NSURL::fileURLWithPath(path)); }
+  AVPlayer& player() const { return *controller->player(); }
+  double time() const { return CMTimeGetSeconds(player().currentTime()); }
+
+  /// What the display shows at a point.
+  static Rgb at(CGPoint point) {
+    const auto window = UIApplication::sharedApplication()->keyWindow();
+    UIGraphicsBeginImageContextWithOptions(window->bounds().size, true, 1);
+    window->drawViewHierarchyInRectAfterScreenUpdates(window->bounds(), true);
+    const auto image = UIGraphicsGetImageFromCurrentImageContext()->CGImageValue();
+    UIGraphicsEndImageContext();
+    const std::uint8_t* pixel = image->pixels() + static_cast<std::size_t>(point.y) * image->bytesPerRow() +
+                                4 * static_cast<std::size_t>(point.x);
+    return {pixel[2], pixel[1], pixel[0]};
+  }
+  /// Where the movie shows, beside the button in the middle.
+  static Rgb picture() { return at({60, 320}); }
+
+  std::shared_ptr<AVPlayerViewController> controller;
+};
+
+/// Counts ends of playing.
+class Ends : public Subclass<Ends, NSObject> {
+ public:
+  static MethodList methods() { return {{"ended", &Ends::ended}}; }
+  int count = 0;
+
+ private:
+  void ended() { ++count; }
+};
+
+TEST(Player, ShowsEachPictureAtItsTimeAndFitsItOnBlack) {
+  Screening phone;
+  const auto ends = std::make_shared<Ends>();
+  NSNotificationCenter::defaultCenter()->addObserver(ends, "ended", AVPlayerItemDidPlayToEndTimeNotification,
+                                                     nullptr);
+  phone.open(makeMovie(phone, 2));
+  EXPECT_EQ(AVPlayerStatusReadyToPlay, phone.player().status());
+  EXPECT_NEAR(2, CMTimeGetSeconds(phone.player().duration()), 0.05);
+  EXPECT_LE(Screening::picture().distance(colourAt(0)), kLoss) << "the first picture, before it plays";
+  EXPECT_LE(Screening::at({60, 60}).distance({0, 0, 0}), 0);
+  EXPECT_TRUE(phone.shows("0:00"));
+  phone.runFor(1);
+  EXPECT_EQ(0, phone.time()) << "nothing plays by itself";
+
+  ASSERT_TRUE(phone.tapText("Play"));
+  EXPECT_EQ(1, phone.player().rate());
+  for (int step = 0; step < 12; ++step) {
+    phone.runFor(0.1);
+    EXPECT_LE(Screening::picture().distance(colourAt(phone.time())), kLoss) << "at " << phone.time();
+  }
+  ASSERT_TRUE(phone.tapText("Pause"));
+  const double stopped = phone.time();
+  EXPECT_NEAR(1.25, stopped, 0.1);
+  phone.runFor(5);
+  EXPECT_EQ(stopped, phone.time());
+  EXPECT_LE(Screening::picture().distance(colourAt(stopped)), kLoss);
+  EXPECT_TRUE(phone.shows("0:01"));
+
+  ASSERT_TRUE(phone.tapText("Play"));
+  phone.runFor(2);
+  EXPECT_EQ(0, phone.player().rate());
+  EXPECT_EQ(1, ends->count);
+  EXPECT_LE(Screening::picture().distance(colourAt(1.99)), kLoss) << "the last picture stays";
+  ASSERT_TRUE(phone.tapText("Play")) << "once more from the beginning";
+  phone.runFor(0.1);
+  EXPECT_LT(phone.time(), 0.3);
+  EXPECT_LE(Screening::picture().distance(colourAt(phone.time())), kLoss);
+  phone.runFor(3);
+  EXPECT_EQ(2, ends->count);
+}
+
+TEST(Player, SeeksToThePictureOfThatTime) {
+  Screening phone;
+  phone.open(makeMovie(phone, 3));
+  for (const double seconds : {1.6, 0.3, 2.9, 0.0, 1.0}) {
+    phone.player().seekToTime(CMTimeMakeWithSeconds(seconds, 600));
+    phone.runFor(0.1);
+    EXPECT_NEAR(seconds, phone.time(), 0.002);
+    EXPECT_LE(Screening::picture().distance(colourAt(seconds)), kLoss) << seconds;
+  }
+  phone.player().play();
+  phone.runFor(0.5);
+  phone.player().seekToTime(CMTimeMake(2, 1));
+  phone.runFor(0.3);
+  EXPECT_NEAR(2.3, phone.time(), 0.05) << "it plays on";
+  EXPECT_LE(Screening::picture().distance(colourAt(phone.time())), kLoss);
+  phone.player().seekToTime(CMTimeMake(-5, 1));
+  EXPECT_NEAR(0, phone.time(), 1e-9);
+  phone.player().seekToTime(CMTimeMake(500, 1));
+  phone.runFor(0.1);
+  EXPECT_EQ(0, phone.player().rate());
+  EXPECT_LE(Screening::picture().distance(colourAt(2.99)), kLoss);
+}
+
+TEST(Player, ControlsGoWhileItPlaysAndComeBackWithATap) {
+  Screening phone;
+  phone.open(makeMovie(phone, 12));
+  ASSERT_TRUE(phone.tapText("Play"));
+  phone.runFor(2);
+  EXPECT_TRUE(phone.shows("Pause"));
+  phone.runFor(2);
+  EXPECT_FALSE(phone.shows("Pause"));
+  phone.tap({60, 200});
+  phone.runFor(1);
+  EXPECT_TRUE(phone.shows("Pause"));
+  // Half of the bar.
+  phone.tap({188, 645});
+  phone.runFor(0.2);
+  EXPECT_NEAR(6, phone.time(), 1.5);
+  phone.runFor(4);
+  EXPECT_FALSE(phone.shows("Pause"));
+}
+
+TEST(Player, ThatIsAskedBeforeItHasReadAnythingBeginsAtTheBeginning) {
+  Screening phone;
+  const auto path = makeMovie(phone, 1);
+  const auto player = AVPlayer::playerWithURL(NSURL::fileURLWithPath(path));
+  player->play();
+  EXPECT_EQ(AVPlayerStatusUnknown, player->status());
+  EXPECT_EQ(0, CMTimeGetSeconds(player->currentTime()));
+  phone.runFor(0.5);
+  EXPECT_EQ(AVPlayerStatusReadyToPlay, player->status());
+  EXPECT_NEAR(0.5, CMTimeGetSeconds(player->currentTime()), 0.05);
+}
+
+TEST(Player, PlaysOddSizes) {
+  Screening phone;
+  phone.open(makeMovie(phone, 0.5, 97, 61));
+  ASSERT_EQ(AVPlayerStatusReadyToPlay, phone.player().status());
+  EXPECT_LE(Screening::picture().distance(colourAt(0)), kLoss);
+}
+
+TEST(Player, SaysWhatItCannotPlay) {
+  struct Row {
+    const char* name;
+    std::function<NSURL(Screening&)> url;
+  };
+  const Row rows[] = {
+      {"no file", [](Screening& phone) { return NSURL::fileURLWithPath(phone.folder() / "none.mov"); }},
+      {"a folder", [](Screening& phone) { return NSURL::fileURLWithPath(phone.folder()); }},
+      {"no movie",
+       [](Screening& phone) {
+         std::ofstream(phone.folder() / "text.mov") << "not a movie";
+         return NSURL::fileURLWithPath(phone.folder() / "text.mov");
+       }},
+      {"half a movie",
+       [](Screening& phone) {
+         const auto path = makeMovie(phone, 1);
+         std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+         return NSURL::fileURLWithPath(path);
+       }},
+      {"an asset that is gone",
+       [](Screening&) {
+         return *NSURL::URLWithString(
+             "assets-library://asset/asset.MP4?id=4B73F4FE-3502-47C7-8BCF-AD540EDE98A1&ext=MP4");
+       }},
+      {"an asset that leads elsewhere",
+       [](Screening&) {
+         return *NSURL::URLWithString("assets-library://asset/asset.MP4?id=../../../etc/passwd&ext=MP4");
+       }},
+      {"somebody's server", [](Screening&) { return *NSURL::URLWithString("https://example.com/a.mov"); }},
+  };
+  Screening phone;
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    phone.open(row.url(phone));
+    EXPECT_EQ(AVPlayerStatusFailed, phone.player().status());
+    EXPECT_TRUE(phone.player().error());
+    EXPECT_TRUE(phone.shows("Cannot Play"));
+    EXPECT_FALSE(phone.shows("Play"));
+    phone.player().play();
+    phone.player().seekToTime(CMTimeMake(1, 1));
+    phone.runFor(0.5);
+    EXPECT_EQ(0, phone.player().rate());
+  }
+}
+
+// The movie is opened once; who deletes it meanwhile does not disturb who watches it.
+TEST(Player, FinishesAMovieThatIsDeletedMeanwhile) {
+  Screening phone;
+  const auto path = makeMovie(phone, 2);
+  phone.open(path);
+  phone.player().play();
+  phone.runFor(0.5);
+  std::filesystem::remove(path);
+  phone.runFor(1);
+  EXPECT_LE(Screening::picture().distance(colourAt(phone.time())), kLoss);
+}
+
+TEST(Player, IsLetGoInAnyState) {
+  Screening phone;
+  const auto url = NSURL::fileURLWithPath(makeMovie(phone, 2));
+  for (const double seconds : {0.0, 0.01, 0.5}) {
+    auto player = AVPlayer::playerWithURL(url);
+    const std::weak_ptr<AVPlayer> watched = player;
+    player->play();
+    phone.runFor(seconds);
+    player = nullptr;
+    EXPECT_TRUE(watched.expired()) << "its display link keeps it: it would play on unseen";
+    phone.runFor(0.5);
+  }
+  phone.open(url);
+  phone.player().play();
+  phone.runFor(0.3);
+  phone.controller->setPlayer(nullptr);
+  phone.runFor(0.5);
+  EXPECT_FALSE(phone.shows("Pause"));
+}
+
+}  // namespace
+}  // namespace ios
