@@ -6,6 +6,12 @@
 #include "AVFoundation/MovieReader+Private.h"
 
 namespace ios {
+namespace {
+
+// Differences of times that are meant to be equal.
+constexpr double kRounding = 1e-6;
+
+}  // namespace
 
 PictureQueue::PictureQueue(std::function<std::optional<std::filesystem::path>()> find,
                            std::function<void()> came)
@@ -43,7 +49,7 @@ void PictureQueue::cancel() {
 std::optional<PictureQueue::Picture> PictureQueue::takeUntil(double seconds) {
   std::optional<Picture> newest;
   MutexLock lock(mutex_);
-  while (!ready_.empty() && ready_.front().time <= seconds) {
+  while (!ready_.empty() && ready_.front().time <= seconds + kRounding) {
     newest = std::move(ready_.front());
     ready_.pop_front();
   }
@@ -112,7 +118,7 @@ void PictureQueue::decode() {
     // The picture shown at that time is the last that is not later.
     while (picture && !failure) {
       auto following = next(failure);
-      if (following && following->time <= *seek) {
+      if (following && following->time <= *seek + kRounding) {
         picture = std::move(following);
         continue;
       }
