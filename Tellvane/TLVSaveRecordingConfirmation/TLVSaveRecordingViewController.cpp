@@ -1,6 +1,9 @@
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
 
+#include "AVFoundation/AVPlayer.h"
+#include "AVKit/AVPlayerViewController.h"
 #include "Foundation/NSNotificationCenter.h"
+#include "Foundation/NSURL.h"
 #include "ObjectiveC/Programming.h"
 #include "TLVSaveRecordingConfirmation/SaveRecordingQuestion.h"
 #include "info/TLVConstants.h"
@@ -68,7 +71,16 @@ std::string TLVSaveRecordingViewController::getVideoAssetUrlFromLocalidentifier(
   return "assets-library://asset/asset.MP4?id=" + identifier.substr(0, identifier.find('/')) + "&ext=MP4";
 }
 
-void TLVSaveRecordingViewController::addVideoViewInChildViewController() {}
+void TLVSaveRecordingViewController::addVideoViewInChildViewController() {
+  const auto url = NSURL::URLWithString(getVideoAssetUrlFromLocalidentifier(assetId_));
+  const auto area = playerView();
+  if (!url || !area) return;
+  const auto controller = std::make_shared<AVPlayerViewController>();
+  controller->setPlayer(AVPlayer::playerWithURL(*url));
+  addChildViewController(controller);
+  area->addSubview(controller->view());
+  controller->view()->setFrame(CGRectMake(0, 0, area->bounds().width(), area->bounds().height()));
+}
 
 void TLVSaveRecordingViewController::saveVideo(const id&) {
   NSNotificationCenter::defaultCenter()->postNotificationName(TLV_SCREEN_RECORD, nullptr,
