@@ -40,7 +40,9 @@ class SessionPhone : public TestPhone {
   }
   static bool isRecording() { return TLVCaptureScreenRecording::shared()->isRecording(); }
   static std::shared_ptr<TLVSaveRecordingViewController> confirmation() {
-    return std::dynamic_pointer_cast<TLVSaveRecordingViewController>(topViewController());
+    auto top = topViewController();  // the player's, which the screen contains
+    while (top && top->parentViewController()) top = top->parentViewController();
+    return std::dynamic_pointer_cast<TLVSaveRecordingViewController>(top);
   }
   std::vector<std::filesystem::path> movies() const {
     std::vector<std::filesystem::path> found;
@@ -181,6 +183,27 @@ TEST(RecordingSession, IsStartedOnceWhileTheUserIsAskedForTheMicrophone) {
   ASSERT_EQ(2u, phone.movies().size());
   EXPECT_EQ("aac", MovieProbe(phone.movies()[0]).fact('a', "codec_name"));
   EXPECT_EQ("", MovieProbe(phone.movies()[1]).fact('a', "codec_name"));
+}
+
+TEST(RecordingSession, TriggersWorkAgainAfterTheConfirmationScreen) {
+  SessionPhone phone;
+  for (const bool companion : {false, true}) {
+    if (companion) phone.installApplication("com.tellvane.companion", "Tellvane", "exit 0");
+    for (const char* choice : {"Delete", "Save"}) {
+      SCOPED_TRACE(std::string(choice) + (companion ? " with the companion" : ""));
+      phone.startThroughTheSheet();
+      phone.runFor(1);
+      phone.device().input().shake();
+      phone.runFor(1);
+      ASSERT_TRUE(phone.confirmation());
+      ASSERT_TRUE(phone.tapText(choice));
+      phone.runFor(1);
+      UIApplication::sharedApplication()->moveToForeground();
+      phone.runFor(4);
+      EXPECT_FALSE(phone.confirmation());
+      if (phone.tapText("Cancel")) phone.runFor(1);  // the offer to install the companion
+    }
+  }
 }
 
 TEST(RecordingSession, WithoutAControllerKeepsTheMovieAndShowsNothing) {
