@@ -69,15 +69,16 @@ TEST_F(Simulator, PlaysTheTourTwiceToTheSameBytes) {
 
   // What it leaves, read with other people's readers.
   const Outcome checked = shell("python3 - " + (folder_ / "a").string() + " <<'END'\n" + R"(
-import glob, json, os, plistlib, subprocess, sys
+import glob, json, os, plistlib, sqlite3, subprocess, sys
 out = sys.argv[1]
-for name in ['1-notes', '2-sheet', '3-companion', '4-sheet-on-a-note', '5-install', '6-store', '7-production']:
+for name in ['1-notes', '2-sheet', '3-companion', '4-photos', '5-confirmation', '6-playing', '7-companion',
+             '8-sheet-on-a-note', '9-install', '10-store', '11-production']:
     head = open(f'{out}/{name}.png', 'rb').read(24)
     assert head[:8] == b'\x89PNG\r\n\x1a\n', name
     assert (int.from_bytes(head[16:20], 'big'), int.from_bytes(head[20:24], 'big')) == (750, 1334), name
-reports = [path for path in glob.glob(f'{out}/inbox/*') if os.path.isdir(path)]
-assert len(reports) == 1, reports  # the round without the companion files nothing
-report = reports[0]
+reports = sorted(path for path in glob.glob(f'{out}/inbox/*') if os.path.isdir(path))
+assert len(reports) == 2, reports  # the round without the companion files nothing
+report, recording = reports
 record = json.load(open(f'{report}/record.json'))
 assert sorted(record) == sorted(['sdkId', 'appVersion', 'oSFamily', 'appName', 'oSVersion', 'deviceResolution',
                                  'language', 'screenName', 'deviceModel']), record
@@ -88,7 +89,24 @@ assert open(f'{report}/item/imageData', 'rb').read() == open(f'{report}/image.jp
 size = subprocess.run(['djpeg', f'{report}/image.jpg'], check=True, capture_output=True).stdout[:16].split()[1:3]
 assert size == [b'750', b'1334'], size
 console = open(f'{out}/console.log').read().splitlines()
-assert console.count('<TLV Log> : SDK Instantiated in debug mode') == 2, console
+assert console.count('<TLV Log> : SDK Instantiated in debug mode') == 3, console
+
+record = json.load(open(f'{recording}/record.json'))
+assert sorted(record) == sorted(['sdkId', 'appVersion', 'oSFamily', 'appName', 'oSVersion', 'deviceResolution',
+                                 'language', 'videoName', 'videoInPhotosAlbum', 'deviceModel']), record
+library = sqlite3.connect(f'file:{out}/device/Media/Photos.sqlite?mode=ro', uri=True)
+title, uuid, file = library.execute('SELECT title, asset.uuid, file FROM membership JOIN album ON album.id = album '
+                                    'JOIN asset ON asset.id = asset').fetchone()
+assert (title, uuid + '/L0/001') == ('Tellvane', record['videoInPhotosAlbum']), (title, uuid, record)
+movie = open(f'{recording}/movie.mov', 'rb').read()
+assert movie == open(f'{out}/device/Media/{file}', 'rb').read() == open(f'{out}/DCIM/100TLVNE/IMG_0001.MOV', 'rb').read()
+streams = json.loads(subprocess.run(['ffprobe', '-v', 'error', '-of', 'json', '-show_streams', f'{recording}/movie.mov'],
+                                    check=True, capture_output=True).stdout)['streams']
+assert [stream['codec_name'] for stream in streams] == ['h264', 'aac'], streams
+assert (streams[0]['width'], streams[0]['height']) == (750, 1334), streams
+assert all(float(stream['start_time']) == 0 for stream in streams), streams
+assert abs(float(streams[0]['duration']) - float(streams[1]['duration'])) < 0.1, streams
+assert not os.path.exists(f'{out}/device/Containers/com.example.notes/tmp/screenCapture.mp4')
 assert os.path.exists(f'{report}/index.html') and os.path.exists(f'{out}/inbox/index.html')
 END
 )");
