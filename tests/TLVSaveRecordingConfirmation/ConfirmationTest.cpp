@@ -54,7 +54,10 @@ class Confirming : public TestPhone {
     return saved.value_or("");
   }
   void confirm(const std::string& identifier) {
-    screen = std::make_shared<TLVSaveRecordingViewController>(identifier, kInterfaceFile, TLV_BUNDLE());
+    present(std::make_shared<TLVSaveRecordingViewController>(identifier, kInterfaceFile, TLV_BUNDLE()));
+  }
+  void present(std::shared_ptr<TLVSaveRecordingViewController> confirmation) {
+    screen = std::move(confirmation);
     window->rootViewController()->presentViewController(screen, true);
     runFor(1);
   }
@@ -98,4 +101,45 @@ TEST(Confirmation, DeletingTakesTheRecordingOutOfTheLibraryAndTellsNobody) {
   EXPECT_EQ("1\n", phone.assets());
   EXPECT_TRUE(posts->all.empty());
   EXPECT_FALSE(phone.isUp());
+}
+
+TEST(Confirmation, TheNamesStandOutInTheQuestion) {
+  TestPhone::Options options;
+  options.info = {{"CFBundleName", "video"}};
+  Confirming phone(options);
+  phone.confirm("A1/L0/001");
+  const auto& label = phone.screen->infoLabel();
+  ASSERT_TRUE(label);
+  std::string marked;
+  for (const auto& run : label->attributedText()->runs()) {
+    const auto& font = dynamic_cast<const UIFont&>(*run.attributes.at(NSFontAttributeName));
+    EXPECT_EQ(17, font.pointSize());
+    const bool strong =
+        font.description() == UIFont::fontWithNameSize("HelveticaNeue-Medium", 17)->description();
+    EXPECT_TRUE(strong || font.description() == UIFont::fontWithNameSize("HelveticaNeue", 17)->description());
+    const std::string text = label->text().substr(run.range.location, run.range.length);
+    marked += strong ? "[" + text + "]" : text;
+  }
+  EXPECT_EQ("Save this [video] to [Tellvane] with AppName \"video\"?", marked);
+}
+
+TEST(Confirmation, WorksWithoutItsInterfaceFile) {
+  Confirming phone;
+  const auto posts = Posts::ofEverything();
+  const std::shared_ptr<NSBundle> others = std::make_shared<NSBundle>(phone.folder());
+  for (const auto& [name, bundle] : {std::pair(std::optional<std::string>(kInterfaceFile), others),
+                                     std::pair(std::optional<std::string>(), TLV_BUNDLE())}) {
+    phone.present(std::make_shared<TLVSaveRecordingViewController>(name, bundle));
+    ASSERT_TRUE(phone.isUp());
+    phone.screen->saveVideo(nullptr);
+    phone.runFor(1);
+    EXPECT_FALSE(phone.isUp());
+  }
+  ASSERT_EQ(2u, posts->all.size());
+  EXPECT_EQ((NSDictionary{{"assetId", ""}}), posts->all[0]->userInfo());
+}
+
+TEST(ConfirmationDeathTest, IsNotMadeFromAnArchive) {
+  EXPECT_DEATH(TLVSaveRecordingViewController{NSKeyedUnarchiver()},
+               "init\\(coder:\\) has not been implemented");
 }
