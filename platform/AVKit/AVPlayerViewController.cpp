@@ -14,6 +14,7 @@ void AVPlayerViewController::setPlayer(std::shared_ptr<AVPlayer> player) {
 
 void AVPlayerViewController::loadView() {
   playerView_ = std::make_shared<PlayerView>();
+  playerView_->setAutoresizingMask(UIViewAutoresizingFlexibleWidth | UIViewAutoresizingFlexibleHeight);
   setView(playerView_);
   playerView_->setPlayer(player_);
 }

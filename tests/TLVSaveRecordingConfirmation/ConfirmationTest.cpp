@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "AVKit/AVPlayerViewController.h"
 #include "Foundation/NSNotificationCenter.h"
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
 #include "UIKit/UIControl.h"
@@ -137,6 +138,79 @@ TEST(Confirmation, WorksWithoutItsInterfaceFile) {
   }
   ASSERT_EQ(2u, posts->all.size());
   EXPECT_EQ((NSDictionary{{"assetId", ""}}), posts->all[0]->userInfo());
+}
+
+TEST(Confirmation, EveryAppearanceAddsAPlayerOnTopOfTheLast) {
+  Confirming phone;
+  phone.confirm(phone.record());
+  const auto area = phone.screen->playerView();
+  ASSERT_TRUE(area);
+  ASSERT_EQ(1u, phone.screen->childViewControllers().size());
+  // Something full-screen comes and goes, as the player's own full-screen mode does.
+  phone.screen->presentViewController(std::make_shared<UIViewController>(), true);
+  phone.runFor(1);
+  phone.screen->dismissViewControllerAnimated(true);
+  phone.runFor(1);
+  const auto& players = phone.screen->childViewControllers();
+  ASSERT_EQ(2u, players.size());
+  ASSERT_EQ(2u, area->subviews().size());
+  for (std::size_t i = 0; i < players.size(); ++i) {
+    EXPECT_EQ(players[i]->view(), area->subviews()[i]);
+    EXPECT_EQ(CGRectMake(0, 0, area->bounds().width(), area->bounds().height()), players[i]->view()->frame());
+    const auto& player = dynamic_cast<const AVPlayerViewController&>(*players[i]).player();
+    EXPECT_EQ(AVPlayerStatusReadyToPlay, player->status());
+    EXPECT_EQ(0, player->rate());  // the user starts it
+  }
+  EXPECT_NE(dynamic_cast<const AVPlayerViewController&>(*players[0]).player(),
+            dynamic_cast<const AVPlayerViewController&>(*players[1]).player());
+
+  phone.device().changeSettings([](DeviceSettings& settings) { settings.orientation = 3; });
+  phone.runFor(1);
+  EXPECT_EQ(area->bounds().size, players[1]->view()->frame().size);
+}
+
+TEST(Confirmation, LeavesNothingBehind) {
+  Confirming phone;
+  phone.confirm(phone.record());
+  const std::weak_ptr<UIViewController> screen = phone.screen,
+                                        player = phone.screen->childViewControllers().at(0);
+  EXPECT_TRUE(phone.tapText("Save"));
+  phone.screen = nullptr;
+  phone.runFor(1);
+  EXPECT_TRUE(screen.expired());
+  EXPECT_TRUE(player.expired());
+}
+
+TEST(Confirmation, FindsThePlayersMovieByTheFirstPieceOfTheIdentifier) {
+  Confirming phone;
+  const std::string identifier = phone.record(), piece = identifier.substr(0, identifier.find('/'));
+  ASSERT_NE(identifier, piece);
+  struct Row {
+    std::string identifier;
+    std::optional<AVPlayerStatus> status;  // none: no player
+  };
+  const std::vector<Row> rows{
+      {identifier, AVPlayerStatusReadyToPlay},
+      {piece, AVPlayerStatusReadyToPlay},
+      {piece + "/L0/002", AVPlayerStatusReadyToPlay},
+      {"/" + identifier, AVPlayerStatusFailed},
+      {"", AVPlayerStatusFailed},
+      {"no such movie", std::nullopt},
+      {"50%", std::nullopt},
+      {"cafÃ©", std::nullopt},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.identifier);
+    phone.confirm(row.identifier);
+    const auto players = phone.screen->childViewControllers();
+    ASSERT_EQ(row.status ? 1u : 0u, players.size());
+    EXPECT_EQ(players.size(), phone.screen->playerView()->subviews().size());
+    if (row.status) {
+      EXPECT_EQ(*row.status, dynamic_cast<const AVPlayerViewController&>(*players[0]).player()->status());
+    }
+    phone.screen->dismissViewControllerAnimated(true);
+    phone.runFor(1);
+  }
 }
 
 TEST(ConfirmationDeathTest, IsNotMadeFromAnArchive) {
