@@ -62,7 +62,8 @@ double AVPlayer::position() const {
 }
 
 CMTime AVPlayer::currentTime() const {
-  return CMTimeMakeWithSeconds(position(), kTimescale);
+  // The fraction is cut off: what a rounding left short of a unit is that unit.
+  return CMTimeMakeWithSeconds(position() + 1e-6, kTimescale);
 }
 
 CMTime AVPlayer::duration() const {
