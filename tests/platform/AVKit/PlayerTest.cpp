@@ -29,9 +29,11 @@ struct Rgb {
 constexpr Rgb kColours[] = {{220, 30, 30}, {30, 200, 40}, {40, 60, 230}, {240, 220, 30}};
 constexpr double kLoss = 6;
 
-/// The colour of the test movie's picture at a time: another one every quarter of a second.
+/// The colour of the test movie's picture at a time: of 30 pictures a second, another one every quarter of
+/// it.
 Rgb colourAt(double seconds) {
-  return kColours[static_cast<std::size_t>(std::floor(seconds * 4 + 1e-6)) % std::size(kColours)];
+  const double ofPicture = std::floor(seconds * 30 + 1e-6) / 30;
+  return kColours[static_cast<std::size_t>(std::floor(ofPicture * 4 + 1e-6)) % std::size(kColours)];
 }
 
 /// A movie of plain colours at 30 pictures a second.
