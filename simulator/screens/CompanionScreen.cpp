@@ -1,7 +1,10 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "AVFoundation/AVPlayer.h"
+#include "AVKit/AVPlayerViewController.h"
 #include "Device/Files.h"
+#include "Foundation/NSURL.h"
 #include "UIKit/UIImageView.h"
 #include "simulator/screens/Parts.h"
 #include "simulator/screens/ScreenController.h"
@@ -13,7 +16,7 @@ namespace fs = std::filesystem;
 
 struct Newest {
   std::map<std::string, std::string> record;
-  fs::path image;
+  fs::path image, movie;
   int reports = 0;
 };
 
@@ -44,6 +47,7 @@ Newest newestReport(const fs::path& inbox) {
     }
   }
   result.image = newest / "image.jpg";
+  result.movie = newest / "movie.mov";
   return result;
 }
 
@@ -100,7 +104,22 @@ class CompanionScreen : public ScreenController {
       line->setBackgroundColor(UIColor::colorWithHex(0xE2DEF0));
       card->addSubview(line);
     }
-    addPicture(*card, y + 14);
+    std::error_code error;
+    if (fs::exists(newest_.movie, error)) {
+      addMovie(*card, y + 14);
+    } else {
+      addPicture(*card, y + 14);
+    }
+  }
+
+  void addMovie(UIView& card, CGFloat top) {
+    const CGRect room = CGRectMake(16, top, card.bounds().width() - 32, card.bounds().height() - top - 16);
+    if (room.height() < 80) return;
+    const auto controller = std::make_shared<AVPlayerViewController>();
+    controller->setPlayer(AVPlayer::playerWithURL(NSURL::fileURLWithPath(newest_.movie)));
+    addChildViewController(controller);
+    controller->view()->setFrame(room);
+    card.addSubview(controller->view());
   }
 
   void addPicture(UIView& card, CGFloat top) {

@@ -14,6 +14,8 @@ void ScreenController::viewWillLayoutSubviews() {
   builtFor_ = size;
   const auto old = view()->subviews();
   for (const auto& part : old) part->removeFromSuperview();
+  const auto children = childViewControllers();
+  for (const auto& child : children) child->removeFromParentViewController();
   wishes_.clear();
   build(size);
 }
