@@ -19,6 +19,8 @@ struct NibReading {
   std::function<std::string(const std::string& key, const std::string& base)> localized;
   std::function<std::shared_ptr<UIImage>(const std::string& name)> image;
   std::function<void(const std::string& problem)> report;
+  /// Whether what the document lays out from left to right is to go from right to left.
+  bool mirrored = false;
 
   std::map<std::string, id> objects;  // by the document's identifiers
   struct Connections {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "UIKit/Chrome+Private.h"
 #include "UIKit/UIImageView.h"
 
 namespace ios {
@@ -54,6 +55,16 @@ CGRect frameOf(const NibElement& element, NibReading& reading) {
   return CGRectZero;
 }
 
+/// Puts `view` where it is seen in a mirror that is `width` wide, and lets it stick to the other side.
+void mirror(UIView& view, CGFloat width) {
+  view.setFrame(chrome::mirrored(view.frame(), width, true));
+  constexpr unsigned kLeft = UIViewAutoresizingFlexibleLeftMargin,
+                     kRight = UIViewAutoresizingFlexibleRightMargin;
+  const unsigned mask = view.autoresizingMask();
+  view.setAutoresizingMask((mask & ~(kLeft | kRight)) | (mask & kLeft ? kRight : 0U) |
+                           (mask & kRight ? kLeft : 0U));
+}
+
 class ViewMaker {
  public:
   ViewMaker(const NibElement& element, NibReading& reading) : element_(element), reading_(reading) {}
@@ -73,7 +84,10 @@ class ViewMaker {
     }
     if (const NibElement* subviews = element_.child("subviews")) {
       for (const auto& inside : subviews->children) {
-        if (const auto subview = makeNibView(inside, reading_)) view_->addSubview(subview);
+        const auto subview = makeNibView(inside, reading_);
+        if (!subview) continue;
+        if (reading_.mirrored) mirror(*subview, view_->bounds().width());
+        view_->addSubview(subview);
       }
     }
     return view_;

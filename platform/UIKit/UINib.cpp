@@ -3,6 +3,7 @@
 #include "Device/Device.h"
 #include "Device/Files.h"
 #include "Dispatch/Queue.h"
+#include "UIKit/Chrome+Private.h"
 #include "UIKit/NibConnections+Private.h"
 #include "UIKit/UIImage.h"
 
@@ -63,9 +64,11 @@ std::vector<id> UINib::instantiateWithOwner(const id& owner) const {
   const auto document = readFileOfNib(*file, report);
   if (!document) return {};
 
-  // A document of a language's own folder has its texts in it.
-  const bool base = file->parent_path().filename() == "Base.lproj";
+  // A document of a language's own folder has its texts in it, and is laid out for it.
+  const auto folder = file->parent_path().filename();
+  const bool base = folder == "Base.lproj";
   NibReading reading;
+  reading.mirrored = (base || folder.extension() != ".lproj") && chrome::isMirrored();
   reading.report = [&](const std::string& problem) { report.add(problem); };
   reading.localized = [&](const std::string& key, const std::string& text) {
     if (!base) return text;

@@ -25,6 +25,8 @@ class UINib : public NSObject {
   /// Makes a new set of the document's objects, connects them to each other and to `owner` (may be empty),
   /// and returns those of the top level. In a document of the folder `Base.lproj` the texts are those of
   /// `<name>.strings` in the user's language, under "<object id>.text" and "<object id>.normalTitle".
+  /// It is laid out as in a mirror when the user's first language is written from right to left, unless it
+  /// lies in a language's own folder.
   /// Nothing, with a line on standard error, when there is no such file or it is none that can be read:
   /// malformed, larger than 1 MB, deeper than 64 levels or of more than 10,000 elements.
   std::vector<id> instantiateWithOwner(const id& owner) const;

@@ -197,7 +197,7 @@ TEST(Confirmation, FindsThePlayersMovieByTheFirstPieceOfTheIdentifier) {
       {"", AVPlayerStatusFailed},
       {"no such movie", std::nullopt},
       {"50%", std::nullopt},
-      {"cafÃ©", std::nullopt},
+      {"café", std::nullopt},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.identifier);

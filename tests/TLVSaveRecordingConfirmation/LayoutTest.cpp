@@ -104,6 +104,12 @@ TEST_P(Layout, FitsEveryLanguageAndOrientation) {
       // No text was left in English, and none is the same twice.
       EXPECT_NE(parts[2]->accessibilityLabel(), parts[3]->accessibilityLabel());
       EXPECT_EQ(std::string(language) == "en", parts[3]->accessibilityLabel() == "Save");
+      // Saving is where a line of the language ends.
+      const bool fromTheRight = std::string(language) == "ar" || std::string(language) == "he";
+      const auto middle = [](const UIView& part) {
+        return part.convertPointToView({part.bounds().midX(), part.bounds().midY()}, nullptr).x;
+      };
+      EXPECT_EQ(fromTheRight, middle(*parts[3]) < middle(*parts[2]));
       screen->dismissViewControllerAnimated(false);
       phone.runFor(0.5);
     }

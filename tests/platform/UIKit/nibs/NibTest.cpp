@@ -166,6 +166,36 @@ TEST_F(Nib, TextsAreInTheUsersLanguage) {
   EXPECT_EQ(screen->question.lock()->text(), "base");
 }
 
+TEST_F(Nib, IsMirroredForWhoReadsFromTheRightUnlessItIsOfTheirLanguage) {
+  TestPhone::Options options;
+  options.languages = {"he"};
+  const TestPhone phone(options);
+  const std::string inner =
+      "<view id=\"v\"><rect x=\"20\" y=\"30\" width=\"100\" height=\"40\"/>"
+      "<autoresizingMask flexibleMaxX=\"YES\" flexibleMinY=\"YES\"/><subviews>"
+      "<view id=\"w\"><rect x=\"5\" y=\"0\" width=\"10\" height=\"10\"/></view></subviews></view>";
+  struct Row {
+    const char* file;
+    CGRect frame, widened, inside;
+  };
+  const CGRect left = CGRectMake(20, 30, 100, 40), right = CGRectMake(180, 30, 100, 40);
+  for (const Row& row :
+       {Row{"Screen.xib", right, CGRectMake(280, 130, 100, 40), CGRectMake(85, 0, 10, 10)},
+        Row{"Base.lproj/Screen.xib", right, CGRectMake(280, 130, 100, 40), CGRectMake(85, 0, 10, 10)},
+        Row{"he.lproj/Screen.xib", left, CGRectMake(20, 130, 100, 40), CGRectMake(5, 0, 10, 10)}}) {
+    SCOPED_TRACE(row.file);
+    write(row.file, document(inner));
+    const auto screen = loaded();
+    EXPECT_EQ(log_, "");
+    const auto& view = screen->view()->subviews().at(0);
+    EXPECT_EQ(view->frame(), row.frame);
+    EXPECT_EQ(view->subviews().at(0)->frame(), row.inside);
+    screen->view()->setFrame(CGRectMake(0, 0, 400, 500));
+    EXPECT_EQ(view->frame(), row.widened);
+    std::filesystem::remove(folder_.path() / row.file);
+  }
+}
+
 TEST_F(Nib, WhatIsNotKnownCostsALineAndTheRestIsMade) {
   const TestPhone phone;
   const auto action = [](const std::string& attributes) { return button("<action " + attributes + "/>"); };
