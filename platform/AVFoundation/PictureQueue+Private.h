@@ -52,6 +52,8 @@ class PictureQueue : public std::enable_shared_from_this<PictureQueue> {
   void decode();
   std::optional<Picture> next(MediaFailure& failure);
   bool open(MediaFailure& failure);
+  /// Whether what is being decoded is of no use any more.
+  bool isSuperseded(std::uint64_t generation) const;
 
   const std::function<std::optional<std::filesystem::path>()> find_;
   const std::function<void()> came_;

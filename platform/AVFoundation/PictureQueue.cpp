@@ -98,6 +98,11 @@ std::optional<PictureQueue::Picture> PictureQueue::next(MediaFailure& failure) {
   return picture.image ? std::optional(std::move(picture)) : std::nullopt;
 }
 
+bool PictureQueue::isSuperseded(std::uint64_t generation) const {
+  MutexLock lock(mutex_);
+  return cancelled_ || generation != generation_;
+}
+
 // One picture a block, so that a seek or a release is heeded at once and other queues get their turns.
 void PictureQueue::decode() {
   MediaFailure failure;
@@ -115,8 +120,9 @@ void PictureQueue::decode() {
     held_ = std::nullopt;
     failure = reader_->seek(*seek);
     if (!failure) picture = next(failure);
-    // The picture shown at that time is the last that is not later.
-    while (picture && !failure) {
+    // The picture shown at that time is the last that is not later. It may be seconds of movie away from
+    // where reading can begin, and a finger on the bar asks for the next one long before.
+    while (picture && !failure && !isSuperseded(generation)) {
       auto following = next(failure);
       if (following && following->time <= *seek + kRounding) {
         picture = std::move(following);
