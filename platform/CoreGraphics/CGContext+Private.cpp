@@ -177,6 +177,15 @@ void CGContext::strokePath() {
   cairo_stroke(canvas);
 }
 
+namespace {
+
+cairo_filter_t filterOf(CGInterpolationQuality quality) {
+  if (quality == kCGInterpolationNone) return CAIRO_FILTER_NEAREST;
+  return quality == kCGInterpolationLow ? CAIRO_FILTER_BILINEAR : CAIRO_FILTER_GOOD;
+}
+
+}  // namespace
+
 void CGContext::drawImage(const CGRect& rect, const CGImage& image) {
   cairo_t* canvas = this->canvas();
   if (!canvas) return;
@@ -197,6 +206,7 @@ void CGContext::drawImage(const CGRect& rect, const CGImage& image) {
   cairo_pattern_set_matrix(pattern.get(), &toPixels);
   // Without it, an enlarged image fades into nothing at its edges.
   cairo_pattern_set_extend(pattern.get(), CAIRO_EXTEND_PAD);
+  cairo_pattern_set_filter(pattern.get(), filterOf(state().interpolation));
   cairo_new_path(canvas);
   cairo_rectangle(canvas, rect.minX(), rect.minY(), rect.width(), rect.height());
   cairo_set_source(canvas, pattern.get());

@@ -51,6 +51,7 @@ class CGContext {
     CGAffineTransform ctm;
     CGColor fill, stroke;
     CGFloat lineWidth = 1;
+    CGInterpolationQuality interpolation = kCGInterpolationDefault;
     /// What was clipped to since the state was saved, in the bitmap's coordinates.
     std::vector<std::shared_ptr<cairo_path_t>> clips;
   };

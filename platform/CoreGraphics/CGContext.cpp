@@ -65,6 +65,10 @@ void CGContextSetLineWidth(const CGContextRef& context, CGFloat width) {
   if (context) context->state().lineWidth = width > 0 ? width : 0;
 }
 
+void CGContextSetInterpolationQuality(const CGContextRef& context, CGInterpolationQuality quality) {
+  if (context) context->state().interpolation = quality;
+}
+
 void CGContextBeginTransparencyLayer(const CGContextRef& context) {
   if (context) context->beginLayer();
 }

@@ -33,6 +33,14 @@ CGContextRef CGBitmapContextCreate(void* data, std::size_t width, std::size_t he
 std::size_t CGBitmapContextGetWidth(const CGContextRef& context);
 std::size_t CGBitmapContextGetHeight(const CGContextRef& context);
 
+/// How an image that is stretched or shrunk is drawn.
+enum CGInterpolationQuality : int {
+  kCGInterpolationDefault = 0,  // as kCGInterpolationHigh
+  kCGInterpolationNone = 1,     // the nearest pixel
+  kCGInterpolationLow = 2,   // the four nearest pixels: fast, and rough at less than half of the image's size
+  kCGInterpolationHigh = 3,  // all the pixels that a pixel covers
+};
+
 void CGContextSaveGState(const CGContextRef& context);
 void CGContextRestoreGState(const CGContextRef& context);
 void CGContextScaleCTM(const CGContextRef& context, CGFloat sx, CGFloat sy);
@@ -43,6 +51,8 @@ CGAffineTransform CGContextGetCTM(const CGContextRef& context);
 void CGContextSetFillColorWithColor(const CGContextRef& context, const CGColor& color);
 void CGContextSetStrokeColorWithColor(const CGContextRef& context, const CGColor& color);
 void CGContextSetLineWidth(const CGContextRef& context, CGFloat width);
+/// Part of the state that is saved and restored.
+void CGContextSetInterpolationQuality(const CGContextRef& context, CGInterpolationQuality quality);
 /// Multiplies everything drawn inside with `alpha`, as one layer.
 void CGContextBeginTransparencyLayer(const CGContextRef& context);
 void CGContextEndTransparencyLayer(const CGContextRef& context, CGFloat alpha);

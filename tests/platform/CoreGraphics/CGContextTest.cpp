@@ -183,6 +183,34 @@ TEST(CGContext, DrawsImagesUprightByCopyAndByStretching) {
   }
 }
 
+TEST(CGContext, ShrinksAndEnlargesAsFinelyAsTheStateSays) {
+  // A white column in four, which only who looks at every pixel finds at a quarter of the size.
+  Canvas striped(32, 8);
+  striped.fill({{0, 0}, {32, 8}}, kBlack);
+  for (int x = 0; x < 32; x += 4) striped.fill({{x * 1.0, 0}, {1, 8}}, kWhite);
+  const CGImageRef fine = striped.image(true);
+  const auto shrunk = [&](CGInterpolationQuality quality) {
+    Canvas canvas(8, 2);
+    CGContextSetInterpolationQuality(canvas.context, quality);
+    CGContextDrawImage(canvas.context, {{0, 0}, {8, 2}}, fine);
+    return canvas.at(4, 1).argb & 255;
+  };
+  EXPECT_EQ(0u, shrunk(kCGInterpolationLow));
+  EXPECT_EQ(0u, shrunk(kCGInterpolationNone));
+  EXPECT_NEAR(64, static_cast<int>(shrunk(kCGInterpolationHigh)), 20);
+  EXPECT_EQ(shrunk(kCGInterpolationHigh), shrunk(kCGInterpolationDefault));
+
+  Canvas enlarged(12, 6);
+  CGContextSaveGState(enlarged.context);
+  CGContextSetInterpolationQuality(enlarged.context, kCGInterpolationNone);
+  CGContextDrawImage(enlarged.context, {{0, 0}, {6, 6}}, fourColours(true));
+  CGContextRestoreGState(enlarged.context);
+  CGContextDrawImage(enlarged.context, {{6, 0}, {6, 6}}, fourColours(true));
+  EXPECT_EQ(kRed, enlarged.at(2, 0));
+  EXPECT_EQ(kGreen, enlarged.at(3, 0));
+  EXPECT_FALSE(enlarged.at(8, 0) == kRed) << "the quality outlives its state";
+}
+
 // Copying rows must not differ from drawing in where it puts pixels, what it cuts off, or what shows through.
 TEST(CGContext, CopiesRowsExactlyAsItWouldDrawThem) {
   Canvas source(7, 5);
