@@ -8,6 +8,18 @@
 
 namespace ios {
 
+/// A movie's picture. While it plays there is a new one many times a second, and none is looked at for long.
+class PlayerPicture : public Subclass<PlayerPicture, UIImageView> {
+ public:
+  PlayerPicture();
+  static MethodList methods() { return {}; }
+  void setPlaying(bool playing);
+  void drawRect(const CGRect& rect) override;
+
+ private:
+  bool playing_ = false;
+};
+
 /// What a player shows, and the controls over it.
 class PlayerView : public Subclass<PlayerView, UIView> {
  public:
@@ -23,7 +35,7 @@ class PlayerView : public Subclass<PlayerView, UIView> {
   void hideControlsLater();
 
   std::shared_ptr<AVPlayer> player_;
-  std::shared_ptr<UIImageView> picture_;
+  std::shared_ptr<PlayerPicture> picture_;
   std::shared_ptr<CannotPlaySign> sign_;
   std::shared_ptr<PlayerControls> controls_;
   bool wasPlaying_ = false;

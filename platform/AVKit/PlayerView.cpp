@@ -2,10 +2,12 @@
 
 #include <utility>
 
+#include "CoreGraphics/CGContext.h"
 #include "Dispatch/Queue.h"
 #include "Dispatch/Time.h"
 #include "UIKit/UIColor.h"
 #include "UIKit/UIGestureRecognizer.h"
+#include "UIKit/UIGraphics.h"
 
 namespace ios {
 namespace {
@@ -16,14 +18,29 @@ constexpr CGFloat kSignSide = 64;
 
 }  // namespace
 
+PlayerPicture::PlayerPicture() {
+  setContentMode(UIViewContentMode::scaleAspectFit);
+}
+
+void PlayerPicture::setPlaying(bool playing) {
+  if (playing == std::exchange(playing_, playing)) return;
+  setNeedsDisplay();
+}
+
+void PlayerPicture::drawRect(const CGRect& rect) {
+  // The finest way takes the main thread longer than a refresh of the display.
+  CGContextSetInterpolationQuality(UIGraphicsGetCurrentContext(),
+                                   playing_ ? kCGInterpolationLow : kCGInterpolationHigh);
+  UIImageView::drawRect(rect);
+}
+
 PlayerView::PlayerView(CGRect frame)
     : Subclass(frame),
-      picture_(std::make_shared<UIImageView>()),
+      picture_(std::make_shared<PlayerPicture>()),
       sign_(std::make_shared<CannotPlaySign>()),
       controls_(std::make_shared<PlayerControls>()) {
   setBackgroundColor(UIColor::blackColor());
   setClipsToBounds(true);
-  picture_->setContentMode(UIViewContentMode::scaleAspectFit);
   sign_->setHidden(true);
   addSubview(picture_);
   addSubview(sign_);
@@ -66,6 +83,7 @@ void PlayerView::update() {
     picture_->setImage(image ? std::make_shared<UIImage>(image, 1) : nullptr);
   controls_->update();
   const bool playing = player_ && player_->rate() > 0;
+  picture_->setPlaying(playing);
   if (playing == std::exchange(wasPlaying_, playing)) return;
   showControls(true);
   if (playing) hideControlsLater();
