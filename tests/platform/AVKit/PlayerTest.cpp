@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 
 #include "AVFoundation/AVAssetWriter.h"
@@ -261,6 +262,26 @@ TEST(Player, SaysWhatItCannotPlay) {
     phone.runFor(0.5);
     EXPECT_EQ(0, phone.player().rate());
   }
+}
+
+// Its index is whole, its pictures are not: it was copied from somewhere, and not to the end.
+TEST(Player, PlaysAMovieThatBreaksOffUntilThereAndThenSaysSo) {
+  Screening phone;
+  const auto path = makeMovie(phone, 4), streamed = phone.folder() / "streamed.mov";
+  const std::string command =
+      "ffmpeg -v error -i '" + path.string() + "' -c copy -movflags +faststart '" + streamed.string() + "'";
+  ASSERT_EQ(0, std::system(command.c_str()));
+  std::filesystem::resize_file(streamed, std::filesystem::file_size(streamed) * 4 / 5);
+  phone.open(streamed);
+  phone.player().play();
+  phone.runFor(1);
+  EXPECT_EQ(1, phone.player().rate());
+  EXPECT_LE(Screening::picture().distance(colourAt(phone.time())), kLoss);
+  phone.runFor(5);
+  EXPECT_EQ(0, phone.player().rate());
+  EXPECT_EQ(AVPlayerStatusFailed, phone.player().status());
+  EXPECT_TRUE(phone.shows("Cannot Play"));
+  EXPECT_FALSE(phone.shows("Play"));
 }
 
 // The movie is opened once; who deletes it meanwhile does not disturb who watches it.
