@@ -170,28 +170,28 @@ TEST_F(Nib, IsMirroredForWhoReadsFromTheRightUnlessItIsOfTheirLanguage) {
   TestPhone::Options options;
   options.languages = {"he"};
   const TestPhone phone(options);
-  const std::string inner =
+  const std::string inside =
       "<view id=\"v\"><rect x=\"20\" y=\"30\" width=\"100\" height=\"40\"/>"
       "<autoresizingMask flexibleMaxX=\"YES\" flexibleMinY=\"YES\"/><subviews>"
-      "<view id=\"w\"><rect x=\"5\" y=\"0\" width=\"10\" height=\"10\"/></view></subviews></view>";
+      "<view id=\"w\"><rect x=\"5\" y=\"0\" width=\"10\" height=\"10\"/></view></subviews></view>"
+      "<view id=\"x\"><rect x=\"200\" y=\"0\" width=\"50\" height=\"9\"/>"
+      "<autoresizingMask flexibleMinX=\"YES\"/></view>";
   struct Row {
     const char* file;
-    CGRect frame, widened, inside;
+    CGFloat first, inFirst, firstWidened, secondWidened;  // left edges
   };
-  const CGRect left = CGRectMake(20, 30, 100, 40), right = CGRectMake(180, 30, 100, 40);
-  for (const Row& row :
-       {Row{"Screen.xib", right, CGRectMake(280, 130, 100, 40), CGRectMake(85, 0, 10, 10)},
-        Row{"Base.lproj/Screen.xib", right, CGRectMake(280, 130, 100, 40), CGRectMake(85, 0, 10, 10)},
-        Row{"he.lproj/Screen.xib", left, CGRectMake(20, 130, 100, 40), CGRectMake(5, 0, 10, 10)}}) {
+  for (const Row& row : {Row{"Screen.xib", 180, 85, 280, 50}, Row{"Base.lproj/Screen.xib", 180, 85, 280, 50},
+                         Row{"he.lproj/Screen.xib", 20, 5, 20, 300}}) {
     SCOPED_TRACE(row.file);
-    write(row.file, document(inner));
+    write(row.file, document(inside));
     const auto screen = loaded();
     EXPECT_EQ(log_, "");
-    const auto& view = screen->view()->subviews().at(0);
-    EXPECT_EQ(view->frame(), row.frame);
-    EXPECT_EQ(view->subviews().at(0)->frame(), row.inside);
+    const auto& first = screen->view()->subviews().at(0);
+    EXPECT_EQ(first->frame(), CGRectMake(row.first, 30, 100, 40));
+    EXPECT_EQ(first->subviews().at(0)->frame(), CGRectMake(row.inFirst, 0, 10, 10));
     screen->view()->setFrame(CGRectMake(0, 0, 400, 500));
-    EXPECT_EQ(view->frame(), row.widened);
+    EXPECT_EQ(first->frame(), CGRectMake(row.firstWidened, 130, 100, 40));
+    EXPECT_EQ(screen->view()->subviews().at(1)->frame(), CGRectMake(row.secondWidened, 0, 50, 9));
     std::filesystem::remove(folder_.path() / row.file);
   }
 }
