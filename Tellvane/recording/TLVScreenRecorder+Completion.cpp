@@ -23,9 +23,9 @@ void TLVScreenRecorder::completeRecordingSession(std::function<void(std::optiona
   const auto self = sharedAs<TLVScreenRecorder>();
   const auto save = [self, completion = std::move(completion)] {
     TLVPhotoAlbum::saveToPhotosAlbum(self->videoWriter_->outputURL(),
-                                     [completion](std::optional<std::string> localIdentifier) {
+                                     [self, completion](std::optional<std::string> localIdentifier) {
                                        if (completion) completion(std::move(localIdentifier));
-                                       removeTempFilePath(TLV_SCREEN_RECORDING_PATH());
+                                       self->removeOwnMovie();
                                      });
   };
   // Behind every render step that was queued, and from there behind the append step that the last of them
@@ -37,6 +37,10 @@ void TLVScreenRecorder::completeRecordingSession(std::function<void(std::optiona
           [save] { dispatch_async(dispatch_get_main_queue(), save); });
     });
   });
+}
+
+void TLVScreenRecorder::removeOwnMovie() const {
+  if (movieOwner_ == this) removeTempFilePath(TLV_SCREEN_RECORDING_PATH());
 }
 
 }  // namespace tellvane

@@ -23,6 +23,8 @@ NSURL tempFileURL() {
 
 }  // namespace
 
+std::atomic<const TLVScreenRecorder*> TLVScreenRecorder::movieOwner_ = nullptr;
+
 MethodList TLVScreenRecorder::methods() {
   return {{"writeVideoFrame", &TLVScreenRecorder::writeVideoFrame},
           {"handleAppBecameActive", &TLVScreenRecorder::handleAppBecameActive},
@@ -78,6 +80,7 @@ void TLVScreenRecorder::setUpWriter() {
   outputBufferPool_ = nullptr;
   CVPixelBufferPoolCreate(nullptr, pixelBufferAttributes(pixelSize()), outputBufferPool_);
 
+  movieOwner_ = this;
   removeTempFilePath(TLV_SCREEN_RECORDING_PATH());
   std::shared_ptr<NSError> error;
   const auto writer = AVAssetWriter::initWithURL(tempFileURL(), AVFileTypeQuickTimeMovie, error);

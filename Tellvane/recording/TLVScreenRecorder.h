@@ -96,7 +96,12 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
                                           const std::shared_ptr<AVCaptureConnection>& connection);
 
   // End: TLVScreenRecorder+Completion.cpp.
+  void removeOwnMovie() const;
   void completeRecordingSession(std::function<void(std::optional<std::string>)> completion);
+
+  // Every recording has the same temporary file. It belongs to the recorder that set up its writer last: an
+  // earlier one may still be saving. Compared, never followed.
+  static std::atomic<const TLVScreenRecorder*> movieOwner_;
 
   std::atomic<bool> isRecording_ = false;
   // A recorder stops once, whoever comes first: a trigger on the main thread, or the frame past the limit.

@@ -68,6 +68,7 @@ int copyContents(int from, int to) {
 }  // namespace
 
 std::optional<FileError> copyMovie(const std::filesystem::path& from, const std::filesystem::path& to) {
+  if (auto problem = diskRefusal("read", from)) return problem;
   // Not blocking: a pipe in the file's place must not hold the library up.
   Descriptor source(::open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   if (source.number() < 0) return FileError{errno, "read", from};

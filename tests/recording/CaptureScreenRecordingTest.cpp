@@ -10,6 +10,7 @@
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
 #include "UIKit/UIApplication.h"
 #include "front/Tellvane.h"
+#include "info/TLVConstants.h"
 #include "support/MovieProbe.h"
 #include "support/TestPhone.h"
 #include "triggers/UIApplication+TopViewController.h"
@@ -151,6 +152,40 @@ TEST(RecordingSession, TheNextOneMayStartWhileTheLastIsBeingSaved) {
   ASSERT_EQ(2u, movies.size());
   EXPECT_NEAR(1, MovieProbe(movies[0]).times('v').back(), 0.1);
   EXPECT_NEAR(2, MovieProbe(movies[1]).times('v').back(), 0.1);
+}
+
+// Both have the same temporary file, and the end of the first must not take that of the second.
+TEST(RecordingSession, TheNextOneMayEndWhileTheLastIsBeingSaved) {
+  SessionPhone phone;
+  const auto first = dispatch_semaphore_create(0), second = dispatch_semaphore_create(0);
+  std::atomic<int> opened = 0, written = 0;
+  const std::filesystem::path movie = TLV_SCREEN_RECORDING_PATH();
+  setDiskFault([&](const std::string& operation, const std::filesystem::path& path) {
+    if (path == movie && operation == "read" && ++opened == 2)
+      dispatch_semaphore_wait(second, DISPATCH_TIME_FOREVER);
+    const bool copies = operation == "write" && path.string().find("DCIM") != std::string::npos;
+    if (copies && ++written == 1) dispatch_semaphore_wait(first, DISPATCH_TIME_FOREVER);
+    return 0;
+  });
+  for (const double seconds : {1, 2}) {
+    TLVCaptureScreenRecording::shared()->captureScreenRecording();
+    phone.runFor(seconds);
+    TLVCaptureScreenRecording::shared()->stopRecording();
+    phone.runFor(1);
+  }
+  ASSERT_EQ(1, written);
+  dispatch_semaphore_signal(first);
+  phone.runFor(1);
+  ASSERT_EQ(1u, phone.movies().size());
+  ASSERT_EQ(2, opened) << "the second is about to be copied";
+  dispatch_semaphore_signal(second);
+  phone.runFor(1);
+  setDiskFault(nullptr);
+  const auto movies = phone.movies();
+  ASSERT_EQ(2u, movies.size());
+  EXPECT_NEAR(1, MovieProbe(movies[0]).times('v').back(), 0.1);
+  EXPECT_NEAR(2, MovieProbe(movies[1]).times('v').back(), 0.1);
+  EXPECT_FALSE(std::filesystem::exists(movie));
 }
 
 TEST(RecordingSession, IsStartedOnceWhileTheUserIsAskedForTheMicrophone) {
