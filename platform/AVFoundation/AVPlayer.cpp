@@ -123,7 +123,11 @@ void AVPlayer::picturesCame() {
   // The first picture, and the one after a seek, is shown whether or not it plays.
   if (!picture_ || sought_) {
     auto first = pictures_->takeNext();
-    if (!first) return;
+    if (!first) {
+      // Nothing comes after a seek to where the movie has no picture: what is shown stays.
+      if (pictures_->isAtEnd()) sought_ = false;
+      return;
+    }
     picture_ = std::move(first->image);
     sought_ = false;
     // Asked to play before there was anything to play: it begins now.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "CoreGraphics/CGImage.h"
+
 namespace ios {
 namespace {
 
@@ -41,6 +43,7 @@ std::unique_ptr<MovieReader> MovieReader::open(const std::filesystem::path& path
   }
   reader->codec_->pkt_timebase = stream.time_base;
   reader->codec_->thread_count = 1;
+  reader->codec_->max_pixels = CGImage::kMaximumPixels;  // refused before there is memory for it
   if ((failure = failed(kOpen, avcodec_parameters_to_context(reader->codec_.get(), stream.codecpar))) ||
       (failure = failed(kOpen, avcodec_open2(reader->codec_.get(), codec, nullptr)))) {
     return nullptr;

@@ -46,6 +46,7 @@ class PictureQueue : public std::enable_shared_from_this<PictureQueue> {
   /// Whether every picture was taken, and there are no more.
   bool isAtEnd() const;
   MediaFailure failure() const;
+  /// Seconds, as the movie says, or to the last picture that was decoded if that is later.
   double duration() const;
 
  private:

@@ -1,5 +1,6 @@
 #include "AVFoundation/PictureQueue+Private.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "AVFoundation/MoviePicture+Private.h"
@@ -111,7 +112,7 @@ void PictureQueue::decode() {
   std::uint64_t generation = 0;
   {
     MutexLock lock(mutex_);
-    if (isOpen) duration_ = reader_->duration();
+    if (isOpen) duration_ = std::max(duration_, reader_->duration());
     seek = std::exchange(wanted_, std::nullopt);
     generation = generation_;
   }
@@ -151,6 +152,8 @@ void PictureQueue::decode() {
       news = true;
     } else {
       any_ = true;
+      // A movie may say that it is shorter than it is, or not say it at all.
+      duration_ = std::max(duration_, picture->time);
       news = ready_.empty();
       ready_.push_back(std::move(*picture));
       more = ready_.size() < kAhead;

@@ -1,5 +1,6 @@
 #include "AVFoundation/PlayedSound+Private.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <utility>
@@ -14,6 +15,7 @@ namespace ios {
 namespace {
 
 constexpr int kRate = 44100, kChannels = 2;
+constexpr double kFarthest = 60;  // seconds of silence before a movie's sound, at most
 // How much lies ready in the sound server: what is heard after a pause.
 constexpr std::uint32_t kBuffered = kRate / 10 * kChannels * sizeof(std::int16_t);
 
@@ -37,6 +39,11 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
   }
 
  private:
+  struct Kind {
+    int format = 0, rate = 0, channels = 0;
+    bool operator==(const Kind&) const = default;
+  };
+
   bool open() {
     MediaFailure failure;
     const auto path = find_();
@@ -58,7 +65,8 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
     const AVFrame* frame = reader_->next(failure);
     if (!frame || !prepare(*frame)) return false;
     const int most = swr_get_out_samples(resampler_.get(), frame->nb_samples);
-    std::vector<std::int16_t> samples(static_cast<std::size_t>(std::max(most, 0)) * kChannels);
+    if (most < 0) return false;
+    std::vector<std::int16_t> samples(static_cast<std::size_t>(most) * kChannels);
     auto* out = reinterpret_cast<std::uint8_t*>(samples.data());
     const int got = swr_convert(resampler_.get(), &out, most,
                                 const_cast<const std::uint8_t**>(frame->extended_data), frame->nb_samples);
@@ -71,8 +79,11 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
     return library_.write(connection_, samples.data(), samples.size() * sizeof(std::int16_t), &error) >= 0;
   }
 
+  /// Sound may change its kind in the middle of a movie; the resampler reads as many channels as it was made
+  /// for.
   bool prepare(const AVFrame& frame) {
-    if (resampler_) return true;
+    const Kind kind{frame.format, frame.sample_rate, frame.ch_layout.nb_channels};
+    if (resampler_ && kind == kind_) return true;
     AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO, own = frame.ch_layout;
     SwrContext* resampler = nullptr;
     if (swr_alloc_set_opts2(&resampler, &stereo, AV_SAMPLE_FMT_S16, kRate, &own,
@@ -80,16 +91,17 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
       return false;
     }
     resampler_.reset(resampler);
+    kind_ = kind;
     return swr_init(resampler) >= 0;
   }
 
   /// The first sound begins where the picture does: what is earlier is cut, what is missing is silence.
   void align(std::vector<std::int16_t>& samples, double time) {
     if (aligned_) return;
-    const long missing = std::lround((time - from_) * kRate) * kChannels;
+    // A damaged movie's times may be any.
+    const long missing = std::lround(std::clamp(time - from_, -kFarthest, kFarthest) * kRate) * kChannels;
     if (missing >= 0) {
-      samples.insert(samples.begin(),
-                     static_cast<std::size_t>(std::min<long>(missing, 60 * kRate * kChannels)), 0);
+      samples.insert(samples.begin(), static_cast<std::size_t>(missing), 0);
       aligned_ = true;
     } else if (static_cast<std::size_t>(-missing) < samples.size()) {
       samples.erase(samples.begin(), samples.begin() - missing);
@@ -107,6 +119,7 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
   void* connection_ = nullptr;
   std::unique_ptr<MovieReader> reader_;
   ffmpeg::Resampler resampler_;
+  Kind kind_;  // of sound that the resampler takes
   bool aligned_ = false;
 };
 

@@ -284,6 +284,63 @@ TEST(Player, PlaysAMovieThatBreaksOffUntilThereAndThenSaysSo) {
   EXPECT_FALSE(phone.shows("Play"));
 }
 
+/// Overwrites the length in a movie's header box: version and flags, two dates, the timescale, the length.
+void sayHalfASecond(const std::filesystem::path& path, const std::string& header) {
+  std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+  const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+  const auto box = bytes.find(header);
+  ASSERT_NE(box, std::string::npos) << header;
+  ASSERT_EQ(0, bytes[box + 4]) << "of the short kind";
+  std::uint32_t timescale = 0;
+  for (std::size_t i = 0; i < 4; ++i)
+    timescale = timescale << 8 | static_cast<std::uint8_t>(bytes[box + 16 + i]);
+  file.seekp(static_cast<std::streamoff>(box + 20));
+  for (const int shift : {24, 16, 8, 0}) file.put(static_cast<char>(timescale / 2 >> shift));
+}
+
+// A damaged movie may say anything of its length.
+TEST(Player, PlaysAMovieThatSaysTooLittleOfItsLengthToItsEnd) {
+  Screening phone;
+  const auto ends = std::make_shared<Ends>();
+  NSNotificationCenter::defaultCenter()->addObserver(ends, "ended", AVPlayerItemDidPlayToEndTimeNotification,
+                                                     nullptr);
+  const auto path = makeMovie(phone, 2);
+  for (const char* header : {"mvhd", "mdhd"}) sayHalfASecond(path, header);
+  phone.open(path);
+  ASSERT_EQ(AVPlayerStatusReadyToPlay, phone.player().status());
+  phone.player().play();
+  phone.runFor(1);
+  EXPECT_EQ(1, phone.player().rate());
+  EXPECT_LE(Screening::picture().distance(colourAt(phone.time())), kLoss) << "at " << phone.time();
+  phone.runFor(3);
+  EXPECT_EQ(0, phone.player().rate());
+  EXPECT_EQ(1, ends->count);
+  EXPECT_LE(Screening::picture().distance(colourAt(1.99)), kLoss);
+}
+
+TEST(Player, PlaysSoundThatIsLongerThanThePictures) {
+  Screening phone;
+  const auto ends = std::make_shared<Ends>();
+  NSNotificationCenter::defaultCenter()->addObserver(ends, "ended", AVPlayerItemDidPlayToEndTimeNotification,
+                                                     nullptr);
+  const auto path = makeMovie(phone, 1 / 30.0), longer = phone.folder() / "longer.mov";
+  const std::string command = "ffmpeg -v error -i '" + path.string() +
+                              "' -f lavfi -i sine=duration=2 -c:v copy -c:a aac '" + longer.string() + "'";
+  ASSERT_EQ(0, std::system(command.c_str()));
+  phone.open(longer);
+  phone.player().play();
+  phone.runFor(1.5);
+  EXPECT_EQ(1, phone.player().rate());
+  EXPECT_NEAR(1.5, phone.time(), 0.05);
+  phone.player().seekToTime(CMTimeMake(1, 1));
+  phone.runFor(0.5);
+  EXPECT_EQ(1, phone.player().rate());
+  EXPECT_LE(Screening::picture().distance(colourAt(0)), kLoss) << "the one picture stays";
+  phone.runFor(2);
+  EXPECT_EQ(0, phone.player().rate());
+  EXPECT_EQ(1, ends->count);
+}
+
 // The movie is opened once; who deletes it meanwhile does not disturb who watches it.
 TEST(Player, FinishesAMovieThatIsDeletedMeanwhile) {
   Screening phone;
