@@ -11,7 +11,8 @@ class PlayerView;
 
 /// Shows a player's movie, as large as its view allows and on black, with controls over it: play and pause,
 /// where it stands, a bar to move along. The controls go a few seconds after playing began and come back with
-/// a tap. A movie that cannot be played shows a crossed-out sign instead. Main thread.
+/// a tap. It pauses when the application goes to the background. A movie that cannot be played shows a
+/// crossed-out sign instead. Main thread.
 class AVPlayerViewController : public Subclass<AVPlayerViewController, UIViewController> {
  public:
   using Subclass::Subclass;

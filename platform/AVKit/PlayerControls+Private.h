@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "AVFoundation/AVPlayer.h"
 #include "UIKit/UIControl.h"
@@ -54,6 +56,8 @@ class PlayerControls : public Subclass<PlayerControls, UIView> {
   static MethodList methods();
   void setPlayer(std::shared_ptr<AVPlayer> player);
   void update();
+  /// Called when a finger moved along the bar.
+  void setOnMove(std::function<void()> moved) { onMove_ = std::move(moved); }
   void layoutSubviews() override;
   /// Beside the controls, touches are the picture's.
   bool pointInside(CGPoint point, const std::shared_ptr<UIEvent>& event) const override;
@@ -68,6 +72,7 @@ class PlayerControls : public Subclass<PlayerControls, UIView> {
   std::shared_ptr<PlayButton> small_, large_;
   std::shared_ptr<UILabel> elapsed_, remaining_;
   std::shared_ptr<PlayerBar> bar_;
+  std::function<void()> onMove_;
   bool connected_ = false;
 };
 

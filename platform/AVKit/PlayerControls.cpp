@@ -217,6 +217,7 @@ void PlayerControls::playOrPause() {
 void PlayerControls::moved() {
   if (player_)
     player_->seekToTime(CMTimeMakeWithSeconds(bar_->share() * CMTimeGetSeconds(player_->duration()), 600));
+  if (onMove_) onMove_();
 }
 
 }  // namespace ios

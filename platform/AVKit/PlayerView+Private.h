@@ -30,6 +30,8 @@ class PlayerView : public Subclass<PlayerView, UIView> {
 
  private:
   void tapped();
+  /// Nobody watches: the application went to the background.
+  void unseen();
   void update();
   void showControls(bool shown);
   void hideControlsLater();

@@ -5,6 +5,8 @@
 #include "CoreGraphics/CGContext.h"
 #include "Dispatch/Queue.h"
 #include "Dispatch/Time.h"
+#include "Foundation/NSNotificationCenter.h"
+#include "UIKit/UIApplication.h"
 #include "UIKit/UIColor.h"
 #include "UIKit/UIGestureRecognizer.h"
 #include "UIKit/UIGraphics.h"
@@ -48,7 +50,7 @@ PlayerView::PlayerView(CGRect frame)
 }
 
 MethodList PlayerView::methods() {
-  return {{"tapped", &PlayerView::tapped}};
+  return {{"tapped", &PlayerView::tapped}, {"unseen", &PlayerView::unseen}};
 }
 
 void PlayerView::setPlayer(std::shared_ptr<AVPlayer> player) {
@@ -64,8 +66,19 @@ void PlayerView::setPlayer(std::shared_ptr<AVPlayer> player) {
 }
 
 void PlayerView::layoutSubviews() {
-  if (!std::exchange(recognizes_, true))
+  if (!std::exchange(recognizes_, true)) {
     addGestureRecognizer(std::make_shared<UITapGestureRecognizer>(shared_from_this(), "tapped"));
+    NSNotificationCenter::defaultCenter()->addObserver(shared_from_this(), "unseen",
+                                                       UIApplicationDidEnterBackgroundNotification, nullptr);
+    // They go some time after the last touch, not under the finger.
+    const std::weak_ptr<PlayerView> weak = sharedAs<PlayerView>();
+    controls_->setOnMove([weak] {
+      const auto self = weak.lock();
+      if (!self || !self->wasPlaying_) return;
+      self->showControls(true);
+      self->hideControlsLater();
+    });
+  }
   picture_->setFrame(bounds());
   controls_->setFrame(bounds());
   sign_->setFrame(
@@ -87,6 +100,10 @@ void PlayerView::update() {
   if (playing == std::exchange(wasPlaying_, playing)) return;
   showControls(true);
   if (playing) hideControlsLater();
+}
+
+void PlayerView::unseen() {
+  if (player_) player_->pause();
 }
 
 void PlayerView::tapped() {

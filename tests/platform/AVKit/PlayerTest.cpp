@@ -193,10 +193,13 @@ TEST(Player, ControlsGoWhileItPlaysAndComeBackWithATap) {
   phone.runFor(1);
   EXPECT_TRUE(phone.shows("Pause"));
   // Half of the bar.
+  phone.runFor(1);
   phone.tap({188, 645});
   phone.runFor(0.2);
   EXPECT_NEAR(6, phone.time(), 1.5);
-  phone.runFor(4);
+  phone.runFor(1.5);
+  EXPECT_TRUE(phone.shows("Pause")) << "the bar was touched";
+  phone.runFor(2.5);
   EXPECT_FALSE(phone.shows("Pause"));
 }
 
@@ -350,6 +353,22 @@ TEST(Player, FinishesAMovieThatIsDeletedMeanwhile) {
   phone.runFor(0.5);
   std::filesystem::remove(path);
   phone.runFor(1);
+  EXPECT_LE(Screening::picture().distance(colourAt(phone.time())), kLoss);
+}
+
+TEST(Player, PausesWhenTheApplicationIsLeft) {
+  Screening phone;
+  phone.open(makeMovie(phone, 3));
+  phone.player().play();
+  phone.runFor(0.5);
+  UIApplication::sharedApplication()->moveToBackground("home");
+  phone.runFor(10);
+  UIApplication::sharedApplication()->moveToForeground();
+  phone.runFor(0.5);
+  EXPECT_EQ(0, phone.player().rate());
+  EXPECT_NEAR(0.5, phone.time(), 0.1);
+  ASSERT_TRUE(phone.tapText("Play"));
+  phone.runFor(0.5);
   EXPECT_LE(Screening::picture().distance(colourAt(phone.time())), kLoss);
 }
 
