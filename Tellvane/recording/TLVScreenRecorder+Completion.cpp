@@ -33,8 +33,10 @@ void TLVScreenRecorder::completeRecordingSession(std::function<void(std::optiona
   dispatch_async(render_queue_, [self, save] {
     dispatch_sync(self->append_pixelBuffer_queue_, [self, save] {
       self->videoWriterInput_->markAsFinished();
-      self->videoWriter_->finishWritingWithCompletionHandler(
-          [save] { dispatch_async(dispatch_get_main_queue(), save); });
+      self->videoWriter_->finishWritingWithCompletionHandler([self, save] {
+        movieOwner_ = self.get();
+        dispatch_async(dispatch_get_main_queue(), save);
+      });
     });
   });
 }

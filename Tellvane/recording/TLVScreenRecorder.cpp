@@ -80,7 +80,6 @@ void TLVScreenRecorder::setUpWriter() {
   outputBufferPool_ = nullptr;
   CVPixelBufferPoolCreate(nullptr, pixelBufferAttributes(pixelSize()), outputBufferPool_);
 
-  movieOwner_ = this;
   removeTempFilePath(TLV_SCREEN_RECORDING_PATH());
   std::shared_ptr<NSError> error;
   const auto writer = AVAssetWriter::initWithURL(tempFileURL(), AVFileTypeQuickTimeMovie, error);

@@ -99,8 +99,8 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   void removeOwnMovie() const;
   void completeRecordingSession(std::function<void(std::optional<std::string>)> completion);
 
-  // Every recording has the same temporary file. It belongs to the recorder that set up its writer last: an
-  // earlier one may still be saving. Compared, never followed.
+  // Every recording has the same temporary file. It belongs to the recorder that finished its movie last: an
+  // earlier one may still be saving its own. Compared, never followed.
   static std::atomic<const TLVScreenRecorder*> movieOwner_;
 
   std::atomic<bool> isRecording_ = false;
