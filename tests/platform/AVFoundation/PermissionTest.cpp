@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "AVFoundation/AVAudioSession.h"
-#include "Device/PermissionPrompt.h"
 #include "Device/Device.h"
+#include "Device/PermissionPrompt.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
 #include "Studio.h"
