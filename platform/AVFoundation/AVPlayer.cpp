@@ -15,6 +15,8 @@ namespace ios {
 namespace {
 
 constexpr CMTimeScale kTimescale = 600;  // the custom for movies
+// How far a movie plays on under one picture before the observer hears of it.
+constexpr double kStillness = 0.1;
 
 std::optional<std::filesystem::path> movieAt(const NSURL& url) {
   if (url.isFileURL()) return url.filePath();
@@ -81,9 +83,12 @@ void AVPlayer::pause() {
   if (!playing_) return;
   setPlaying(false);
   // Its time may have come since the display's last refresh.
-  if (auto newest = sought_ ? std::nullopt : pictures_->takeUntil(standsAt_)) {
-    picture_ = std::move(newest->image);
-    pictures_->fill();
+  // The first picture is not for here: it makes the player ready.
+  if (status_ == AVPlayerStatusReadyToPlay && !sought_) {
+    if (auto newest = pictures_->takeUntil(standsAt_)) {
+      picture_ = std::move(newest->image);
+      pictures_->fill();
+    }
   }
   tell();
 }
@@ -145,6 +150,8 @@ void AVPlayer::refresh() {
     picture_ = std::move(newest->image);
     pictures_->fill();
     tell();
+  } else if (time - toldAt_ >= kStillness) {
+    tell();
   }
   if (pictures_->isAtEnd() && time >= pictures_->duration()) arriveAtEnd();
 }
@@ -157,7 +164,8 @@ void AVPlayer::arriveAtEnd() {
   NSNotificationCenter::defaultCenter()->postNotificationName(AVPlayerItemDidPlayToEndTimeNotification, self);
 }
 
-void AVPlayer::tell() const {
+void AVPlayer::tell() {
+  toldAt_ = position();
   // What it calls may replace it.
   if (const auto changed = changed_) changed();
 }

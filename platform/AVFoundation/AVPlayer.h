@@ -56,7 +56,8 @@ class AVPlayer : public Subclass<AVPlayer, NSObject> {
 
   /// The movie's picture at the current time: the last whose time has come. Empty until the first is there.
   const CGImageRef& currentPicture() const { return picture_; }
-  /// Called on the main thread when the picture, the status or the rate has changed.
+  /// Called on the main thread when the picture, the status or the rate has changed, and now and again while
+  /// it plays on under one picture.
   void setObserver(std::function<void()> changed) { changed_ = std::move(changed); }
 
  private:
@@ -66,7 +67,7 @@ class AVPlayer : public Subclass<AVPlayer, NSObject> {
   void refresh();
   void setPlaying(bool playing);
   void arriveAtEnd();
-  void tell() const;
+  void tell();
 
   std::shared_ptr<PictureQueue> pictures_;
   std::shared_ptr<CADisplayLink> link_;  // while it plays
@@ -79,6 +80,7 @@ class AVPlayer : public Subclass<AVPlayer, NSObject> {
   bool sought_ = false;      // the picture of the new position has not come yet
   double standsAt_ = 0;      // seconds of movie, while it does not play or when it began to
   double playingSince_ = 0;  // on the device's clock
+  double toldAt_ = 0;        // seconds of movie
   std::function<void()> changed_;
 };
 

@@ -17,6 +17,13 @@ const std::string kDecode = "decode the movie";
 std::unique_ptr<MovieReader> MovieReader::open(const std::filesystem::path& path, AVMediaType kind,
                                                MediaFailure& failure) {
   ffmpeg::keepQuiet();
+  // A pipe would keep the queue waiting for whoever writes to it, for ever.
+  std::error_code ignored;
+  if (const auto status = std::filesystem::status(path, ignored);
+      std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    failure = MediaError::refusal(kOpen, "it is no file");
+    return nullptr;
+  }
   std::unique_ptr<MovieReader> reader(new MovieReader);
   AVFormatContext* input = nullptr;
   AVDictionary* options = nullptr;

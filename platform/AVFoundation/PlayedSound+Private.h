@@ -20,7 +20,7 @@ class PlayedSound {
  private:
   class Output;
   explicit PlayedSound(std::shared_ptr<Output> output);
-  const std::shared_ptr<Output> output_;
+  std::shared_ptr<Output> output_;
 };
 
 }  // namespace ios

@@ -31,7 +31,12 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
     if (connection_) library_.close(connection_);
   }
 
-  void stop() { stopped_ = true; }
+  /// The last reference goes on the queue: closing a connection may wait for the server.
+  static void stop(std::shared_ptr<Output> output) {
+    output->stopped_ = true;
+    const dispatch_queue_t queue = output->queue_;
+    dispatch_async(queue, [output = std::move(output)] {});
+  }
   void goOn() {
     dispatch_async(queue_, [self = shared_from_this()] {
       if (!self->stopped_ && (self->connection_ || self->open()) && self->playSome()) self->goOn();
@@ -54,6 +59,7 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
     const pulse::BufferSizes sizes{pulse::kDefault, kBuffered, pulse::kDefault, pulse::kDefault,
                                    pulse::kDefault};
     int error = 0;
+    const WorkerPool::BlockedThread blocked;
     connection_ = library_.open(nullptr, "iOS device", pulse::kPlayback, nullptr, "movie", &spec, nullptr,
                                 &sizes, &error);
     return connection_ != nullptr;
@@ -135,7 +141,7 @@ std::unique_ptr<PlayedSound> PlayedSound::start(std::function<std::optional<std:
 PlayedSound::PlayedSound(std::shared_ptr<Output> output) : output_(std::move(output)) {}
 
 PlayedSound::~PlayedSound() {
-  output_->stop();
+  Output::stop(std::move(output_));
 }
 
 }  // namespace ios

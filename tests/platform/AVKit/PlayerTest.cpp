@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -10,6 +11,8 @@
 #include "CoreVideo/CVPixelBuffer.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
+#include "Dispatch/Semaphore.h"
+#include "Dispatch/Time.h"
 #include "Foundation/NSNotificationCenter.h"
 #include "UIKit/UIGraphics.h"
 #include "UIKit/UIImage.h"
@@ -215,6 +218,51 @@ TEST(Player, ThatIsAskedBeforeItHasReadAnythingBeginsAtTheBeginning) {
   EXPECT_NEAR(0.5, CMTimeGetSeconds(player->currentTime()), 0.05);
 }
 
+// The first picture is decoded while the main thread has not heard of it yet.
+TEST(Player, ThatIsPausedBeforeItIsReadyBecomesReady) {
+  Screening phone;
+  const auto player = AVPlayer::playerWithURL(NSURL::fileURLWithPath(makeMovie(phone, 1)));
+  player->play();
+  // A wait of the main thread ends when no other has anything to do.
+  dispatch_semaphore_wait(dispatch_semaphore_create(0), dispatch_time(DISPATCH_TIME_NOW, 10'000'000));
+  player->pause();
+  EXPECT_EQ(AVPlayerStatusUnknown, player->status());
+  phone.runFor(0.5);
+  EXPECT_EQ(AVPlayerStatusReadyToPlay, player->status());
+  EXPECT_TRUE(player->currentPicture());
+  EXPECT_EQ(0, CMTimeGetSeconds(player->currentTime()));
+}
+
+// Whoever takes another way of coding colours than the movie's shows them near, but not right.
+TEST(Player, ShowsColoursAsTheMovieSaysTheyAreCoded) {
+  struct Row {
+    const char *name, *size, *converted, *tags;
+  };
+  const Row rows[] = {
+      {"of television", "96x64", "out_color_matrix=bt601:out_range=tv", "-colorspace smpte170m"},
+      {"of television, large", "1280x720", "out_color_matrix=bt601:out_range=tv", "-colorspace smpte170m"},
+      {"of high definition", "96x64", "out_color_matrix=bt709:out_range=tv", "-colorspace bt709"},
+      {"of the whole range", "96x64", "out_color_matrix=bt601:out_range=pc",
+       "-colorspace smpte170m -color_range pc"},
+      {"of high definition, the whole range", "96x64", "out_color_matrix=bt709:out_range=pc",
+       "-colorspace bt709 -color_range pc"},
+      {"small, without a word", "96x64", "out_color_matrix=bt601:out_range=tv", ""},
+      {"large, without a word", "1280x720", "out_color_matrix=bt709:out_range=tv", ""},
+  };
+  Screening phone;
+  const auto path = phone.folder() / "coded.mov";
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::string command = std::string("ffmpeg -v error -y -f lavfi -i color=0x28A03C:s=") + row.size +
+                                ":d=0.1,format=bgra -vf scale=" + row.converted +
+                                ",format=yuv420p -c:v libx264 -qp 1 " + row.tags + " '" + path.string() + "'";
+    ASSERT_EQ(0, std::system(command.c_str()));
+    phone.open(path);
+    ASSERT_EQ(AVPlayerStatusReadyToPlay, phone.player().status());
+    EXPECT_LE(Screening::picture().distance({0x28, 0xA0, 0x3C}), 3);
+  }
+}
+
 TEST(Player, PlaysOddSizes) {
   Screening phone;
   phone.open(makeMovie(phone, 0.5, 97, 61));
@@ -230,6 +278,11 @@ TEST(Player, SaysWhatItCannotPlay) {
   const Row rows[] = {
       {"no file", [](Screening& phone) { return NSURL::fileURLWithPath(phone.folder() / "none.mov"); }},
       {"a folder", [](Screening& phone) { return NSURL::fileURLWithPath(phone.folder()); }},
+      {"a pipe that nobody writes to",
+       [](Screening& phone) {
+         EXPECT_EQ(0, ::mkfifo((phone.folder() / "pipe.mov").c_str(), 0600));
+         return NSURL::fileURLWithPath(phone.folder() / "pipe.mov");
+       }},
       {"no movie",
        [](Screening& phone) {
          std::ofstream(phone.folder() / "text.mov") << "not a movie";
@@ -335,6 +388,7 @@ TEST(Player, PlaysSoundThatIsLongerThanThePictures) {
   phone.runFor(1.5);
   EXPECT_EQ(1, phone.player().rate());
   EXPECT_NEAR(1.5, phone.time(), 0.05);
+  EXPECT_TRUE(phone.shows("0:01")) << "the times go on, though the picture is the same";
   phone.player().seekToTime(CMTimeMake(1, 1));
   phone.runFor(0.5);
   EXPECT_EQ(1, phone.player().rate());
@@ -374,6 +428,7 @@ TEST(Player, PausesWhenTheApplicationIsLeft) {
 
 TEST(Player, IsLetGoInAnyState) {
   Screening phone;
+  const std::string kNothing = Clock::shared().pending();
   const auto url = NSURL::fileURLWithPath(makeMovie(phone, 2));
   for (const double seconds : {0.0, 0.01, 0.5}) {
     auto player = AVPlayer::playerWithURL(url);
@@ -384,7 +439,23 @@ TEST(Player, IsLetGoInAnyState) {
     EXPECT_TRUE(watched.expired()) << "its display link keeps it: it would play on unseen";
     phone.runFor(0.5);
   }
+  // While it decodes: nobody has waited for it.
+  for (const bool seeks : {false, true}) {
+    auto player = AVPlayer::playerWithURL(url);
+    if (seeks) phone.runFor(0.1);
+    if (seeks) player->seekToTime(CMTimeMake(3, 2));
+    const std::weak_ptr<AVPlayer> watched = player;
+    player = nullptr;
+    EXPECT_TRUE(watched.expired());
+    phone.runFor(0.5);
+  }
+  EXPECT_EQ(kNothing, Clock::shared().pending()) << "something goes on without them";
   phone.open(url);
+  phone.player().play();
+  phone.runFor(0.3);
+  phone.player().pause();
+  phone.runFor(4);
+  EXPECT_EQ(kNothing, Clock::shared().pending()) << "it works though it is paused";
   phone.player().play();
   phone.runFor(0.3);
   phone.controller->setPlayer(nullptr);
