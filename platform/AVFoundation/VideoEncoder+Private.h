@@ -4,7 +4,9 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <vector>
 
+#include "AVFoundation/EncodingThread+Private.h"
 #include "AVFoundation/FFmpeg+Private.h"
 #include "AVFoundation/PictureConverter+Private.h"
 #include "AVFoundation/RepeatedPictures+Private.h"
@@ -12,7 +14,8 @@
 
 namespace ios {
 
-/// H.264 of a movie's picture. Pictures that equal the one before cost next to nothing, once the encoder has
+/// H.264 of a movie's pictures. A picture is converted by who appends it and encoded on a thread of its own
+/// while the next one is drawn. Pictures that equal the one before cost next to nothing, once the encoder has
 /// brought the still picture to good quality. Used by one thread at a time.
 class VideoEncoder {
  public:
@@ -30,7 +33,9 @@ class VideoEncoder {
   static std::unique_ptr<VideoEncoder> open(const Settings& settings, MediaFailure& failure);
 
   ffmpeg::Stream stream() const { return ffmpeg::streamOf(*codec_); }
-  /// `time` in units of 1 / `kTimescale` s, greater than the last one. Packets come out in order, one late.
+  /// `time` in units of 1 / `kTimescale` s, greater than the last one. What comes of a picture, packets in
+  /// their order or a failure, comes out of the next call. Returns when that picture can be encoded: a caller
+  /// who is quicker than the encoder waits here, so `buffer` is the only one in use.
   [[nodiscard]] MediaFailure encode(const CVPixelBufferRef& buffer, std::int64_t time,
                                     const ffmpeg::PacketSink& sink);
   /// What is still inside. Nothing can be encoded afterwards.
@@ -44,6 +49,8 @@ class VideoEncoder {
   };
   VideoEncoder(const Settings& settings, ffmpeg::CodecContext codec);
   bool mayRepeat() const;
+  /// Waits for the picture that is being encoded, and gives out what came of it.
+  MediaFailure settle(const ffmpeg::PacketSink& sink);
   MediaFailure take(AVPacket& packet, const ffmpeg::PacketSink& sink);
   /// Gives out the repeated pictures whose turn it is.
   MediaFailure giveRepeated(const ffmpeg::PacketSink& sink);
@@ -58,6 +65,10 @@ class VideoEncoder {
   int sinceKey_ = 0;          // pictures since the last key picture
   int quantiser_ = 51;        // of the last picture that came out; coarsest at first
   std::int64_t lastTime_ = -1;
+  std::vector<ffmpeg::Packet>
+      encoded_;  // with `outcome_`: written by the thread, read when it has been waited for
+  MediaFailure outcome_;
+  EncodingThread thread_;  // the first to go: it uses the rest
 };
 
 }  // namespace ios

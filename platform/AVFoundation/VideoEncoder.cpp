@@ -114,6 +114,7 @@ MediaFailure VideoEncoder::encode(const CVPixelBufferRef& buffer, std::int64_t t
   if (auto fault = codecFault(kEncode)) return fault;
   bool changed = false;
   if (auto failure = converter_.convert(buffer, changed)) return failure;
+  if (auto failure = settle(sink)) return failure;
   unchanged_ = changed ? 0 : unchanged_ + 1;
   if (!changed && mayRepeat()) {
     ++sinceKey_;
@@ -127,10 +128,30 @@ MediaFailure VideoEncoder::encode(const CVPixelBufferRef& buffer, std::int64_t t
   picture->pict_type = key ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
   sinceKey_ = key ? 1 : sinceKey_ + 1;
   queue_.push_back({false, key, time});
-  return ffmpeg::encode(*codec_, picture, kEncode, [&](AVPacket& packet) { return take(packet, sink); });
+  thread_.begin([this, picture] {
+    outcome_ = ffmpeg::encode(*codec_, picture, kEncode, [this](AVPacket& packet) -> MediaFailure {
+      ffmpeg::Packet kept(av_packet_alloc());
+      if (!kept) return failed(kEncode, AVERROR(ENOMEM));
+      av_packet_move_ref(kept.get(), &packet);
+      encoded_.push_back(std::move(kept));
+      return std::nullopt;
+    });
+  });
+  return std::nullopt;
+}
+
+MediaFailure VideoEncoder::settle(const ffmpeg::PacketSink& sink) {
+  thread_.wait();
+  const auto encoded = std::exchange(encoded_, {});
+  auto failure = std::exchange(outcome_, std::nullopt);
+  for (const auto& packet : encoded) {
+    if (!failure) failure = take(*packet, sink);
+  }
+  return failure;
 }
 
 MediaFailure VideoEncoder::flush(const ffmpeg::PacketSink& sink) {
+  if (auto failure = settle(sink)) return failure;
   if (auto fault = codecFault(kFlush)) return fault;
   return ffmpeg::encode(*codec_, nullptr, kFlush, [&](AVPacket& packet) { return take(packet, sink); });
 }
