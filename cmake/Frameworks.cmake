@@ -8,6 +8,12 @@
 #
 # ios_NAME_headers is the include root alone; ios_NAME adds the platform's one shared image.
 include_guard()
+if(TELLVANE_SANITIZE)
+  add_compile_options(-fsanitize=${TELLVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${TELLVANE_SANITIZE})
+endif()
+include(Precompiled)
+precompiled_headers(framework_headers LIBRARY ${standard_headers})
 
 # check_headers compiles each header that others may include alone and included twice, seeing no more than its users do.
 add_custom_target(check_headers)
@@ -41,6 +47,7 @@ function(ios_framework name)
 
   add_library(ios_${name}_objects OBJECT ${arg_SOURCES})
   target_link_libraries(ios_${name}_objects PRIVATE ios_${name}_headers ${arg_USES} ${arg_THIRD_PARTY})
+  share_headers(ios_${name}_objects framework_headers)
   # The platform is one image that exports everything: hosts, the library and tests share its singletons.
   set_target_properties(ios_${name}_objects PROPERTIES CXX_VISIBILITY_PRESET default VISIBILITY_INLINES_HIDDEN OFF)
 
@@ -53,8 +60,3 @@ function(ios_framework name)
   set_property(GLOBAL APPEND PROPERTY IOS_FRAMEWORKS ${name})
   set_property(GLOBAL APPEND PROPERTY IOS_THIRD_PARTY ${arg_THIRD_PARTY})
 endfunction()
-
-if(TELLVANE_SANITIZE)
-  add_compile_options(-fsanitize=${TELLVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
-  add_link_options(-fsanitize=${TELLVANE_SANITIZE})
-endif()

@@ -1,0 +1,29 @@
+# Half of the time that a source takes to compile goes into the standard headers. The builds with sanitizers read them
+# once; the plain build goes without, and so shows that each source includes what it uses.
+include_guard()
+
+set(standard_headers <algorithm> <array> <atomic> <charconv> <chrono> <cmath> <deque> <filesystem> <fstream> <functional>
+  <map> <memory> <mutex> <optional> <set> <span> <sstream> <string> <string_view> <thread> <utility> <variant> <vector>)
+
+# precompiled_headers(NAME LIBRARY|EXECUTABLE HEADERS...): what targets of that kind may share through `share_headers`.
+# The kind matters since the two are compiled to different positions.
+function(precompiled_headers name kind)
+  if(NOT TELLVANE_SANITIZE)
+    return()
+  endif()
+  set(source ${PROJECT_BINARY_DIR}/${name}.cpp)
+  file(CONFIGURE OUTPUT ${source} CONTENT "int main() {}\n" @ONLY)
+  if(kind STREQUAL "LIBRARY")
+    add_library(${name} OBJECT ${source})
+  else()
+    add_executable(${name} ${source})
+  endif()
+  target_precompile_headers(${name} PRIVATE ${ARGN})
+endfunction()
+
+function(share_headers target name)
+  if(TELLVANE_SANITIZE)
+    target_precompile_headers(${target} REUSE_FROM ${name})
+    target_compile_options(${target} PRIVATE -fpch-preprocess)  # for ccache
+  endif()
+endfunction()
