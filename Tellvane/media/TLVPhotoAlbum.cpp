@@ -116,6 +116,7 @@ void TLVPhotoAlbum::resolveAlbum(const Decision& success) {
   const auto placeholder = std::make_shared<std::shared_ptr<PHObjectPlaceholder>>();
   PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
       [placeholder] {
+        if (albumWithOurTitle()) return;  // another save has made it meanwhile
         *placeholder = PHAssetCollectionChangeRequest::creationRequestForAssetCollectionWithTitle(TLV_TITILE)
                            ->placeholderForCreatedAssetCollection();
       },

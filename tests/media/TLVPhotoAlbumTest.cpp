@@ -124,6 +124,20 @@ TEST(PhotoAlbum, TwoSavesAtOnceBothComeThrough) {
   EXPECT_EQ("2\n", phone.query("SELECT count(*) FROM membership WHERE album = 1"));
 }
 
+// Neither finds an album, and the second must not make another.
+TEST(PhotoAlbum, TheFirstTwoSavesAtOnceMakeOneAlbum) {
+  Album phone;
+  phone.answer(true);
+  phone.save();
+  phone.save();
+  phone.runFor(2);
+  ASSERT_EQ(2u, phone.saved.size());
+  EXPECT_TRUE(phone.saved[0] && phone.saved[1] && phone.saved[0] != phone.saved[1]);
+  EXPECT_EQ("Tellvane|DCIM/100TLVNE/IMG_0001.MOV\nTellvane|DCIM/100TLVNE/IMG_0002.MOV\n",
+            phone.query(kMembers));
+  EXPECT_EQ("1\n", phone.query("SELECT count(*) FROM album"));
+}
+
 TEST(PhotoAlbum, ARefusalIsToldFirstAndThenExplained) {
   const struct {
     const char* what;
