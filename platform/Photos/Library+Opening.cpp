@@ -57,21 +57,27 @@ class OpeningLock {
   std::optional<FileError> problem_;
 };
 
-/// Numbers of the movie files that are there; empty when the folder cannot be read.
-std::optional<std::set<std::int64_t>> numbersOnDisk(const MediaFolder& folder) {
-  std::set<std::int64_t> numbers;
+/// Finds the numbers of the movie files that are there.
+std::optional<FileError> findNumbers(const MediaFolder& folder, std::set<std::int64_t>& numbers) {
   std::error_code error;
   std::filesystem::directory_iterator entries(folder.movies(), error);
   for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
     if (const auto number = folder.numberOf(entries->path().filename().string())) numbers.insert(*number);
   }
-  if (error) return std::nullopt;
-  return numbers;
+  if (error) return FileError{error.value(), "read", folder.movies()};
+  return std::nullopt;
 }
 
 DatabaseResult makeTables(Database& database, const MediaFolder& folder) {
-  const auto numbers = numbersOnDisk(folder);
-  const std::int64_t first = numbers && !numbers->empty() ? *numbers->rbegin() + 1 : 1;
+  std::set<std::int64_t> numbers;
+  auto problem = diskRefusal("read", folder.movies());
+  if (!problem) problem = findNumbers(folder, numbers);
+  // Movies that it did not know would be strays of the new library.
+  if (problem) {
+    constexpr int kInputOutput = 10, kFull = 13;  // SQLite's codes
+    return DatabaseFailure{problem->code == ENOSPC ? kFull : kInputOutput, kOpen, problem->description()};
+  }
+  const std::int64_t first = numbers.empty() ? 1 : *numbers.rbegin() + 1;
   const std::int64_t now = Clock::shared().wallTime().time_since_epoch().count();
   if (auto problem = database.run(kOpen, "BEGIN IMMEDIATE")) return problem;
   for (const char* table : kTables) {
@@ -197,17 +203,17 @@ Library::Failure Library::sweep() {
   auto problem = database_->run(kOpen, "SELECT firstNumber FROM library", {}, &library);
   if (!problem) problem = database_->run(kOpen, "SELECT number FROM asset", {}, &assets);
   if (problem) return refused(*problem);
-  const auto onDisk = numbersOnDisk(folder_);
-  std::set<std::int64_t> known;
+  std::set<std::int64_t> onDisk, known;
+  const bool listed = !findNumbers(folder_, onDisk);
   for (const auto& row : assets) known.insert(integerAt(row, 0));
 
-  if (onDisk) {
-    for (const std::int64_t number : *onDisk) {
+  if (listed) {
+    for (const std::int64_t number : onDisk) {
       if (number < integerAt(library.at(0), 0) || known.contains(number)) continue;
       if (const auto refusal = removeTree(folder_.movie(number))) deviceLog(refusal->description());
     }
     for (const std::int64_t number : known) {
-      if (onDisk->contains(number)) continue;
+      if (onDisk.contains(number)) continue;
       deviceLog(folder_.movie(number).filename().string() + " is missing; its asset was removed");
       problem = database_->run(kOpen, "DELETE FROM asset WHERE number = ?", {number});
       if (problem) return refused(*problem);

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <fstream>
 
+#include "Device/Files.h"
 #include "DeviceClock/Clock.h"
 #include "Gallery.h"
 #include "Photos/PHError.h"
@@ -80,6 +82,27 @@ TEST(PhotoLibrary, OneThatIsDamagedWhileItIsInUseIsSetAsideToo) {
   EXPECT_TRUE(gallery.save(gallery.sample()));
   EXPECT_EQ(gallery.query("SELECT number FROM asset"), "2\n");
   EXPECT_TRUE(std::filesystem::exists(gallery.media() / "Photos.sqlite.damaged"));
+}
+
+// The numbers of the movies that stay are found on disk. A new library that did not know them would take
+// those movies for strays of its own.
+TEST(PhotoLibrary, NoNewOneIsBegunBesideMoviesThatCannotBeListed) {
+  const Gallery gallery;
+  ASSERT_EQ(SavingProcess(gallery, 2).wait().status, 0);
+  std::filesystem::remove(gallery.media() / "Photos.sqlite");
+  setDiskFault([&](const std::string& operation, const std::filesystem::path& path) {
+    return operation == "read" && path == gallery.movie(1).parent_path() ? EIO : 0;
+  });
+  std::shared_ptr<NSError> error;
+  EXPECT_FALSE(gallery.save(gallery.sample(), nullptr, &error));
+  ASSERT_TRUE(error);
+  EXPECT_NE(error->localizedDescription().find("Media/DCIM/100TLVNE"), std::string::npos);
+  setDiskFault(nullptr);
+  ASSERT_EQ(SavingProcess(gallery, 1).wait().status, 0);
+  ASSERT_EQ(SavingProcess(gallery, 0).wait().status, 0);
+  EXPECT_EQ(gallery.query("SELECT number FROM asset"), "3\n");
+  EXPECT_TRUE(std::filesystem::exists(gallery.movie(1)));
+  EXPECT_TRUE(std::filesystem::exists(gallery.movie(2)));
 }
 
 TEST(PhotoLibrary, OneOfANewerSystemIsLeftAlone) {
