@@ -13,6 +13,8 @@ namespace ios::photos {
 namespace {
 
 constexpr const char* kChange = "change the photo library";
+// The main thread may be the one that reads.
+constexpr int kReadersPatienceMilliseconds = 200;
 
 long codeOf(const FileError& error) {
   if (error.code == ENOSPC || error.code == EDQUOT) return PHPhotosErrorNotEnoughSpace;
@@ -69,7 +71,7 @@ Library::Library(MediaFolder folder)
     : folder_(std::move(folder)),
       queue_(dispatch_queue_create("PHPhotoLibrary")),
       completionQueue_(dispatch_queue_create("PHPhotoLibrary.completions")),
-      reader_(folder_) {}
+      reader_(folder_, kReadersPatienceMilliseconds) {}
 
 void Library::close() {
   // The last to close folds the write-ahead log into the file, which a reader cannot.

@@ -27,7 +27,10 @@ struct AssetFacts {
 /// is nothing in it; one that cannot be read counts as empty, with one line on standard error.
 class LibraryReader {
  public:
-  explicit LibraryReader(MediaFolder folder) : folder_(std::move(folder)) {}
+  /// `patience`: how long a reader waits while another process holds the library, which happens only while it
+  /// puts the library in order or is the last to close it.
+  LibraryReader(MediaFolder folder, int patienceMilliseconds)
+      : folder_(std::move(folder)), patienceMilliseconds_(patienceMilliseconds) {}
 
   // In the order in which they were added.
   std::vector<AlbumFacts> albums();
@@ -45,6 +48,7 @@ class LibraryReader {
   Database* connection(DatabaseFailure& failure) IOS_REQUIRES(mutex_);
 
   const MediaFolder folder_;
+  const int patienceMilliseconds_;
   Mutex mutex_;
   std::unique_ptr<Database> database_ IOS_GUARDED_BY(mutex_);
   dev_t device_ IOS_GUARDED_BY(mutex_) = 0;

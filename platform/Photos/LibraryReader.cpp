@@ -8,10 +8,6 @@
 namespace ios::photos {
 namespace {
 
-// A reader waits only while another process puts the library in order; the main thread may be the one
-// waiting.
-constexpr int kPatienceMilliseconds = 200;
-
 AlbumFacts albumOf(const Database::Row& row) {
   return {textAt(row, 0), textAt(row, 1)};
 }
@@ -29,7 +25,7 @@ Database* LibraryReader::connection(DatabaseFailure& failure) {
   }
   if (database_ && (status.st_dev != device_ || status.st_ino != inode_)) database_.reset();
   if (!database_) {
-    database_ = Database::open(folder_.database(), Database::Mode::read, kPatienceMilliseconds, failure);
+    database_ = Database::open(folder_.database(), Database::Mode::read, patienceMilliseconds_, failure);
     device_ = status.st_dev;
     inode_ = status.st_ino;
   }

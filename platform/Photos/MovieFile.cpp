@@ -9,7 +9,9 @@ std::optional<std::filesystem::path> movieFileOfAsset(const std::filesystem::pat
                                                       const std::string& localIdentifier) {
   const auto uuid = photos::uuidOf(photos::Kind::asset, localIdentifier);
   if (!uuid) return std::nullopt;
-  return photos::LibraryReader({device / "Media"}).movie(*uuid);
+  // What is not found now is not looked for again.
+  constexpr int kPatienceMilliseconds = 10'000;
+  return photos::LibraryReader({device / "Media"}, kPatienceMilliseconds).movie(*uuid);
 }
 
 }  // namespace ios

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <stdio.h>
 
 #include "CompanionPhone.h"
 #include "Device/Device.h"
@@ -137,6 +138,28 @@ TEST(CompanionMovie, ThatIsGoneOrNoFileIsNotTaken) {
   EXPECT_FALSE(fs::exists(phone.root() / "Media"));
   write(phone.root() / "Media" / "Photos.sqlite", bytesOf(std::string(5000, 'x')));
   EXPECT_NE(openedWithout("a damaged library").find("could not read the photo library"), std::string::npos);
+}
+
+// The last process to close a library holds it while the log is written back, which a slow disk makes long.
+TEST(CompanionMovie, IsWaitedForWhileAnotherProcessHoldsTheLibrary) {
+  const Recorded phone;
+  phone.handOver(phone.identifier);
+  // Another file of the same content: this process has the first one open, so nobody could hold that.
+  const fs::path media = phone.root() / "Media", copy = phone.root() / "Copy";
+  fs::copy(media, copy, fs::copy_options::recursive);
+  fs::remove_all(media);
+  fs::rename(copy, media);
+  const std::string holder =
+      PYTHON " " SCRIPTS "/hold_library.py '" + (media / "Photos.sqlite").string() + "'";
+  FILE* held = ::popen(holder.c_str(), "r");
+  ASSERT_TRUE(held);
+  char line[16] = {};
+  EXPECT_STREQ(std::fgets(line, sizeof line, held), "held\n");
+  const Ended ended = phone.open();
+  EXPECT_EQ(::pclose(held), 0);
+  EXPECT_EQ(ended.out, "Tellvane: filed " + kReport + "\n");
+  EXPECT_EQ(ended.err, "");
+  EXPECT_TRUE(read(phone.report() / "movie.mov") == read(phone.movie));
 }
 
 // As with every other file of a report: whole or not at all, whichever operation of the disk fails.
