@@ -1,5 +1,4 @@
 #include "Foundation/NSRunLoop.h"
-#include "info/TLVConstants.h"
 #include "media/TLVPhotoAlbum.h"
 #include "recording/TLVScreenRecorder.h"
 
@@ -21,11 +20,12 @@ void TLVScreenRecorder::stopTLVRecordingWithCompletion(
 
 void TLVScreenRecorder::completeRecordingSession(std::function<void(std::optional<std::string>)> completion) {
   const auto self = sharedAs<TLVScreenRecorder>();
-  const auto save = [self, completion = std::move(completion)] {
+  // The name is free again when the last of these blocks is gone, called or not.
+  const auto save = [self, movie = std::move(movie_), completion = std::move(completion)] {
     TLVPhotoAlbum::saveToPhotosAlbum(self->videoWriter_->outputURL(),
-                                     [self, completion](std::optional<std::string> localIdentifier) {
+                                     [movie, completion](std::optional<std::string> localIdentifier) {
                                        if (completion) completion(std::move(localIdentifier));
-                                       self->removeOwnMovie();
+                                       if (movie) removeTempFilePath(movie->path());
                                      });
   };
   // Behind every render step that was queued, and from there behind the append step that the last of them
@@ -33,16 +33,10 @@ void TLVScreenRecorder::completeRecordingSession(std::function<void(std::optiona
   dispatch_async(render_queue_, [self, save] {
     dispatch_sync(self->append_pixelBuffer_queue_, [self, save] {
       self->videoWriterInput_->markAsFinished();
-      self->videoWriter_->finishWritingWithCompletionHandler([self, save] {
-        movieOwner_ = self.get();
-        dispatch_async(dispatch_get_main_queue(), save);
-      });
+      self->videoWriter_->finishWritingWithCompletionHandler(
+          [save] { dispatch_async(dispatch_get_main_queue(), save); });
     });
   });
-}
-
-void TLVScreenRecorder::removeOwnMovie() const {
-  if (movieOwner_ == this) removeTempFilePath(TLV_SCREEN_RECORDING_PATH());
 }
 
 }  // namespace tellvane

@@ -5,7 +5,6 @@
 #include "Foundation/NSRunLoop.h"
 #include "UIKit/UIScreen.h"
 #include "front/TLVManager.h"
-#include "info/TLVConstants.h"
 #include "info/printTLV.h"
 #include "recording/FrameTiming.h"
 #include "recording/WriterSettings.h"
@@ -17,13 +16,7 @@ constexpr double kMegabit = 1024.0 * 1024.0;
 constexpr double kDefaultBitRate = 0.5;
 constexpr long kDefaultFPS = 60;
 
-NSURL tempFileURL() {
-  return NSURL::fileURLWithPath(TLV_SCREEN_RECORDING_PATH());
-}
-
 }  // namespace
-
-std::atomic<const TLVScreenRecorder*> TLVScreenRecorder::movieOwner_ = nullptr;
 
 MethodList TLVScreenRecorder::methods() {
   return {{"writeVideoFrame", &TLVScreenRecorder::writeVideoFrame},
@@ -66,6 +59,7 @@ void TLVScreenRecorder::startOnMainThread(bool microphoneGranted,
   if (!isRecording_) {
     setUpWriter();
     isRecording_ = videoWriter_ && videoWriter_->status() == AVAssetWriterStatusWriting;
+    if (!isRecording_) movie_ = nullptr;
     if (videoWriter_) {
       displayLink_ = CADisplayLink::displayLinkWithTarget(shared_from_this(), "writeVideoFrame");
       displayLink_->setFrameInterval(displayLinkInterval(desiredFPS_));
@@ -80,9 +74,11 @@ void TLVScreenRecorder::setUpWriter() {
   outputBufferPool_ = nullptr;
   CVPixelBufferPoolCreate(nullptr, pixelBufferAttributes(pixelSize()), outputBufferPool_);
 
-  removeTempFilePath(TLV_SCREEN_RECORDING_PATH());
+  movie_ = std::make_shared<TemporaryMovie>();
+  removeTempFilePath(movie_->path());
   std::shared_ptr<NSError> error;
-  const auto writer = AVAssetWriter::initWithURL(tempFileURL(), AVFileTypeQuickTimeMovie, error);
+  const auto writer =
+      AVAssetWriter::initWithURL(NSURL::fileURLWithPath(movie_->path()), AVFileTypeQuickTimeMovie, error);
   if (!writer) {
     printTLV("Could not create video writer: " + (error ? error->localizedDescription() : std::string()));
     return;

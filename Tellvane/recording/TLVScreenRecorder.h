@@ -20,6 +20,7 @@
 #include "ObjectiveC/Mutex.h"
 #include "Platform.h"
 #include "QuartzCore/CADisplayLink.h"
+#include "recording/TemporaryMovie.h"
 
 namespace tellvane {
 
@@ -96,18 +97,14 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
                                           const std::shared_ptr<AVCaptureConnection>& connection);
 
   // End: TLVScreenRecorder+Completion.cpp.
-  void removeOwnMovie() const;
   void completeRecordingSession(std::function<void(std::optional<std::string>)> completion);
-
-  // Every recording has the same temporary file. It belongs to the recorder that finished its movie last: an
-  // earlier one may still be saving its own. Compared, never followed.
-  static std::atomic<const TLVScreenRecorder*> movieOwner_;
 
   std::atomic<bool> isRecording_ = false;
   // A recorder stops once, whoever comes first: a trigger on the main thread, or the frame past the limit.
   std::atomic<bool> stopRequested_ = false;
   id delegate_;
   bool shouldRecordAudio_ = false;
+  std::shared_ptr<TemporaryMovie> movie_;  // from a successful start to the stop request
   std::shared_ptr<AVAssetWriter> videoWriter_;
   std::shared_ptr<AVAssetWriterInput> videoWriterInput_;
   std::shared_ptr<AVAssetWriterInputPixelBufferAdaptor> avAdaptor_;

@@ -7,6 +7,7 @@
 #include "Device/PermissionPrompt.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Semaphore.h"
+#include "Photos/PHPhotoLibrary.h"
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
 #include "UIKit/UIApplication.h"
 #include "front/Tellvane.h"
@@ -154,14 +155,38 @@ TEST(RecordingSession, TheNextOneMayStartWhileTheLastIsBeingSaved) {
   EXPECT_NEAR(2, MovieProbe(movies[1]).times('v').back(), 0.1);
 }
 
-// Both have the same temporary file, and the end of the first must not take that of the second.
+// The first movie lies finished in its temporary file until the library has time for it, and neither the
+// start nor the end of the second may take it from there.
+TEST(RecordingSession, TheNextOneMayStartAndEndWhileTheLastWaitsToBeSaved) {
+  SessionPhone phone;
+  const auto busy = dispatch_semaphore_create(0);
+  PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
+      [busy] { dispatch_semaphore_wait(busy, DISPATCH_TIME_FOREVER); }, nullptr);
+  for (const double seconds : {1, 2}) {
+    TLVCaptureScreenRecording::shared()->captureScreenRecording();
+    phone.runFor(seconds);
+    TLVCaptureScreenRecording::shared()->stopRecording();
+    phone.runFor(1);
+  }
+  const auto temporary = std::filesystem::path(TLV_SCREEN_RECORDING_PATH()).parent_path();
+  EXPECT_FALSE(std::filesystem::is_empty(temporary));
+  dispatch_semaphore_signal(busy);
+  phone.runFor(1);
+  const auto movies = phone.movies();
+  ASSERT_EQ(2u, movies.size());
+  EXPECT_NEAR(1, MovieProbe(movies[0]).times('v').back(), 0.1);
+  EXPECT_NEAR(2, MovieProbe(movies[1]).times('v').back(), 0.1);
+  EXPECT_TRUE(std::filesystem::is_empty(temporary));
+}
+
+// The end of the first must not take the temporary file of the second.
 TEST(RecordingSession, TheNextOneMayEndWhileTheLastIsBeingSaved) {
   SessionPhone phone;
   const auto first = dispatch_semaphore_create(0), second = dispatch_semaphore_create(0);
   std::atomic<int> opened = 0, written = 0;
-  const std::filesystem::path movie = TLV_SCREEN_RECORDING_PATH();
+  const auto temporary = std::filesystem::path(TLV_SCREEN_RECORDING_PATH()).parent_path();
   setDiskFault([&](const std::string& operation, const std::filesystem::path& path) {
-    if (path == movie && operation == "read" && ++opened == 2)
+    if (path.parent_path() == temporary && operation == "read" && ++opened == 2)
       dispatch_semaphore_wait(second, DISPATCH_TIME_FOREVER);
     const bool copies = operation == "write" && path.string().find("DCIM") != std::string::npos;
     if (copies && ++written == 1) dispatch_semaphore_wait(first, DISPATCH_TIME_FOREVER);
@@ -185,7 +210,7 @@ TEST(RecordingSession, TheNextOneMayEndWhileTheLastIsBeingSaved) {
   ASSERT_EQ(2u, movies.size());
   EXPECT_NEAR(1, MovieProbe(movies[0]).times('v').back(), 0.1);
   EXPECT_NEAR(2, MovieProbe(movies[1]).times('v').back(), 0.1);
-  EXPECT_FALSE(std::filesystem::exists(movie));
+  EXPECT_TRUE(std::filesystem::is_empty(temporary));
 }
 
 TEST(RecordingSession, IsStartedOnceWhileTheUserIsAskedForTheMicrophone) {
