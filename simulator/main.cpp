@@ -121,7 +121,7 @@ int run(const CommandLine& line, const fs::path& executable) {
 int main(int argc, char** argv) {
   CommandLine line;
   CLI::App app("Plays a flow on a simulated phone.");
-  app.add_option("flow", line.flow, "the flow's file; the tour of the still image without one");
+  app.add_option("flow", line.flow, "the flow's file; the tour without one");
   app.add_option("--out", line.out,
                  "folder for pictures, console, inbox, movies and device; out/<flow> without it");
   app.add_option("--profile", line.profile, "the phone: \"iPhone 6\"");
