@@ -15,6 +15,12 @@ namespace {
 
 using Answer = std::function<void(bool)>;
 
+/// Where answers are given: off the main thread, and in the order in which the questions were answered.
+const dispatch_queue_t& answerQueue() {
+  static auto& queue = *new dispatch_queue_t(dispatch_queue_create("permission answers"));
+  return queue;
+}
+
 /// Shows one question after another and hands the answers out. The questions live on the main thread.
 class Prompts {
  public:
@@ -77,8 +83,7 @@ class Prompts {
     const Open finished = std::move(open_.front());
     open_.erase(open_.begin());
     for (const auto& answer : finished.answers) {
-      dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0),
-                     [answer, granted] { answer(granted); });
+      dispatch_async(answerQueue(), [answer, granted] { answer(granted); });
     }
     if (!open_.empty()) showFirst();
   }
@@ -98,7 +103,7 @@ void requestPermission(const PermissionQuestion& question, std::function<void(bo
   if (!answer) answer = [](bool) {};
   const Permission known = Device::current().permission(question.service);
   if (known != Permission::notDetermined) {
-    dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0),
+    dispatch_async(answerQueue(),
                    [answer = std::move(answer), known] { answer(known == Permission::authorized); });
     return;
   }
