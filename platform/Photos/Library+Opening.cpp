@@ -8,6 +8,7 @@
 #include <set>
 
 #include "Device/Device.h"
+#include "Photos/FolderLock+Private.h"
 #include "Photos/Library+Private.h"
 #include "Photos/PHError.h"
 
@@ -133,6 +134,7 @@ DatabaseResult prepare(Database& database, const MediaFolder& folder) {
 
 /// Moves a damaged library out of the way, under a name that is free.
 std::optional<FileError> setAside(const MediaFolder& folder, const std::string& why) {
+  const FolderLock lock(folder.root, FolderLock::Mode::moving);
   const std::string name = folder.database().filename().string();
   std::error_code none;
   std::string aside = name + ".damaged";
@@ -210,6 +212,10 @@ Library::Failure Library::sweep() {
   if (listed) {
     for (const std::int64_t number : onDisk) {
       if (number < integerAt(library.at(0), 0) || known.contains(number)) continue;
+      // A folder or a link is nobody's copy of a movie.
+      std::error_code error;
+      if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(folder_.movie(number), error)))
+        continue;
       if (const auto refusal = removeTree(folder_.movie(number))) deviceLog(refusal->description());
     }
     for (const std::int64_t number : known) {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Device/Device.h"
+#include "Photos/FolderLock+Private.h"
 #include "Photos/LibraryReader+Private.h"
 
 namespace ios::photos {
@@ -37,6 +38,7 @@ std::vector<Database::Row> LibraryReader::rows(const char* statement,
   // Another process has the file, but not made its tables yet.
   constexpr int kNoSuchTable = 1;
   MutexLock lock(mutex_);
+  const FolderLock reading(folder_.root, FolderLock::Mode::reading);
   DatabaseFailure failure;
   std::vector<Database::Row> rows;
   if (Database* database = connection(failure)) {

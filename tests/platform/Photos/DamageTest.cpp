@@ -49,13 +49,13 @@ TEST(PhotoLibrary, ADamagedOneIsSetAsideAndItsMoviesStay) {
     testing::internal::CaptureStderr();
     const Ended ended = SavingProcess(gallery, 1).wait();
     const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(ended.status, 0) << ended.out;
+    EXPECT_EQ(ended.status, 0) << ended.out << said;
     EXPECT_NE(said.find("it was set aside as Media/Photos.sqlite.damaged, and its movies stay"),
               std::string::npos)
         << said;
     // Set aside as it was.
     EXPECT_EQ(gallery.scratch.read("device/Media/Photos.sqlite.damaged") == damaged, true);
-    EXPECT_EQ(gallery.query("SELECT number FROM asset"), "3\n");
+    EXPECT_EQ(gallery.query("SELECT number FROM asset"), "3\n") << ended.out << said;
     // Neither now nor later are they strays of the new one.
     ASSERT_EQ(SavingProcess(gallery, 0).wait().status, 0);
     EXPECT_TRUE(std::filesystem::exists(gallery.movie(1)));

@@ -52,11 +52,14 @@ TEST(PhotoLibrary, StraysAreSweptWhenItIsNextOpened) {
   std::ofstream(living) << "still under way";
   const auto album = gallery.movie(1).parent_path() / "notes.txt";
   std::ofstream(album) << "no movie";
+  std::filesystem::create_directory(gallery.movie(7));
+  std::ofstream(gallery.movie(7) / "mine") << "a folder is no stray movie";
 
   ASSERT_EQ(SavingProcess(gallery, 0).wait().status, 0);
-  EXPECT_EQ(gallery.files(), (std::vector<std::string>{"DCIM/100TLVNE/" + living.filename().string(),
-                                                       "DCIM/100TLVNE/IMG_0002.MOV",
-                                                       "DCIM/100TLVNE/notes.txt", "Photos.sqlite"}));
+  EXPECT_EQ(gallery.files(),
+            (std::vector<std::string>{"DCIM/100TLVNE/" + living.filename().string(),
+                                      "DCIM/100TLVNE/IMG_0002.MOV", "DCIM/100TLVNE/IMG_0007.MOV/mine",
+                                      "DCIM/100TLVNE/notes.txt", "Photos.sqlite"}));
 
   std::filesystem::remove(gallery.movie(2));
   ASSERT_EQ(SavingProcess(gallery, 0).wait().status, 0);

@@ -50,6 +50,7 @@ std::shared_ptr<PHAssetCollection> album() {
 
 int main(int argc, char** argv) {
   if (argc < 3) return 2;
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // nothing said is lost, however this ends
   Device::current();
   if (argc > 3) killAtStep(std::atoi(argv[3]));
   static_cast<void>(album());
@@ -61,8 +62,12 @@ int main(int argc, char** argv) {
     perform([&] {
       const auto request =
           PHAssetChangeRequest::creationRequestForAssetFromVideoAtFileURL(NSURL::fileURLWithPath(argv[1]));
-      PHAssetCollectionChangeRequest::changeRequestForAssetCollection(album())->addAssets(
-          {request->placeholderForCreatedAsset()});
+      const auto collection = PHAssetCollectionChangeRequest::changeRequestForAssetCollection(album());
+      if (!collection) {
+        std::printf("the album is not there\n");
+        return;
+      }
+      collection->addAssets({request->placeholderForCreatedAsset()});
       std::printf("%s\n", request->placeholderForCreatedAsset()->localIdentifier().c_str());
     });
   }

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <filesystem>
+
+namespace ios::photos {
+
+/// Orders readers of the library and whoever moves it out of the way, of all processes and threads. SQLite
+/// finds a library's log and shared memory by their names: a reader that has opened the old library and then
+/// reads beside the new one's would cut the memory short that the new one's writer works in. A folder that
+/// cannot be opened is not locked; nothing in it can be read or moved then.
+class FolderLock {
+ public:
+  enum class Mode { reading, moving };
+  /// Waits while another one moves, or, to move, while others read. That takes as long as one statement.
+  FolderLock(const std::filesystem::path& folder, Mode mode);
+  ~FolderLock();
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+
+ private:
+  const int descriptor_;
+};
+
+}  // namespace ios::photos
