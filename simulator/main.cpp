@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 
 #include "simulator/Console.h"
 #include "simulator/Flow.h"
@@ -39,16 +40,24 @@ void pictures(const std::vector<Command>& commands, std::vector<std::string>& na
   }
 }
 
-/// Makes the output folder and removes what an earlier run of this flow left there, and nothing else.
-std::error_code prepare(const fs::path& out, const Flow& flow) {
-  std::error_code error;
-  fs::create_directories(out, error);
+/// Makes the output folder and removes what an earlier run of this flow left there, and nothing else. A
+/// folder that no run has marked as its own keeps whatever it has under our names; then the result says so.
+std::string prepare(const fs::path& out, const Flow& flow) {
+  const fs::path mark = out / ".simulator";
   std::vector<std::string> names = {"device", "inbox", "DCIM", "console.log"};
   pictures(flow.commands, names);
+  std::error_code error;
+  fs::create_directories(out, error);
+  const bool ours = fs::exists(mark, error);
   for (const std::string& name : names) {
-    if (!error) fs::remove_all(out / name, error);
+    if (error) break;
+    if (!ours && fs::exists(fs::symlink_status(out / name, error))) {
+      return "its \"" + name + "\" comes from elsewhere and would be replaced";
+    }
+    fs::remove_all(out / name, error);
   }
-  return error;
+  if (!error && !ours && !std::ofstream(mark)) error = std::make_error_code(std::errc::permission_denied);
+  return error ? error.message() : "";
 }
 
 /// Copies what a person wants to look at out of the device: the companion's inbox, the photo library's
@@ -89,8 +98,8 @@ int run(const CommandLine& line, const fs::path& executable) {
   }
   const fs::path out =
       fs::absolute(line.out.empty() ? fs::path("out") / line.flow.stem() : line.out).lexically_normal();
-  if (const auto error = prepare(out, *flow)) {
-    return complain("could not prepare " + out.string() + ": " + error.message(), kBadInput);
+  if (problem = prepare(out, *flow); !problem.empty()) {
+    return complain("could not prepare " + out.string() + ": " + problem, kBadInput);
   }
 
   Phone::Options options{

@@ -179,13 +179,22 @@ TEST_F(Simulator, NoticesAnApplicationThatEnds) {
 }
 
 TEST_F(Simulator, RemovesOnlyWhatItLeavesItself) {
-  fs::create_directories(folder_ / "out");
-  std::ofstream(folder_ / "out" / "holiday.png") << "mine";
-  std::ofstream(folder_ / "out" / "home.png") << "an earlier run's";
-  const Outcome outcome = playText("- takeScreenshot: home\n- assertVisible: Nothing\n");
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_TRUE(fs::exists(folder_ / "out" / "holiday.png"));
-  EXPECT_GT(fs::file_size(folder_ / "out" / "home.png"), 1000u);
+  const std::string flow = "- takeScreenshot: home\n- assertVisible: Nothing\n";
+  const fs::path out = folder_ / "out";
+  fs::create_directories(out / "DCIM");
+  std::ofstream(out / "DCIM" / "holiday.jpg") << "mine";
+  const Outcome refused = playText(flow);
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_NE(refused.said.find("\"DCIM\""), std::string::npos) << refused.said;
+  EXPECT_TRUE(fs::exists(out / "DCIM" / "holiday.jpg"));
+
+  fs::remove_all(out / "DCIM");
+  std::ofstream(out / "holiday.png") << "mine";
+  EXPECT_EQ(playText(flow).status, 1);
+  std::ofstream(out / "home.png") << "an earlier run's";
+  EXPECT_EQ(playText(flow).status, 1);
+  EXPECT_TRUE(fs::exists(out / "holiday.png"));
+  EXPECT_GT(fs::file_size(out / "home.png"), 1000u);
 }
 
 }  // namespace
