@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 
 #include "simulator/Console.h"
 #include "simulator/Flow.h"
@@ -40,24 +39,25 @@ void pictures(const std::vector<Command>& commands, std::vector<std::string>& na
   }
 }
 
-/// Makes the output folder and removes what an earlier run of this flow left there, and nothing else. A
-/// folder that no run has marked as its own keeps whatever it has under our names; then the result says so.
+/// Makes the output folder and removes what an earlier run of this flow left there, and nothing else. Where
+/// no run can have been, whatever goes under our names stays; then the result says so.
 std::string prepare(const fs::path& out, const Flow& flow) {
-  const fs::path mark = out / ".simulator";
   std::vector<std::string> names = {"device", "inbox", "DCIM", "console.log"};
   pictures(flow.commands, names);
   std::error_code error;
   fs::create_directories(out, error);
-  const bool ours = fs::exists(mark, error);
+  if (error) return error.message();
+  // Every run leaves both.
+  const bool ours =
+      fs::is_directory(out / "device", error) && fs::is_regular_file(out / "console.log", error);
   for (const std::string& name : names) {
-    if (error) break;
     if (!ours && fs::exists(fs::symlink_status(out / name, error))) {
       return "its \"" + name + "\" comes from elsewhere and would be replaced";
     }
     fs::remove_all(out / name, error);
+    if (error) return error.message();
   }
-  if (!error && !ours && !std::ofstream(mark)) error = std::make_error_code(std::errc::permission_denied);
-  return error ? error.message() : "";
+  return "";
 }
 
 /// Copies what a person wants to look at out of the device: the companion's inbox, the photo library's
