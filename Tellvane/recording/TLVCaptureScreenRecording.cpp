@@ -28,13 +28,15 @@ MethodList TLVCaptureScreenRecording::methods() {
 }
 
 const std::shared_ptr<TLVCaptureScreenRecording>& TLVCaptureScreenRecording::shared() {
-  static auto& instance = *new std::shared_ptr<TLVCaptureScreenRecording>([] {
-    auto controller = std::make_shared<TLVCaptureScreenRecording>();
-    NSNotificationCenter::defaultCenter()->addObserver(controller, "handleAppBecameInActive",
-                                                       UIApplicationDidEnterBackgroundNotification, nullptr);
-    return controller;
-  }());
+  static auto& instance = *new std::shared_ptr<TLVCaptureScreenRecording>(init());
   return instance;
+}
+
+std::shared_ptr<TLVCaptureScreenRecording> TLVCaptureScreenRecording::init() {
+  auto controller = std::make_shared<TLVCaptureScreenRecording>();
+  NSNotificationCenter::defaultCenter()->addObserver(controller, "handleAppBecameInActive",
+                                                     UIApplicationDidEnterBackgroundNotification, nullptr);
+  return controller;
 }
 
 std::shared_ptr<TLVScreenRecorder> TLVCaptureScreenRecording::screenRecorder() const {
@@ -65,8 +67,9 @@ void TLVCaptureScreenRecording::captureScreenRecording() {
 }
 
 void TLVCaptureScreenRecording::stopRecording() {
+  if (!isRecording()) return;
   const auto recorder = screenRecorder();
-  if (!recorder || !recorder->isRecording()) return;
+  if (!recorder) return;
   recorder->stopTLVRecordingWithCompletion(
       [self = sharedAs<TLVCaptureScreenRecording>(), recorder](std::optional<std::string> localIdentifier) {
         self->recordingEnded(recorder, localIdentifier);

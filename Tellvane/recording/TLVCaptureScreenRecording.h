@@ -14,8 +14,10 @@ namespace tellvane {
 /// the application going to the background. A recording that was saved is shown on the confirmation screen.
 class TLVCaptureScreenRecording : public Subclass<TLVCaptureScreenRecording, NSObject> {
  public:
-  /// Made on first use, and from then on watching for the background.
+  /// Made on first use.
   static const std::shared_ptr<TLVCaptureScreenRecording>& shared();
+  /// One that watches for the background.
+  static std::shared_ptr<TLVCaptureScreenRecording> init();
   static MethodList methods();
 
   /// Starts a new recording. To be asked while none is running: an earlier recorder is let go, not stopped.

@@ -14,6 +14,7 @@ void TLVScreenRecorder::stopTLVRecordingWithCompletion(
   }
   if (session) session->stopRunning();
   isRecording_ = false;
+  if (!displayLink_) return;  // somebody has set the flag of a recorder that was never started
   displayLink_->removeFromRunLoop(NSRunLoop::mainRunLoop(), NSRunLoopCommonModes);
   completeRecordingSession(std::move(completion));
 }
