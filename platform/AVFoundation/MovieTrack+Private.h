@@ -14,7 +14,7 @@ namespace ios {
 
 class MovieWriter;
 
-/// What stands behind a writer's input: takes media on the threads of the application, encodes it there and
+/// What stands behind a writer's input: takes media on the threads of the application, has it encoded and
 /// hands the result to the writer. Its lock is taken before the writer's, never after.
 class MovieTrack {
  public:
