@@ -1,3 +1,12 @@
 #include <benchmark/benchmark.h>
 
-BENCHMARK_MAIN();
+#include "BenchmarkPhone.h"
+
+int main(int count, char** arguments) {
+  benchmark::Initialize(&count, arguments);
+  if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 1;
+  // First of all: its clock is chosen before anything uses one, and the benchmarks come in any order.
+  BenchmarkPhone::shared();
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+}
