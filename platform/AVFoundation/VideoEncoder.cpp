@@ -111,12 +111,14 @@ bool VideoEncoder::mayRepeat() const {
 
 MediaFailure VideoEncoder::encode(const CVPixelBufferRef& buffer, std::int64_t time,
                                   const ffmpeg::PacketSink& sink) {
-  if (auto fault = codecFault(kEncode)) return fault;
   bool changed = false;
   if (auto failure = converter_.convert(buffer, changed)) return failure;
   if (auto failure = settle(sink)) return failure;
+  // Asked for here, where a test may hold the appending up, and met where it would be met.
+  const auto fault = codecFault(kEncode);
   unchanged_ = changed ? 0 : unchanged_ + 1;
   if (!changed && mayRepeat()) {
+    if (fault) return fault;
     ++sinceKey_;
     queue_.push_back({true, false, time});
     return giveRepeated(sink);
@@ -128,7 +130,9 @@ MediaFailure VideoEncoder::encode(const CVPixelBufferRef& buffer, std::int64_t t
   picture->pict_type = key ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
   sinceKey_ = key ? 1 : sinceKey_ + 1;
   queue_.push_back({false, key, time});
-  thread_.begin([this, picture] {
+  thread_.begin([this, picture, fault] {
+    outcome_ = fault;
+    if (fault) return;
     outcome_ = ffmpeg::encode(*codec_, picture, kEncode, [this](AVPacket& packet) -> MediaFailure {
       ffmpeg::Packet kept(av_packet_alloc());
       if (!kept) return failed(kEncode, AVERROR(ENOMEM));
