@@ -1,5 +1,9 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <fstream>
 
@@ -82,6 +86,26 @@ TEST(PhotoLibrary, OneThatIsDamagedWhileItIsInUseIsSetAsideToo) {
   EXPECT_TRUE(gallery.save(gallery.sample()));
   EXPECT_EQ(gallery.query("SELECT number FROM asset"), "2\n");
   EXPECT_TRUE(std::filesystem::exists(gallery.media() / "Photos.sqlite.damaged"));
+}
+
+// SQLite finds a library's log and shared memory by their names: who reads between the renames, with the old
+// file open, would cut short the memory that the new one's writer works in.
+TEST(PhotoLibrary, NobodyReadsOneThatIsBeingSetAside) {
+  const Gallery gallery;
+  ASSERT_EQ(SavingProcess(gallery, 1).wait().status, 0);
+  fill(gallery.media() / "Photos.sqlite", 0, 200);
+  std::atomic<int> renames = 0;
+  setDiskFault([&](const std::string& operation, const std::filesystem::path& path) {
+    if (operation != "rename" || path.filename().string().find(".damaged") == std::string::npos) return 0;
+    const int folder = ::open(gallery.media().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    EXPECT_EQ(::flock(folder, LOCK_SH | LOCK_NB), -1) << "a reader would come in";
+    ::close(folder);
+    ++renames;
+    return 0;
+  });
+  EXPECT_TRUE(gallery.save(gallery.sample()));
+  setDiskFault(nullptr);
+  EXPECT_GE(renames, 1);
 }
 
 // The numbers of the movies that stay are found on disk. A new library that did not know them would take
