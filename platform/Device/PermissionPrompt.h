@@ -19,9 +19,9 @@ using PermissionPresenter =
     std::function<void(const PermissionQuestion& question, std::function<void(bool granted)> answer)>;
 void setPermissionPresenter(PermissionPresenter presenter);
 
-/// Answers on a serial queue of the platform's own, once: the user's earlier answer, or the one they give now,
-/// which is kept in the device's settings. Questions for one service that come while it is being asked share
-/// the answer. Any thread.
+/// Answers on a serial queue of the platform's own, once: the user's earlier answer, or the one they give
+/// now, which is kept in the device's settings. Questions for one service that come while it is being asked
+/// share the answer. Any thread.
 void requestPermission(const PermissionQuestion& question, std::function<void(bool granted)> answer);
 
 }  // namespace ios
