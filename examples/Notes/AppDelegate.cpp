@@ -20,12 +20,21 @@ bool AppDelegate::applicationDidFinishLaunching(UIApplication&) {
   auto tabs = std::make_shared<UITabBarController>();
   tabs->setViewControllers({list, std::make_shared<AboutViewController>()});
 
+  interface_ = tabs;
+
   window_ = std::make_shared<UIWindow>(UIScreen::mainScreen()->bounds());
-  window_->setRootViewController(tabs);
+  window_->setRootViewController(interface_);
   window_->makeKeyAndVisible();
 
   const auto& settings = NSUserDefaults::standardUserDefaults();
   tellvane::Tellvane::instantiateSDK(settings->boolForKey("debug"), settings->boolForKey("microphone"));
+  return true;
+}
+
+bool AppDelegate::applicationOpenURL(UIApplication&, const NSURL& url) {
+  const std::string link = url.absoluteString();
+  if (link != "notes://lock" && link != "notes://unlock") return false;
+  window_->setRootViewController(link == "notes://lock" ? nullptr : interface_);
   return true;
 }
 

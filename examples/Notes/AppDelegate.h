@@ -7,13 +7,16 @@
 
 namespace Notes {
 
-/// Builds the interface: the notes in one tab, what the application is in the other.
+/// Builds the interface: the notes in one tab, what the application is in the other. While it is locked, by
+/// opening `notes://lock`, its window shows nothing; `notes://unlock` brings back what it showed.
 class AppDelegate : public ios::UIApplicationDelegate {
  public:
   bool applicationDidFinishLaunching(ios::UIApplication& application) override;
+  bool applicationOpenURL(ios::UIApplication& application, const ios::NSURL& url) override;
 
  private:
   std::shared_ptr<ios::UIWindow> window_;
+  std::shared_ptr<ios::UIViewController> interface_;
 };
 
 }  // namespace Notes
