@@ -20,6 +20,7 @@ struct CommandLine {
   fs::path out;
   std::string profile = "iPhone 6";
   std::string language = "en-US";
+  std::string textSize = "L";
   bool realTime = false;
   std::vector<fs::path> applications;
 };
@@ -96,6 +97,13 @@ int run(const CommandLine& line, const fs::path& executable) {
     for (const auto& profile : ios::ScreenProfile::all()) names += (names.empty() ? "" : ", ") + profile.name;
     return complain("no profile is called \"" + line.profile + "\"; known: " + names, kBadInput);
   }
+  const auto textSize = ios::textSizeNamed(line.textSize);
+  if (!textSize) {
+    std::string names;
+    for (int i = 0; i < ios::kTextSizes; ++i)
+      names += (i ? ", " : "") + std::string(ios::textSizeName(static_cast<ios::TextSize>(i)));
+    return complain("no text size is called \"" + line.textSize + "\"; known: " + names, kBadInput);
+  }
   const fs::path out =
       fs::absolute(line.out.empty() ? fs::path("out") / line.flow.stem() : line.out).lexically_normal();
   if (problem = prepare(out, *flow); !problem.empty()) {
@@ -106,13 +114,15 @@ int run(const CommandLine& line, const fs::path& executable) {
       .folder = out / "device", .settings = {}, .realTime = line.realTime, .catalog = line.applications};
   options.settings.profile = line.profile;
   options.settings.languages = {line.language};
+  options.settings.textSize = *textSize;
   options.catalog.push_back(executable.parent_path().parent_path() / "Applications");
   Transcript transcript;
   Console console(out / "console.log", [&](const std::string& text) { transcript.consoleLine(text); });
   Phone phone(options, console, [&] { transcript.flushConsole(); });
   if (problem = phone.installAll(); !problem.empty()) return complain(problem, kBadInput);
 
-  transcript.heading(flow->name + " (" + line.profile + ", " + line.language + ")");
+  transcript.heading(flow->name + " (" + line.profile + ", " + line.language +
+                     (line.textSize == "L" ? "" : ", text size " + line.textSize) + ")");
   const bool played = FlowRunner(phone, console, transcript, out).play(flow->commands, problem);
   const std::string ending = phone.stop();
   transcript.flushConsole();
@@ -135,6 +145,7 @@ int main(int argc, char** argv) {
                  "folder for pictures, console, inbox, movies and device; out/<flow> without it");
   app.add_option("--profile", line.profile, "the phone: \"iPhone 6\"");
   app.add_option("--language", line.language, "the user's language: \"de-AT\"");
+  app.add_option("--text-size", line.textSize, "how large the user wants texts: \"AccessibilityM\"");
   app.add_flag("--real-time", line.realTime, "let time pass as on the wall");
   app.add_option("--applications", line.applications, "a folder of bundles to install from");
   try {

@@ -207,6 +207,11 @@ std::vector<std::string> Device::languages() const {
   return settings_.languages;
 }
 
+TextSize Device::textSize() const {
+  MutexLock lock(mutex_);
+  return settings_.textSize;
+}
+
 Permission Device::permission(const std::string& service) const {
   MutexLock lock(mutex_);
   const auto application = settings_.permissions.find(bundleIdentifier_);

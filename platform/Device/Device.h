@@ -23,7 +23,7 @@ namespace ios {
 ///     Applications/<bundle id>/      Info.plist, the executable, resources
 ///     Containers/<bundle id>/        the application's home: Documents/, tmp/
 ///     Pasteboard/general.plist       one file, replaced atomically; other processes read it
-///     Settings.plist                 permissions, languages, OS version, screen profile
+///     Settings.plist                 permissions, languages, text size, OS version, screen profile
 ///
 /// A process is told its device by its environment, which `Applications::launch` and the simulator set:
 ///
@@ -68,6 +68,7 @@ class Device {
   std::string osVersion() const;  // any thread
   /// The user's languages, most preferred first. Any thread.
   std::vector<std::string> languages() const;
+  TextSize textSize() const;                                // any thread
   Permission permission(const std::string& service) const;  // this process's application; any thread
   void setPermission(const std::string& service, Permission answer);
 

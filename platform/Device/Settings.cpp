@@ -16,6 +16,27 @@ constexpr std::array<std::pair<Permission, const char*>, 4> kPermissionWords{{
     {Permission::authorized, "authorized"},
 }};
 
+constexpr std::array<std::string_view, kTextSizes> kTextSizeNames{
+    "XS",
+    "S",
+    "M",
+    "L",
+    "XL",
+    "XXL",
+    "XXXL",
+    "AccessibilityM",
+    "AccessibilityL",
+    "AccessibilityXL",
+    "AccessibilityXXL",
+    "AccessibilityXXXL",
+};
+
+bool readTextSize(const PropertyList& value, TextSize& size) {
+  const auto known = value.text() ? textSizeNamed(*value.text()) : std::nullopt;
+  if (known) size = *known;
+  return known.has_value();
+}
+
 bool readLanguages(const PropertyList& value, std::vector<std::string>& languages) {
   if (!value.array()) return false;
   languages.clear();
@@ -49,6 +70,16 @@ bool readPermissions(const PropertyList& value, decltype(DeviceSettings::permiss
 
 }  // namespace
 
+std::string_view textSizeName(TextSize size) {
+  return kTextSizeNames.at(static_cast<std::size_t>(size));
+}
+
+std::optional<TextSize> textSizeNamed(std::string_view name) {
+  const auto* const found = std::find(kTextSizeNames.begin(), kTextSizeNames.end(), name);
+  if (found == kTextSizeNames.end()) return std::nullopt;
+  return static_cast<TextSize>(found - kTextSizeNames.begin());
+}
+
 PropertyList settingsPropertyList(const DeviceSettings& settings) {
   NSDictionary permissions;
   for (const auto& [bundle, services] : settings.permissions) {
@@ -63,6 +94,7 @@ PropertyList settingsPropertyList(const DeviceSettings& settings) {
       {"OSVersion", settings.osVersion},
       {"Profile", settings.profile},
       {"Orientation", settings.orientation},
+      {"TextSize", std::string(textSizeName(settings.textSize))},
       {"Permissions", permissions},
   };
 }
@@ -88,6 +120,9 @@ std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list,
     if (!value->integer() || *value->integer() < 1 || *value->integer() > 6)
       return fail("Orientation is not 1 to 6");
     settings.orientation = static_cast<int>(*value->integer());
+  }
+  if (const auto* value = list.member("TextSize"); value && !readTextSize(*value, settings.textSize)) {
+    return fail("TextSize names no known size");
   }
   if (const auto* value = list.member("Permissions");
       value && !readPermissions(*value, settings.permissions)) {

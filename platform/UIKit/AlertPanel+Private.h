@@ -35,6 +35,8 @@ class AlertPanel : public Subclass<AlertPanel, UIView> {
   CGFloat textHeight(CGFloat width) const;
   Plan plan(CGFloat width, CGFloat height) const;
   bool sideBySide(CGFloat width) const;
+  CGFloat rowHeight(AlertRow& row, CGFloat width) const;
+  CGFloat rowsHeight(CGFloat width) const;
   void layoutTexts(const Plan& plan);
   void layoutRows(const Plan& plan);
   void addSeparator(const std::shared_ptr<UIView>& superview, const CGRect& frame);

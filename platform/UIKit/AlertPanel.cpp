@@ -14,6 +14,7 @@ constexpr CGFloat kCorner = 13;
 constexpr CGFloat kCancelGap = 8;
 constexpr CGFloat kScreenMargin = 10;
 constexpr CGFloat kAlertMargin = 24;
+constexpr CGFloat kLargestWidth = 400;  // of a panel that is widened for large texts
 constexpr CGFloat kUnlimited = 100'000;
 
 std::shared_ptr<UIView> roundedGroup() {
@@ -40,8 +41,9 @@ std::shared_ptr<UILabel> wrappingLabel(const std::optional<std::string>& text,
 }  // namespace
 
 struct AlertPanel::Metrics {
-  CGFloat width;  // of the panel; 0: as wide as the screen's shorter side allows
-  CGFloat rowHeight, rowFont;
+  CGFloat width;      // of the panel; 0: as wide as the screen's shorter side allows
+  CGFloat rowHeight;  // at least
+  UIFontTextStyle rowFont;
   CGFloat top, bottom, side, gap;  // around and between the texts
 };
 
@@ -55,9 +57,9 @@ struct AlertPanel::Plan {
 };
 
 const AlertPanel::Metrics& AlertPanel::metrics() const {
-  static const Metrics kAlert{270, 44, 17, 20, 20, 16, 4};
-  static const Metrics kSheet{0, 57, 20, 14, 15, 16, 8};
-  static const Metrics kPopover{304, 57, 20, 14, 15, 16, 8};
+  static const Metrics kAlert{270, 44, UIFontTextStyle::body, 20, 20, 16, 4};
+  static const Metrics kSheet{0, 57, UIFontTextStyle::title3, 14, 15, 16, 8};
+  static const Metrics kPopover{304, 57, UIFontTextStyle::title3, 14, 15, 16, 8};
   return style_ == Style::alert ? kAlert : style_ == Style::actionSheet ? kSheet : kPopover;
 }
 
@@ -68,13 +70,15 @@ AlertPanel::AlertPanel(Style style, const std::optional<std::string>& title,
       cancelGroup_(roundedGroup()),
       texts_(std::make_shared<UIScrollView>()),
       list_(std::make_shared<UIScrollView>()) {
+  const auto footnote = UIFont::preferredFontForTextStyle(UIFontTextStyle::footnote);
   if (style == Style::alert) {
-    title_ = wrappingLabel(title, UIFont::boldSystemFontOfSize(17), UIColor::blackColor());
-    message_ = wrappingLabel(message, UIFont::systemFontOfSize(13), UIColor::blackColor());
+    title_ = wrappingLabel(title, UIFont::preferredFontForTextStyle(UIFontTextStyle::headline),
+                           UIColor::blackColor());
+    message_ = wrappingLabel(message, footnote, UIColor::blackColor());
   } else {
     const auto gray = UIColor::colorWithHex(chrome::kGray);
-    title_ = wrappingLabel(title, UIFont::boldSystemFontOfSize(13), gray);
-    message_ = wrappingLabel(message, UIFont::systemFontOfSize(13), gray);
+    title_ = wrappingLabel(title, UIFont::boldSystemFontOfSize(footnote->pointSize()), gray);
+    message_ = wrappingLabel(message, footnote, gray);
   }
   for (const auto& label : {title_, message_}) {
     if (label) texts_->addSubview(label);
@@ -92,8 +96,9 @@ void AlertPanel::setActions(const std::vector<std::shared_ptr<UIAlertAction>>& a
   rows_.clear();
   cancel_.reset();
   std::shared_ptr<AlertRow> cancel;
+  const auto font = UIFont::preferredFontForTextStyle(metrics().rowFont);
   for (const auto& action : actions) {
-    auto row = std::make_shared<AlertRow>(action, metrics().rowFont);
+    auto row = std::make_shared<AlertRow>(action, *font);
     row->addTarget(target, tapped, UIControlEventTouchUpInside);
     (row->isCancel() ? cancel : rows_.emplace_back()) = row;
   }
@@ -113,6 +118,22 @@ bool AlertPanel::sideBySide(CGFloat width) const {
                      [&](const auto& row) { return row->naturalWidth() <= width / 2; });
 }
 
+CGFloat AlertPanel::rowHeight(AlertRow& row, CGFloat width) const {
+  return std::max(metrics().rowHeight, row.fit(width));
+}
+
+CGFloat AlertPanel::rowsHeight(CGFloat width) const {
+  CGFloat height = 0;
+  for (const auto& row : rows_) {
+    if (sideBySide(width)) {
+      height = std::max(height, rowHeight(*row, width / 2));
+    } else {
+      height += rowHeight(*row, width);
+    }
+  }
+  return height;
+}
+
 CGFloat AlertPanel::textHeight(CGFloat width) const {
   const Metrics& m = metrics();
   const CGSize room{width - 2 * m.side, kUnlimited};
@@ -127,10 +148,9 @@ AlertPanel::Plan AlertPanel::plan(CGFloat width, CGFloat height) const {
   Plan plan;
   plan.width = width;
   plan.textHeight = textHeight(width);
-  const auto lines = sideBySide(width) ? 1 : rows_.size();
-  plan.rowsHeight = static_cast<CGFloat>(lines) * metrics().rowHeight;
+  plan.rowsHeight = rowsHeight(width);
   if (cancel_)
-    plan.cancelHeight = metrics().rowHeight + (plan.textHeight + plan.rowsHeight > 0 ? kCancelGap : 0);
+    plan.cancelHeight = rowHeight(*cancel_, width) + (plan.textHeight + plan.rowsHeight > 0 ? kCancelGap : 0);
   const CGFloat room = std::max(0.0, height - plan.cancelHeight);
   // Long texts leave the rows half of the room; rows take what the texts do not need.
   plan.rowsShown = std::min(plan.rowsHeight, std::max(room / 2, room - plan.textHeight));
@@ -141,6 +161,9 @@ AlertPanel::Plan AlertPanel::plan(CGFloat width, CGFloat height) const {
 CGSize AlertPanel::sizeThatFits(CGSize available) const {
   CGFloat width = metrics().width;
   CGFloat height = available.height;
+  if (chrome::isAccessibilityTextSize()) {
+    width = std::min(std::min(available.width, available.height) - 2 * kScreenMargin, kLargestWidth);
+  }
   if (style_ == Style::alert) height -= 2 * kAlertMargin;
   if (style_ == Style::actionSheet) {
     width = std::min(available.width, available.height) - 2 * kScreenMargin;
@@ -158,7 +181,7 @@ void AlertPanel::layoutSubviews() {
   layoutTexts(plan);
   layoutRows(plan);
   if (!cancel_) return;
-  const CGFloat height = metrics().rowHeight;
+  const CGFloat height = rowHeight(*cancel_, plan.width);
   cancelGroup_->setFrame({{0, plan.total() - height}, {plan.width, height}});
   cancel_->setFrame(cancelGroup_->bounds());
 }
@@ -179,14 +202,13 @@ void AlertPanel::layoutTexts(const Plan& plan) {
 }
 
 void AlertPanel::layoutRows(const Plan& plan) {
-  const CGFloat height = metrics().rowHeight;
   const CGFloat thin = chrome::hairline();
   list_->setFrame({{0, plan.textShown}, {plan.width, plan.rowsShown}});
   list_->setContentSize({plan.width, plan.rowsHeight});
   if (plan.textShown > 0 && !rows_.empty()) addSeparator(group_, {{0, plan.textShown}, {plan.width, thin}});
   if (sideBySide(plan.width)) {
     const bool swapped = rows_.back()->isCancel() != chrome::isMirrored();
-    const CGFloat half = plan.width / 2;
+    const CGFloat half = plan.width / 2, height = plan.rowsHeight;
     rows_[0]->setFrame({{swapped ? half : 0, 0}, {half, height}});
     rows_[1]->setFrame({{swapped ? 0 : half, 0}, {half, height}});
     addSeparator(list_, {{half, 0}, {thin, height}});
@@ -194,6 +216,7 @@ void AlertPanel::layoutRows(const Plan& plan) {
   }
   CGFloat y = 0;
   for (const auto& row : rows_) {
+    const CGFloat height = rowHeight(*row, plan.width);
     row->setFrame({{0, y}, {plan.width, height}});
     if (y > 0) addSeparator(list_, {{0, y}, {plan.width, thin}});
     y += height;

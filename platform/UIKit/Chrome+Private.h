@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "Device/Device.h"
 #include "Foundation/NSLocale.h"
 #include "UIKit/UIColor.h"
 #include "UIKit/UIScreen.h"
@@ -36,6 +37,11 @@ inline std::shared_ptr<UIView> plate(unsigned colour) {
 inline bool isMirrored() {
   const auto languages = NSLocale::preferredLanguages();
   return !languages.empty() && NSLocale::isRightToLeft(languages.front());
+}
+
+/// Whether the user wants texts so large that lines have to be broken for them.
+inline bool isAccessibilityTextSize() {
+  return Device::current().textSize() >= TextSize::AccessibilityM;
 }
 
 /// `rect`, or its mirror image within a width.

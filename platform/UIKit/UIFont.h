@@ -8,6 +8,9 @@
 
 namespace ios {
 
+/// What a text is for; the user's choice of text size says how large that is.
+enum class UIFontTextStyle { title3, headline, body, footnote };
+
 class UIFont : public NSObject {
  public:
   explicit UIFont(FontDescription description) : description_(std::move(description)) {}
@@ -15,6 +18,8 @@ class UIFont : public NSObject {
   static std::shared_ptr<UIFont> fontWithNameSize(const std::string& name, CGFloat size);
   static std::shared_ptr<UIFont> systemFontOfSize(CGFloat size, int weight = 400);
   static std::shared_ptr<UIFont> boldSystemFontOfSize(CGFloat size) { return systemFontOfSize(size, 600); }
+  /// At the size that the user chose, as it is now. Any thread.
+  static std::shared_ptr<UIFont> preferredFontForTextStyle(UIFontTextStyle style);
   CGFloat pointSize() const { return description_.size; }
   const FontDescription& description() const { return description_; }
 

@@ -154,6 +154,9 @@ TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
     EXPECT_TRUE(outcome.says(c.complaint)) << c.commands << outcome.said;
   }
   EXPECT_TRUE(play(folder_ / "gone.yaml", "out").says("gone.yaml: there is no such flow"));
+  const Outcome textSize = play(fs::path(FLOWS) / "tour.yaml", "out", "--text-size huge");
+  EXPECT_EQ(textSize.status, 2);
+  EXPECT_TRUE(textSize.says("no text size is called \"huge\"; known: XS, S, M, L, ")) << textSize.said;
   const Outcome profile = play(fs::path(FLOWS) / "tour.yaml", "out", "--profile Abacus");
   EXPECT_EQ(profile.status, 2);
   EXPECT_TRUE(profile.says("no profile is called \"Abacus\"; known: ")) << profile.said;

@@ -29,7 +29,7 @@ TEST(Device, WritesItsFirstSettingsInAFormThatPeopleAndOthersRead) {
   EXPECT_EQ(outputOfPython(folder, "import plistlib; print(plistlib.load(open('" +
                                        (folder.path() / "phone/Settings.plist").string() + "','rb')))"),
             "{'Languages': ['en-US'], 'OSVersion': '10.3.1', 'Orientation': 1, 'Permissions': "
-            "{'com.example.app': {'microphone': 'denied'}}, 'Profile': 'iPhone 6'}\n");
+            "{'com.example.app': {'microphone': 'denied'}}, 'Profile': 'iPhone 6', 'TextSize': 'L'}\n");
   EXPECT_EQ(device.permission("microphone"), Permission::denied);
   EXPECT_EQ(device.permission("photos"), Permission::notDetermined);
 }
@@ -86,6 +86,7 @@ TEST(Device, SettingsWithoutAMeaningAreNamed) {
            Case{NSDictionary{{"Profile", "iPhone 99"}}, "Profile"},
            Case{NSDictionary{{"Orientation", 7}}, "Orientation"},
            Case{NSDictionary{{"Orientation", 1.0}}, "Orientation"},
+           Case{NSDictionary{{"TextSize", "huge"}}, "TextSize"},
            Case{NSDictionary{{"Permissions", NSDictionary{{"a", NSDictionary{{"photos", "yes"}}}}}},
                 "Permissions"},
        }) {

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "Support.h"
+#include "UIKit/UILabel.h"
 
 namespace controllers_test {
 namespace {
@@ -224,6 +225,59 @@ TEST(AlertController, LaysButtonsOutByStyleLanguageAndLength) {
       }
     }
     root->dismissViewControllerAnimated(false);
+  }
+}
+
+/// Every label in `view`, from top to bottom.
+std::vector<std::shared_ptr<UILabel>> labels(const std::shared_ptr<UIView>& view) {
+  std::vector<std::shared_ptr<UILabel>> found;
+  if (auto label = std::dynamic_pointer_cast<UILabel>(view)) found.push_back(label);
+  for (const auto& subview : view->subviews()) {
+    for (auto& label : labels(subview)) found.push_back(std::move(label));
+  }
+  std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) {
+    return a->convertRectToView(a->bounds(), nullptr).minY() <
+           b->convertRectToView(b->bounds(), nullptr).minY();
+  });
+  return found;
+}
+
+TEST(AlertController, LargerTextsAreLargerAndNeitherOverlapNorAreCut) {
+  TestPhone phone({.profile = "iPhone SE"});
+  const auto root = plain();
+  phone.show(root);
+  for (const Style style : {Style::alert, Style::actionSheet}) {
+    CGFloat smaller = 0;
+    for (int size = 0; size < kTextSizes; ++size) {
+      SCOPED_TRACE(std::string(textSizeName(static_cast<TextSize>(size))));
+      phone.device().changeSettings([&](auto& settings) { settings.textSize = static_cast<TextSize>(size); });
+      const auto alert = UIAlertController::alertControllerWithTitle("Optionen", std::nullopt, style);
+      for (const char* title : {"Bildschirm aufnehmen", "Bildschirmvideo aufnehmen"})
+        alert->addAction(UIAlertAction::actionWithTitle(title, ActionStyle::default_, nullptr));
+      alert->addAction(UIAlertAction::actionWithTitle("Abbrechen", ActionStyle::cancel, nullptr));
+      root->presentViewController(alert, false);
+      phone.runFor(0.1);
+      const auto texts = labels(alert->view());
+      ASSERT_EQ(4u, texts.size());
+      CGFloat above = 20;  // the status bar
+      for (const auto& text : texts) {
+        SCOPED_TRACE(text->text());
+        const CGRect frame = text->convertRectToView(text->bounds(), nullptr);
+        const CGSize needed = text->sizeThatFits({frame.width(), 0});
+        EXPECT_GE(frame.minY(), above);
+        EXPECT_LE(needed.height, frame.height());
+        // A line may still shrink to 0.6 of its size; with several lines, no word is wider than they are.
+        EXPECT_LE(needed.width * (size < static_cast<int>(TextSize::AccessibilityM) ? 0.6 : 1),
+                  frame.width());
+        above = frame.maxY();
+      }
+      EXPECT_LE(above, 568);
+      const CGFloat heading = texts.front()->frame().height();
+      EXPECT_GE(heading, smaller);
+      smaller = heading;
+      root->dismissViewControllerAnimated(false);
+    }
+    EXPECT_GT(smaller, 50);
   }
 }
 
