@@ -43,8 +43,8 @@ void GestureListeners::setTripleTapGesture(std::shared_ptr<UITapGestureRecognize
 }
 
 void GestureListeners::addTapGesturesToKeyWindow() {
-  takeOff(threeTapsGesture_);
-  takeOff(tripleTapGesture_);
+  for (const auto& recognizer : outgoing_) takeOff(recognizer);
+  outgoing_ = {threeTapsGesture_, tripleTapGesture_};
   threeTapsGesture_ = std::make_shared<UITapGestureRecognizer>(shared(), "gestureSuccess");
   tripleTapGesture_ = std::make_shared<UITapGestureRecognizer>(shared(), "gestureSuccess");
   threeTapsGesture_->setNumberOfTapsRequired(TLV_TAP_COUNT);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "Platform.h"
 #include "UIKit/UIGestureRecognizer.h"
@@ -29,8 +30,9 @@ class GestureListeners : public Subclass<GestureListeners, NSObject> {
   /// A trigger was made: announces it with the notification TLV_GESTURE_SUCCESS, unless the confirmation
   /// screen of a recording, or something that it presents, is on top. Observers run before this returns.
   virtual void gestureSuccess();
-  /// Puts a new pair of recognisers on the key window of this moment and takes the last pair off where it is.
-  /// Without a key window the pair is made and kept, and the next installation tries again.
+  /// Puts a new pair of recognisers on the key window of this moment. The last pair stays where it is, for
+  /// taps that are being made just now; the one before it is taken off. Without a key window the pair is made
+  /// and kept, and the next installation tries again.
   virtual void addTapGesturesToKeyWindow();
 
  private:
@@ -40,6 +42,8 @@ class GestureListeners : public Subclass<GestureListeners, NSObject> {
 
   std::shared_ptr<UITapGestureRecognizer> threeTapsGesture_;
   std::shared_ptr<UITapGestureRecognizer> tripleTapGesture_;
+  /// The pair of the installation before the last one.
+  std::vector<std::shared_ptr<UITapGestureRecognizer>> outgoing_;
 };
 
 }  // namespace tellvane
