@@ -2,10 +2,11 @@
 
 #include <array>
 #include <charconv>
-#include <cstdio>
+#include <string>
 
 #include "Foundation/NSLocale.h"
 #include "Foundation/NSPathUtilities.h"
+#include "Foundation/Print.h"
 #include "UIKit/UIDevice.h"
 #include "info/UIDevice+Tellvane.h"
 
@@ -25,8 +26,8 @@ const char TLV_STORE_PAGE[] = TELLVANE_STORE_PAGE;
 const std::shared_ptr<NSBundle>& TLV_BUNDLE() {
   static auto& bundle = *new std::shared_ptr<NSBundle>([] {
     if (auto found = NSBundle::bundleWithIdentifier(TLV_BUNDLE_IDENTIFIER)) return found;
-    std::fprintf(stderr, "Tellvane: the bundle %s was not found; texts and versions are missing\n",
-                 TLV_BUNDLE_IDENTIFIER);
+    NSLog(std::string("Tellvane: the bundle ") + TLV_BUNDLE_IDENTIFIER +
+          " was not found; texts and versions are missing");
     return std::make_shared<NSBundle>("");
   }());
   return bundle;

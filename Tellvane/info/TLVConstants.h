@@ -37,7 +37,7 @@ inline constexpr long TLV_SCREENSHOT_MAXSIZE = 2 * 1024 * 1024;
 // Computed values, built afresh by each call, from any thread.
 
 /// "iOS-1.2.7": short version and build of the library; "0" when either is missing.
-TLV_EXPORT std::string TLV_SDK_VERSION();
+std::string TLV_SDK_VERSION();
 /// "3.0.12": short version and build of the host application; "0" when either is missing.
 std::string APP_VERSION();
 /// The host's display name, else its bundle name, else "Tellvane-Dev".

@@ -13,7 +13,7 @@
 
 namespace tellvane {
 
-// The ordinary textual representation of what a log line may hold.
+// The ordinary textual representation of what a log line may hold. Further types join by an overload.
 
 inline std::string logText(std::string_view text) {
   return std::string(text);

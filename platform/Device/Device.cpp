@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Dispatch/Queue.h"
+#include "ObjectiveC/Output.h"
 #include "ObjectiveC/Programming.h"
 
 namespace ios {
@@ -75,9 +76,7 @@ std::string identifierOf(const fs::path& bundle) {
 }  // namespace
 
 void deviceLog(const std::string& line) {
-  const std::string whole = "tellvane-platform: " + line + "\n";
-  // One operation, so that lines of several threads do not mix; there is nobody left to tell of a failure.
-  static_cast<void>(!::write(STDERR_FILENO, whole.data(), whole.size()));
+  writeErrors("tellvane-platform: " + line + "\n");
 }
 
 Device& Device::current() {

@@ -1,8 +1,10 @@
 #include "Foundation/Print.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <map>
 #include <sstream>
@@ -36,6 +38,26 @@ TEST(Print, LinesOfSeveralThreadsStayWholeAndBehindWhatWasBuffered) {
   while (std::getline(lines, line)) ++counts[line];
   ASSERT_EQ(counts.size(), 4u) << "lines are mixed";
   for (const auto& [text, count] : counts) EXPECT_EQ(count, 50) << text[0];
+}
+
+TEST(Print, NobodyNeedsToRead) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  close(ends[0]);
+  const int output = dup(STDOUT_FILENO), errors = dup(STDERR_FILENO);
+  dup2(ends[1], STDOUT_FILENO);
+  dup2(ends[1], STDERR_FILENO);
+  std::fputs("buffered before, ", stdout);
+  print("printed\n");
+  NSLog("said");
+  dup2(output, STDOUT_FILENO);
+  dup2(errors, STDERR_FILENO);
+  // The process is there, and what it does about the signal is what it was.
+  sigset_t signals;
+  sigpending(&signals);
+  EXPECT_EQ(sigismember(&signals, SIGPIPE), 0);
+  pthread_sigmask(SIG_BLOCK, nullptr, &signals);
+  EXPECT_EQ(sigismember(&signals, SIGPIPE), 0);
 }
 
 TEST(UserDefaults, TheArgumentDomainIsTheCommandLine) {

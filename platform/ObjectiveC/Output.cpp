@@ -1,0 +1,64 @@
+#include "ObjectiveC/Output.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+
+#include "ObjectiveC/Mutex.h"
+
+namespace ios {
+namespace {
+
+/// Keeps a broken pipe's signal from ending the process, on this thread and while it lives. What the process
+/// does about the signal otherwise is its own affair, and stays as it is.
+class BrokenPipesAreSilent {
+ public:
+  BrokenPipesAreSilent() {
+    sigset_t pending;
+    sigemptyset(&pending);
+    sigpending(&pending);
+    earlier_ = sigismember(&pending, SIGPIPE) == 1;
+    sigemptyset(&pipe_);
+    sigaddset(&pipe_, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
+  }
+  ~BrokenPipesAreSilent() {
+    const timespec now{};
+    while (!earlier_ && sigtimedwait(&pipe_, nullptr, &now) < 0 && errno == EINTR) {
+    }
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  }
+  BrokenPipesAreSilent(const BrokenPipesAreSilent&) = delete;
+
+ private:
+  sigset_t pipe_{}, before_{};
+  bool earlier_ = false;  // somebody else's signal waits to be delivered
+};
+
+void write(std::FILE* buffered, int descriptor, std::string_view text) {
+  static auto& mutex = *new Mutex;
+  MutexLock lock(mutex);
+  const BrokenPipesAreSilent silence;
+  std::fflush(buffered);
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+}  // namespace
+
+void writeOutput(std::string_view text) {
+  write(stdout, STDOUT_FILENO, text);
+}
+
+void writeErrors(std::string_view text) {
+  write(stderr, STDERR_FILENO, text);
+}
+
+}  // namespace ios
