@@ -1,4 +1,4 @@
-#include "UIKit/UIPopoverPresentationController.h"
+#include "UIKit/UIWindow.h"
 #include "front/ScreenName.h"
 #include "front/TLVManager.h"
 #include "info/TLVConstants.h"
@@ -14,17 +14,6 @@ std::string localized(const std::string& key) {
   return NSLocalizedString(key, "TLVLocalizable", TLV_BUNDLE(), "");
 }
 
-/// A sheet that the device shows as a popover needs a place to point at: the middle of the presenter's view,
-/// and no arrow, since a trigger has no place of its own.
-void anchorInTheMiddle(UIAlertController& sheet, UIViewController& presenter) {
-  const auto popover = sheet.popoverPresentationController();
-  if (!popover) return;
-  const CGRect bounds = presenter.view()->bounds();
-  popover->sourceView = presenter.view();
-  popover->sourceRect = CGRectMake(bounds.midX(), bounds.midY(), 0, 0);
-  popover->permittedArrowDirections = UIPopoverArrowDirectionNone;
-}
-
 }  // namespace
 
 void TLVManager::captureScreen() {
@@ -35,7 +24,7 @@ void TLVManager::captureScreen() {
     return;
   }
   // A second trigger would capture our own sheet and ask it to present another.
-  if (isOwnAlertUp()) return;
+  if (isMenuUp()) return;
 
   // Now, before the sheet is up: the image shows what the user saw.
   CaptureScreenshot::shared()->saveCurrentScreenshot();
@@ -56,8 +45,18 @@ void TLVManager::captureScreen() {
                                                   UIAlertActionStyle::default_,
                                                   chosen(&TLVManager::captureScreenRecording)));
   sheet->addAction(UIAlertAction::actionWithTitle(localized("Cancel"), UIAlertActionStyle::cancel, nullptr));
-  anchorInTheMiddle(*sheet, *top);
-  presentOwn(sheet, top);
+  menu_ = sheet;
+  menuIsComing_ = true;
+  presentOnTop(sheet, [self = sharedAs<TLVManager>()] { self->menuIsComing_ = false; });
+}
+
+bool TLVManager::isMenuUp() const {
+  if (menuIsComing_) return true;
+  const auto menu = menu_.lock();
+  if (!menu || !menu->presentingViewController()) return false;
+  // One that was left on a window which the host has put away is on no screen, and nobody could close it.
+  const auto window = menu->view()->window();
+  return window && !window->isHidden();
 }
 
 void TLVManager::captureScreenshot(const std::shared_ptr<UIAlertAction>&) {

@@ -49,8 +49,7 @@ void TLVManager::setPasteBoardAndOpenTLV(const std::map<std::string, std::shared
 void TLVManager::isAppRedirectedtoTLV() {
   printTLV("Redirect to App Store");
   UIPasteboard::generalPasteboard()->setItems({});
-  const auto top = topViewController();
-  if (!top) return;
+  if (!topViewController()) return;
   // An application that is not active was left for the companion, or is covered by the system's question
   // about it.
   if (!checkIfAppIsActive()) return;
@@ -63,7 +62,7 @@ void TLVManager::isAppRedirectedtoTLV() {
         self->openAppStore(action);
       }));
   alert->addAction(UIAlertAction::actionWithTitle("Cancel", UIAlertActionStyle::destructive, nullptr));
-  presentOwn(alert, top);
+  presentOnTop(alert);
 }
 
 void TLVManager::openAppStore(const std::shared_ptr<UIAlertAction>&) {

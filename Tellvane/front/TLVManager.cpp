@@ -1,6 +1,5 @@
 #include "front/TLVManager.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -8,7 +7,6 @@
 #include "Dispatch/Time.h"
 #include "Foundation/NSTimer.h"
 #include "UIKit/UIApplication.h"
-#include "UIKit/UIWindow.h"
 #include "info/TLVConstants.h"
 #include "info/printTLV.h"
 #include "triggers/GestureListeners.h"
@@ -75,23 +73,6 @@ void TLVManager::delay(double seconds, const dispatch_queue_t& queue, std::funct
   const auto delta = nanoseconds < -kRange ? std::numeric_limits<std::int64_t>::min()
                                            : static_cast<std::int64_t>(nanoseconds);
   dispatch_after(dispatch_time(DISPATCH_TIME_NOW, delta), queue, std::move(closure));
-}
-
-void TLVManager::presentOwn(const std::shared_ptr<UIAlertController>& alert,
-                            const std::shared_ptr<UIViewController>& presenter) {
-  std::erase_if(ownAlerts_, [](const auto& known) { return known.expired(); });
-  ownAlerts_.push_back(alert);
-  presenter->presentViewController(alert, true);
-}
-
-bool TLVManager::isOwnAlertUp() const {
-  return std::any_of(ownAlerts_.begin(), ownAlerts_.end(), [](const auto& known) {
-    const auto alert = known.lock();
-    if (!alert || !alert->presentingViewController()) return false;
-    // One that was left on a window which the host has put away is on no screen, and nobody could close it.
-    const auto window = alert->view()->window();
-    return window && !window->isHidden();
-  });
 }
 
 }  // namespace tellvane

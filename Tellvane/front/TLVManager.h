@@ -5,7 +5,6 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "Dispatch/Queue.h"
 #include "Foundation/NSData.h"
@@ -46,12 +45,12 @@ class TLV_EXPORT TLVManager : public Subclass<TLVManager, NSObject> {
   static void delay(double seconds, const dispatch_queue_t& queue, std::function<void()> closure);
 
  private:
-  friend class TLVPhotoAlbum;  // whose alert is one of the library's own
-
   // The capture menu: TLVManager+CaptureMenu.cpp.
   void captureScreen();
   void captureScreenshot(const std::shared_ptr<UIAlertAction>& action);
   void captureScreenRecording(const std::shared_ptr<UIAlertAction>& action);
+  /// Whether the sheet is on the screen, coming or going included.
+  bool isMenuUp() const;
 
   // The hand-off: TLVManager+Handoff.cpp.
   void saveVideoRecordingAndOpenTLV(const std::shared_ptr<NSNotification>& notification);
@@ -60,17 +59,12 @@ class TLV_EXPORT TLVManager : public Subclass<TLVManager, NSObject> {
   void isAppRedirectedtoTLV();
   void openAppStore(const std::shared_ptr<UIAlertAction>& action);
 
-  /// Presents an alert or sheet of the library's own, animated, and remembers it.
-  void presentOwn(const std::shared_ptr<UIAlertController>& alert,
-                  const std::shared_ptr<UIViewController>& presenter);
-  /// Whether one of them is on the screen, coming or going included.
-  bool isOwnAlertUp() const;
-
   std::atomic<bool> isDebugMode_ = true;
   bool recordWithMicrophoneEnabled_ = false;
   std::string currentScreen_ = "App Screen";
   bool started_ = false;
-  std::vector<std::weak_ptr<UIAlertController>> ownAlerts_;
+  std::weak_ptr<UIAlertController> menu_;
+  bool menuIsComing_ = false;  // it waits for the screen below it to be closed
 };
 
 }  // namespace tellvane

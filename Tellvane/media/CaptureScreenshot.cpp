@@ -7,9 +7,15 @@
 
 namespace tellvane {
 
+// Selectors belong to instances here, so this stands for the class operation.
+static std::shared_ptr<CaptureScreenshot> sharedInstance(CaptureScreenshot&) {
+  return CaptureScreenshot::shared();
+}
+
 MethodList CaptureScreenshot::methods() {
   return {{"saveCurrentScreenshot", &CaptureScreenshot::saveCurrentScreenshot},
-          {"getSavedScreenshot", &CaptureScreenshot::getSavedScreenshot}};
+          {"getSavedScreenshot", &CaptureScreenshot::getSavedScreenshot},
+          {"shared", &sharedInstance}};
 }
 
 const std::shared_ptr<CaptureScreenshot>& CaptureScreenshot::shared() {

@@ -135,8 +135,7 @@ void TLVPhotoAlbum::resolveAlbum(const Decision& success) {
 }
 
 void TLVPhotoAlbum::refuseAccess(const Decision& success) {
-  const auto top = topViewController();
-  if (!top) return;
+  if (!topViewController()) return;
   success(false);
   const auto alert = UIAlertController::alertControllerWithTitle(
       localized("photos access"), localized("photos message"), UIAlertControllerStyle::alert);
@@ -145,7 +144,7 @@ void TLVPhotoAlbum::refuseAccess(const Decision& success) {
         if (const auto url = NSURL::URLWithString(UIApplicationOpenSettingsURLString))
           UIApplication::sharedApplication()->openURL(*url);
       }));
-  TLVManager::shared()->presentOwn(alert, top);
+  presentOnTop(alert);
 }
 
 void TLVPhotoAlbum::saveToPhotosAlbum(const NSURL& url, Completion completionHandler) {

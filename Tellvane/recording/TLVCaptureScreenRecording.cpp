@@ -87,9 +87,7 @@ void TLVCaptureScreenRecording::recordingEnded(const std::shared_ptr<TLVScreenRe
   if (!localIdentifier) return;
   const auto screen =
       std::make_shared<TLVSaveRecordingViewController>(*localIdentifier, kInterfaceFile, TLV_BUNDLE());
-  const auto window = UIApplication::sharedApplication()->keyWindow();
-  const auto top = topViewController(window ? window->rootViewController() : nullptr);
-  if (top) top->presentViewController(screen, true);
+  presentOnTop(screen);
 }
 
 void TLVCaptureScreenRecording::stopRecordingAtDesiredTime(double seconds) {

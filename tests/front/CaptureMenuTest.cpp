@@ -87,6 +87,33 @@ TEST(CaptureMenu, RecordingChoiceStartsARecordingThatTheNextTriggerStops) {
   EXPECT_EQ(1, console.count("<TLV Log> : Screen recording ended"));
 }
 
+TEST(CaptureMenu, WaitsForAScreenThatIsBeingClosed) {
+  TestPhone phone;
+  const auto root = std::make_shared<UIViewController>();
+  startWith(phone, root);
+  for (const bool inAContainer : {false, true}) {
+    SCOPED_TRACE(inAContainer);
+    std::shared_ptr<UIViewController> closing = std::make_shared<Notes::ListViewController>();
+    if (inAContainer) closing = UINavigationController::withRootViewController(closing);
+    root->presentViewController(closing, true);
+    phone.runFor(1);
+    root->dismissViewControllerAnimated(true);
+    phone.device().input().shake();
+    phone.runFor(0.1);
+    const auto image = CaptureScreenshot::shared()->getSavedScreenshot();
+    phone.device().input().shake();  // the sheet is on its way already
+    phone.runFor(1);
+    const auto sheet = sheetOnTop();
+    ASSERT_TRUE(sheet);
+    EXPECT_EQ(root, sheet->presentingViewController());
+    EXPECT_EQ(image, CaptureScreenshot::shared()->getSavedScreenshot());
+    EXPECT_EQ("ListViewController", TLVManager::shared()->currentScreen()) << "the one that was seen";
+    EXPECT_TRUE(phone.tapText("Cancel"));
+    phone.runFor(1);
+    EXPECT_FALSE(phone.shows("Options"));
+  }
+}
+
 TEST(CaptureMenu, DoesNothingInProductionMode) {
   TestPhone phone;
   Console console;

@@ -80,6 +80,19 @@ TEST(RecordingSession, GoesFromTriggerToTriggerToTheConfirmationScreen) {
   EXPECT_FALSE(phone.shows("Options")) << "no trigger is announced over the confirmation screen";
 }
 
+TEST(RecordingSession, AsksOnceTheScreenThatTheHostIsClosingHasGone) {
+  SessionPhone phone;
+  phone.startThroughTheSheet();
+  const auto root = UIApplication::sharedApplication()->keyWindow()->rootViewController();
+  root->presentViewController(std::make_shared<UIViewController>(), true);
+  phone.runFor(1);
+  root->dismissViewControllerAnimated(true);
+  phone.device().input().shake();
+  phone.runFor(1.5);
+  ASSERT_TRUE(phone.confirmation());
+  EXPECT_EQ(root, phone.confirmation()->presentingViewController());
+}
+
 TEST(RecordingSession, EndsWithTheFirstFramePastThirtySeconds) {
   SessionPhone phone;
   phone.startThroughTheSheet();
