@@ -72,6 +72,18 @@ std::optional<Refusal> takeRepresentations(const ios::NSDictionary& item, Report
   return std::nullopt;
 }
 
+/// Whether a text leads somewhere in a file system. What is taken goes into file contents only, never into
+/// names; but no honest record has such a text, and whoever reads the inbox next may be less careful.
+bool isPath(std::string_view text) {
+  if (text.starts_with('/') || text.starts_with("~/") || text.starts_with("file:")) return true;
+  for (std::size_t start = 0; start <= text.size();) {
+    const std::size_t end = std::min(text.find_first_of("/\\", start), text.size());
+    if (text.substr(start, end - start) == ".." && text.size() > 2) return true;
+    start = end + 1;
+  }
+  return false;
+}
+
 std::optional<Refusal> takeText(std::string_view key, const ios::PropertyList& value, Record& record) {
   const std::string* text = value.text();
   if (!text)
@@ -81,6 +93,10 @@ std::optional<Refusal> takeText(std::string_view key, const ios::PropertyList& v
                    " bytes long; at most " + std::to_string(kMostOfAText) + " are taken"};
   }
   if (!isUtf8(*text)) return Refusal{"the record's " + inQuotes(key) + " is no well-formed UTF-8"};
+  // The movie's identifier has slashes of its own, and is checked where the movie is fetched.
+  if (key != "videoInPhotosAlbum" && isPath(*text)) {
+    return Refusal{"the record's " + inQuotes(key) + " is a path: " + inQuotes(*text)};
+  }
   record.emplace(key, *text);
   return std::nullopt;
 }

@@ -134,6 +134,11 @@ std::vector<Row> archiveRows() {
       record("NumberForText", "appVersion", 3, "\"appVersion\" is an integer instead of a text"),
       record("ArrayForText", "appName", NSArray{"Notes"}, "\"appName\" is an array instead of a text"),
       record("LongText", "screenName", std::string(4097, 'n'), "\"screenName\" is 4097 bytes long"),
+      record("PathUpwards", "screenName", "../../../etc/passwd",
+             "\"screenName\" is a path: \"../../../etc/passwd\""),
+      record("PathInside", "language", "en\\..", "\"language\" is a path"),
+      record("PathFromTheRoot", "appName", "/etc/passwd", "\"appName\" is a path"),
+      record("PathFromHome", "deviceModel", "~/inbox", "\"deviceModel\" is a path"),
       record("OtherSystem", "oSFamily", "Android\n",
              "\"oSFamily\" is \"Android<U+000A>\" instead of \"iOS\""),
   };

@@ -14,7 +14,7 @@ texts = {
     "appName": "\u202egnp.seton\u202c\u2066 Notizen\u2069",
     "oSVersion": "10.3.1\n10.3.2\t\x1b[31m\u2028",
     "deviceResolution": "",
-    "language": "../../../../etc/passwd",
+    "language": "....//....//etc/passwd",
     ("videoName" if kind == "video" else "screenName"): "</h1><script>alert('1')</script><img src=x onerror=alert(2)>",
 }
 if kind == "video":
