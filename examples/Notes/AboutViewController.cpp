@@ -69,11 +69,16 @@ void AboutViewController::viewDidLoad() {
 }
 
 void AboutViewController::viewWillLayoutSubviews() {
-  const CGFloat width = view()->bounds().width(), top = std::max(48.0, view()->bounds().height() / 2 - 190);
+  const CGSize size = view()->bounds().size;
+  // The hint goes below, or to the right where there is no room for that.
+  const bool upright = size.height > size.width;
+  const CGFloat width = upright ? size.width : size.width / 2;
+  const CGFloat top = upright ? std::max(48.0, size.height / 2 - 190) : size.height / 2 - 89;
   pad_->setFrame(CGRectMake(width / 2 - 50, top, 100, 100));
   name_->setFrame(CGRectMake(20, top + 118, width - 40, 36));
   version_->setFrame(CGRectMake(20, top + 156, width - 40, 22));
-  hint_->setFrame(CGRectMake(40, top + 206, width - 80, 66));
+  hint_->setFrame(upright ? CGRectMake(40, top + 206, width - 80, 66)
+                          : CGRectMake(width, size.height / 2 - 44, width - 40, 88));
 }
 
 }  // namespace Notes

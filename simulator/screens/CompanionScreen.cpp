@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "AVFoundation/AVPlayer.h"
@@ -59,16 +60,24 @@ class CompanionScreen : public ScreenController {
  private:
   void build(CGSize size) override {
     view()->setBackgroundColor(UIColor::colorWithHex(0xF1EFFA));
-    const CGFloat head = 156;
+    // Held upright the name stands below the way back, held on the side beside it.
+    const bool upright = size.height > size.width;
+    const CGFloat head = upright ? 156 : 84, icon = upright ? 60 : 40;
+    const CGPoint corner = upright ? CGPoint{20, 74} : CGPoint{size.width / 2 - 100, 32};
     add(std::make_shared<Shade>(CGRectMake(0, kStatusBar, size.width, head - kStatusBar), 0x4A37A8,
                                 0x2E2170));
     addBackLink(0xFFFFFF);
-    add(std::make_shared<AppIcon>(CGRectMake(20, 74, 60, 60), kCompanionIdentifier, "Tellvane"));
-    const bool any = newest_.reports > 0;
-    add(makeLabel("Tellvane", CGRectMake(94, 76, size.width - 110, 30), 24, 600, 0xFFFFFF));
-    add(makeLabel(any ? "Report received" : "No report yet", CGRectMake(94, 106, size.width - 110, 24), 17,
-                  400, 0xE4DDFF));
-    if (any) buildReport(size, head + 16);
+    add(std::make_shared<AppIcon>(CGRectMake(corner.x, corner.y, icon, icon), kCompanionIdentifier,
+                                  "Tellvane"));
+    const CGFloat left = corner.x + icon + 14, width = size.width - left - 16;
+    const CGFloat middle = corner.y + icon / 2;
+    const int count = newest_.reports;
+    const std::string heading = count > 1    ? std::to_string(count) + " reports received"
+                                : count == 1 ? "Report received"
+                                             : "No report yet";
+    add(makeLabel("Tellvane", CGRectMake(left, middle - 28, width, 30), 24, 600, 0xFFFFFF));
+    add(makeLabel(heading, CGRectMake(left, middle + 2, width, 24), 17, 400, 0xE4DDFF));
+    if (count > 0) buildReport(size, head + 16);
   }
 
   std::string entry(const char* key) const {
@@ -94,26 +103,34 @@ class CompanionScreen : public ScreenController {
         {"Language", entry("language")},
         {"Library", entry("sdkId")},
     };
-    const CGFloat width = card->bounds().width(), rowHeight = 34;
+    // The picture goes below the facts, or beside them where there is more room.
+    const CGSize whole = card->bounds().size;
+    const bool upright = size.height > size.width;
+    const CGFloat width = upright ? whole.width : std::floor(whole.width / 2);
+    const CGFloat rowHeight =
+        std::min<CGFloat>(34, std::floor((whole.height - 16) / static_cast<CGFloat>(rows.size())));
     CGFloat y = 8;
     for (const auto& [name, value] : rows) {
       card->addSubview(makeLabel(name, CGRectMake(16, y, 88, rowHeight), 15, 400, 0x8A84A0));
-      card->addSubview(makeLabel(value, CGRectMake(108, y, width - 124, rowHeight), 15, 600, 0x241C48));
+      auto fact = makeLabel(value, CGRectMake(108, y, width - 124, rowHeight), 15, 600, 0x241C48);
+      fact->setMinimumScaleFactor(0.7);
+      card->addSubview(fact);
       y += rowHeight;
       auto line = std::make_shared<UIView>(CGRectMake(16, y - 0.5, width - 16, 0.5));
       line->setBackgroundColor(UIColor::colorWithHex(0xE2DEF0));
       card->addSubview(line);
     }
+    const CGRect below = CGRectMake(16, y + 14, whole.width - 32, whole.height - y - 30);
+    const CGRect beside = CGRectMake(width + 16, 16, whole.width - width - 32, whole.height - 32);
     std::error_code error;
     if (fs::exists(newest_.movie, error)) {
-      addMovie(*card, y + 14);
+      addMovie(*card, upright ? below : beside);
     } else {
-      addPicture(*card, y + 14);
+      addPicture(*card, upright ? below : beside);
     }
   }
 
-  void addMovie(UIView& card, CGFloat top) {
-    const CGRect room = CGRectMake(16, top, card.bounds().width() - 32, card.bounds().height() - top - 16);
+  void addMovie(UIView& card, const CGRect& room) {
     if (room.height() < 80) return;
     const auto controller = std::make_shared<AVPlayerViewController>();
     controller->setPlayer(AVPlayer::playerWithURL(NSURL::fileURLWithPath(newest_.movie)));
@@ -122,14 +139,13 @@ class CompanionScreen : public ScreenController {
     card.addSubview(controller->view());
   }
 
-  void addPicture(UIView& card, CGFloat top) {
+  void addPicture(UIView& card, const CGRect& room) {
     const auto image = UIImage::imageWithContentsOfFile(newest_.image);
-    const CGSize room = {card.bounds().width() - 32, card.bounds().height() - top - 16};
-    if (!image || room.height < 40) return;
-    const CGFloat scale = std::min(room.width / image->size().width, room.height / image->size().height);
+    if (!image || room.height() < 40) return;
+    const CGFloat scale = std::min(room.width() / image->size().width, room.height() / image->size().height);
     const CGSize shown = {image->size().width * scale, image->size().height * scale};
     auto picture = std::make_shared<UIImageView>(image);
-    picture->setFrame(CGRectMake((card.bounds().width() - shown.width) / 2, top, shown.width, shown.height));
+    picture->setFrame(CGRectMake(room.midX() - shown.width / 2, room.minY(), shown.width, shown.height));
     picture->layer()->borderWidth = 0.5;
     picture->layer()->borderColor = UIColor::colorWithHex(0xC8C2DE)->CGColorValue();
     picture->setAccessibilityLabel("Picture of the screen");

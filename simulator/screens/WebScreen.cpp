@@ -35,9 +35,15 @@ class WebScreen : public ScreenController {
   void buildStore(CGSize size) {
     const bool installed = Device::current().applications().withIdentifier(kCompanionIdentifier).has_value();
     add(std::make_shared<AppIcon>(CGRectMake(20, 124, 104, 104), kCompanionIdentifier, "Tellvane"));
-    const CGFloat left = 142, width = size.width - left - 16;
+    // The description goes below, or to the right where the screen is too low for that.
+    const bool upright = size.height > size.width;
+    const CGFloat column = upright ? size.width : size.width / 2;
+    const CGFloat left = 142, width = column - left - 16;
     add(makeLabel("Tellvane", CGRectMake(left, 126, width, 32), 26, 600, 0x1C1C1E));
-    add(makeLabel("Feedback for apps you test", CGRectMake(left, 158, width, 22), 15, 400, 0x8A8A8E));
+    auto subtitle =
+        makeLabel("Feedback for apps you test", CGRectMake(left, 158, width, 22), 15, 400, 0x8A8A8E);
+    subtitle->setMinimumScaleFactor(0.6);
+    add(subtitle);
 
     auto get = std::make_shared<UIButton>(CGRectMake(left, 194, 84, 32));
     get->setTitle(installed ? "Open" : "Get");
@@ -48,14 +54,15 @@ class WebScreen : public ScreenController {
     onTap(get, {installed ? ScreenWish::Kind::open : ScreenWish::Kind::install, kCompanionIdentifier});
     add(get);
 
-    auto line = std::make_shared<UIView>(CGRectMake(20, 252, size.width - 40, 0.5));
+    auto line = std::make_shared<UIView>(upright ? CGRectMake(20, 252, size.width - 40, 0.5)
+                                                 : CGRectMake(column, 124, 0.5, 104));
     line->setBackgroundColor(UIColor::colorWithHex(0xD8D8DC));
     add(line);
     auto text = makeLabel(
         "Show the people who make your apps what you see. A picture of the screen and a few facts about the "
-        "phone "
-        "arrive here, and stay here.",
-        CGRectMake(20, 264, size.width - 40, 96), 16, 400, 0x3A3A3E);
+        "phone arrive here, and stay here.",
+        upright ? CGRectMake(20, 264, size.width - 40, 96) : CGRectMake(column + 16, 116, column - 32, 120),
+        16, 400, 0x3A3A3E);
     text->setNumberOfLines(0);
     add(text);
   }
