@@ -12,8 +12,13 @@ using ios::Clock;
 using std::chrono::milliseconds;
 
 constexpr int kPatience = 7000;  // ms of the phone's time in which a text may appear or go
-constexpr Clock::Duration kRest = std::chrono::seconds(3), kRestAfterTap = std::chrono::seconds(1);
+// How long something that moves is waited for: what a tap aims at, then what the tap set moving, and a
+// picture.
+constexpr Clock::Duration kRest = std::chrono::seconds(3), kRestAfterTap = std::chrono::seconds(1),
+                          kRestForPicture = std::chrono::seconds(1);
 constexpr Clock::Duration kFrame = std::chrono::nanoseconds(1'000'000'000 / 60);
+
+constexpr const char* kOnTheScreen = "on the screen: ";
 
 std::string listed(const std::vector<std::string>& texts) {
   std::string result;
@@ -37,6 +42,8 @@ bool FlowRunner::play(const std::vector<Command>& commands, std::string& problem
     // An application that ended is the reason behind whatever else was missed.
     if (const auto failure = phone_.takeFailure())
       found = "expected the application to run on, but " + *failure;
+    else if (!found.empty() && found.find(kOnTheScreen) == Problem::npos)
+      found += "; " + onTheScreen();
     if (found.empty() && !console_.isKept()) found = "the console could not be written down";
     transcript_.step(found.empty(), describe(command));
     if (found.empty()) continue;
@@ -93,12 +100,13 @@ FlowRunner::Problem FlowRunner::perform(const TapOn& command) {
     tap.location = command.point->on(phone_.screenSize());
   } else {
     bool met = false;
-    const auto element = await(*command.text, true, kPatience, met);
+    await(*command.text, true, kPatience, met);
     if (!met) return "expected \"" + command.text->text() + "\" to tap on; " + onTheScreen();
     phone_.settle(kRest);  // it may still be on its way
     const auto settled = choose(phone_.elements(), *command.text);
-    const ios::CGRect frame = settled ? settled->frame : element->frame;
-    tap.location = {frame.midX(), frame.midY()};
+    if (!settled)
+      return "expected \"" + command.text->text() + "\" to stay until it was tapped; " + onTheScreen();
+    tap.location = {settled->frame.midX(), settled->frame.midY()};
   }
   phone_.tap(tap);
   phone_.settle(kRestAfterTap);
@@ -141,7 +149,7 @@ FlowRunner::Problem FlowRunner::perform(const Wait& command) {
 }
 
 FlowRunner::Problem FlowRunner::perform(const TakeScreenshot& command) {
-  phone_.settle(kRest);
+  phone_.settle(kRestForPicture);
   const ios::Bytes png = phone_.picture();
   if (png.empty()) return "expected a picture, but the display shows nothing";
   const auto error = ios::writeFileAtomically(out_ / (command.name + ".png"), png);
@@ -241,7 +249,7 @@ std::optional<ios::VisibleElement> FlowRunner::await(const TextPattern& text, bo
 std::string FlowRunner::onTheScreen() {
   std::vector<std::string> texts;
   for (const auto& element : phone_.elements()) texts.push_back(element.text);
-  return "on the screen: " + listed(texts);
+  return kOnTheScreen + listed(texts);
 }
 
 }  // namespace simulator

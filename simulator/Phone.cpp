@@ -91,6 +91,10 @@ std::string Phone::launch(const std::string& identifier, const std::map<std::str
            " to be installed; installed:" + (installed.empty() ? " nothing" : installed);
   }
   if (std::string problem = stop(); !problem.empty()) return problem;
+  if (identifier == kCompanionIdentifier) {  // draws nothing itself; it is shown by what it has filed
+    front_ = identifier;
+    return {};
+  }
   console_.beginSearchHere();
   std::string problem;
   app_ = AppProcess::start(*application, arguments, sound, console_, problem);
