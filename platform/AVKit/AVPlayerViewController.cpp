@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "AVKit/PlayerView+Private.h"
+#include "AVKit/Private/PlayerView.h"
 
 namespace ios {
 

@@ -1,4 +1,4 @@
-#include "AVKit/PlayerControls+Private.h"
+#include "AVKit/Private/PlayerControls.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,7 +16,7 @@ constexpr CGFloat kStripHeight = 44, kTimeWidth = 48, kLargeSide = 72, kMargin =
 constexpr CGColor kWhite{1, 1, 1, 1}, kDim{1, 1, 1, 0.35}, kShade{0, 0, 0, 0.55};
 
 CGPath triangle(CGPoint middle, CGFloat size) {
-  // A little to the right, where the eye has its middle.
+  // A little to the right of centre, where a triangle looks centred.
   const CGFloat x = middle.x - size * 0.36, half = size / 2;
   CGPath path;
   path.moveTo({x, middle.y - half});
@@ -118,7 +118,7 @@ void CannotPlaySign::drawRect(const CGRect&) {
   CGPath stroke;
   stroke.moveTo({middle.x - side * 0.38, middle.y + side * 0.38});
   stroke.lineTo({middle.x + side * 0.38, middle.y - side * 0.38});
-  // First in black, wider: the stroke stands apart from the sign.
+  // First wider and in black, which sets the stroke off from the sign.
   for (const auto& [color, width] :
        {std::pair(CGColor{0, 0, 0, 1}, side * 0.14), std::pair(kWhite, side * 0.06)}) {
     CGContextSetStrokeColorWithColor(context, color);
@@ -162,7 +162,7 @@ void PlayerControls::setPlayer(std::shared_ptr<AVPlayer> player) {
   player_ = std::move(player);
 }
 
-// Not in the constructor: targets are referred to, and nobody holds the object there yet.
+// Not in the constructor: registering a target takes a shared reference, which does not exist there yet.
 void PlayerControls::connect() {
   if (std::exchange(connected_, true)) return;
   small_->addTarget(shared_from_this(), "playOrPause", UIControlEventTouchUpInside);

@@ -1,4 +1,4 @@
-#include "AVKit/PlayerView+Private.h"
+#include "AVKit/Private/PlayerView.h"
 
 #include <utility>
 
@@ -8,8 +8,8 @@
 #include "Foundation/NSNotificationCenter.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIColor.h"
-#include "UIKit/UIGestureRecognizer.h"
 #include "UIKit/UIGraphics.h"
+#include "UIKit/UITapGestureRecognizer.h"
 
 namespace ios {
 namespace {
@@ -30,7 +30,7 @@ void PlayerPicture::setPlaying(bool playing) {
 }
 
 void PlayerPicture::drawRect(const CGRect& rect) {
-  // The finest way takes the main thread longer than a refresh of the display.
+  // The finest interpolation takes the main thread longer than one refresh of the display.
   CGContextSetInterpolationQuality(UIGraphicsGetCurrentContext(),
                                    playing_ ? kCGInterpolationLow : kCGInterpolationHigh);
   UIImageView::drawRect(rect);
@@ -70,7 +70,7 @@ void PlayerView::layoutSubviews() {
     addGestureRecognizer(std::make_shared<UITapGestureRecognizer>(shared_from_this(), "tapped"));
     NSNotificationCenter::defaultCenter()->addObserver(shared_from_this(), "unseen",
                                                        UIApplicationDidEnterBackgroundNotification, nullptr);
-    // They go some time after the last touch, not under the finger.
+    // The delay runs from the last touch, so that they do not hide under the finger.
     const std::weak_ptr<PlayerView> weak = sharedAs<PlayerView>();
     controls_->setOnMove([weak] {
       const auto self = weak.lock();

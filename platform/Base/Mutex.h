@@ -3,7 +3,7 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "ObjectiveC/ThreadAnnotations.h"
+#include "Base/ThreadAnnotations.h"
 
 namespace ios {
 

@@ -1,4 +1,4 @@
-#include "ObjectiveC/Output.h"
+#include "Base/Output.h"
 
 #include <unistd.h>
 
@@ -7,7 +7,8 @@
 #include <cstdio>
 #include <ctime>
 
-#include "ObjectiveC/Mutex.h"
+#include "Base/FileDescriptor.h"
+#include "Base/Mutex.h"
 
 namespace ios {
 namespace {
@@ -43,12 +44,7 @@ void write(std::FILE* buffered, int descriptor, std::string_view text) {
   MutexLock lock(mutex);
   const BrokenPipesAreSilent silence;
   std::fflush(buffered);
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
+  static_cast<void>(writeAll(descriptor, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}));
 }
 
 }  // namespace

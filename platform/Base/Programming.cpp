@@ -1,4 +1,4 @@
-#include "ObjectiveC/Programming.h"
+#include "Base/Programming.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,28 +1,38 @@
-#include <plist/plist.h>
-
 #include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <bit>
+#include <cmath>
 #include <ctime>
-#include <limits>
-#include <memory>
 #include <string_view>
 #include <vector>
 
-#include "CoreFoundation/PropertyList+Private.h"
+#include "CoreFoundation/Private/PropertyList.h"
 #include "CoreFoundation/Unicode.h"
 
 namespace ios::plist {
 namespace {
 
-/// Walks the objects that the root reaches and refuses what libplist would not survive or would read as
-/// something else: it unfolds shared objects into a tree, one call a level, and takes texts as C strings.
-class Examiner {
- public:
-  Examiner(std::span<const std::uint8_t> bytes, std::string& problem) : bytes_(bytes), problem_(problem) {}
+/// "2026-01-05T09:41:00Z"; empty for a moment that no calendar has.
+std::optional<std::string> dateText(double secondsSince2001) {
+  constexpr double kReference = 978'307'200, kFarthest = 1e11;  // some thousand years
+  if (!(std::abs(secondsSince2001) < kFarthest)) return std::nullopt;
+  const auto seconds = static_cast<std::time_t>(kReference + std::trunc(secondsSince2001));
+  std::tm parts{};
+  gmtime_r(&seconds, &parts);
+  std::array<char, 40> text{};
+  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+  return text.data();
+}
 
-  bool passes() {
-    constexpr std::size_t kHeader = 8, kTrailer = 32;
+/// Builds the value while it walks the objects that the root reaches. Every offset and count is
+/// checked before it is used, and an object that several others share counts each time: what is built
+/// stays within the limits.
+class Reader {
+ public:
+  explicit Reader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+
+  Parsed read() {
+    constexpr std::size_t kTrailer = 32;
     if (bytes_.size() < kHeader + kTrailer) return fail("is a binary property list cut short");
     if (std::string_view(reinterpret_cast<const char*>(bytes_.data()), kHeader) != "bplist00") {
       return fail("is a binary property list of an unknown version");
@@ -38,24 +48,15 @@ class Examiner {
         root >= count) {
       return fail("is a binary property list with a damaged trailer");
     }
-    extents_.resize(count);
-    if (!examine(root, 1)) return false;
-    return true;
+    open_.resize(count);
+    values_ = 1;
+    return object(root, 1);
   }
 
  private:
-  enum class State : std::uint8_t { unknown, open, known };
-  /// What an object unfolds to.
-  struct Extent {
-    State state = State::unknown;
-    std::uint32_t height = 0, values = 0;
-    std::uint64_t bytes = 0;
-  };
+  static constexpr std::size_t kHeader = 8;
 
-  bool fail(const std::string& what) {
-    problem_ = what;
-    return false;
-  }
+  static tl::unexpected<std::string> fail(std::string what) { return failure(std::move(what)); }
 
   std::uint64_t number(std::size_t at, std::size_t size) const {
     std::uint64_t value = 0;
@@ -64,236 +65,147 @@ class Examiner {
   }
 
   /// How many units the object at `at` has; `at` moves to the first.
-  bool readCount(std::size_t& at, std::uint64_t& count) {
-    count = bytes_[at++] & 0x0F;
-    if (count != 0x0F) return true;
+  Result<std::uint64_t, std::string> readCount(std::size_t& at) const {
+    const std::uint8_t low = bytes_[at++] & 0x0F;
+    if (low != 0x0F) return low;
     if (at >= offsetTable_ || bytes_[at] >> 4 != 0x1 || (bytes_[at] & 0x0F) > 3)
       return fail("has a damaged count");
     const std::size_t size = std::size_t{1} << (bytes_[at++] & 0x0F);
     if (size > offsetTable_ - at) return fail("has a count cut short");
-    count = number(at, size);
     at += size;
-    return true;
+    return number(at - size, size);
   }
 
-  bool examine(std::uint64_t index, std::size_t depth) {
-    Extent& extent = extents_[index];
-    if (extent.state == State::open) return fail("holds an object that contains itself");
-    if (extent.state == State::unknown) {
-      if (depth > kMaximumDepth) return fail(kTooDeep);
-      extent = {State::open, 1, 1, 0};
-      const std::uint64_t offset = number(offsetTable_ + index * offsetSize_, offsetSize_);
-      if (offset < 8 || offset >= offsetTable_) return fail("has an object outside the file");
-      if (!examineObject(offset, extent, depth)) return false;
-      extent.state = State::known;
-    }
-    if (depth + extent.height - 1 > kMaximumDepth) return fail(kTooDeep);
-    return true;
+  Parsed object(std::uint64_t index, std::size_t depth) {
+    if (index >= open_.size()) return fail("refers to an object that does not exist");
+    if (open_[index]) return fail("holds an object that contains itself");
+    if (depth > kMaximumDepth) return fail(kTooDeep);
+    const std::uint64_t at = number(offsetTable_ + index * offsetSize_, offsetSize_);
+    if (at < kHeader || at >= offsetTable_) return fail("has an object outside the file");
+    open_[index] = true;
+    auto value = objectAt(at, depth);
+    open_[index] = false;
+    return value;
   }
 
-  bool examineObject(std::size_t at, Extent& extent, std::size_t depth) {
+  Parsed objectAt(std::size_t at, std::size_t depth) {
     const std::uint8_t marker = bytes_[at];
     const std::size_t left = offsetTable_ - at - 1, low = marker & 0x0F;
-    std::uint64_t count = 0;
+    const std::size_t size = std::size_t{1} << low;
     switch (marker >> 4) {
       case 0x0:
-        return marker == 0x08 || marker == 0x09 || fail("has a value of an unknown kind");
+        if (marker != 0x08 && marker != 0x09) return fail("has a value of an unknown kind");
+        return PropertyList(marker == 0x09);
       case 0x1:
-        if (low > 4 || (std::size_t{1} << low) > left) return fail("has a damaged integer");
-        if (low == 4 && (number(at + 1, 8) != 0 || bytes_[at + 9] >> 7 != 0))
-          return fail("has an integer beyond 64 bits");
-        return true;
+        if (low > 4 || size > left) return fail("has a damaged integer");
+        return integer(at + 1, size);
       case 0x2:
-      case 0x3:
-        return ((low == 3 || (low == 2 && marker >> 4 == 0x2)) && (std::size_t{1} << low) <= left) ||
-               fail("has a damaged real or date");
-      case 0x8:
-        return (low < 8 && low + 1 <= left) || fail("has a damaged reference");
+        if ((low != 2 && low != 3) || size > left) return fail("has a damaged real or date");
+        if (low == 3) return PropertyList(std::bit_cast<double>(number(at + 1, 8)));
+        return PropertyList(double{std::bit_cast<float>(static_cast<std::uint32_t>(number(at + 1, 4)))});
+      case 0x3: {
+        const auto date =
+            low == 3 && size <= left ? dateText(std::bit_cast<double>(number(at + 1, 8))) : std::nullopt;
+        if (!date) return fail("has a damaged real or date");
+        return PropertyList(*date);
+      }
       case 0x4:
       case 0x5:
       case 0x6:
-        return readCount(at, count) && examineBytes(at, marker >> 4, count, extent);
+        return textOrData(at);
+      case 0x8:
+        if (low >= 8 || low + 1 > left) return fail("has a damaged reference");
+        return PropertyList(PropertyList::UID{number(at + 1, low + 1)});
       case 0xA:
+        return array(at, depth);
       case 0xD:
-        return readCount(at, count) && examineMembers(at, marker >> 4 == 0xD, count, extent, depth);
+        return dictionary(at, depth);
       default:
         return fail("has a value of an unknown kind");
     }
   }
 
-  bool examineBytes(std::size_t at, int kind, std::uint64_t count, Extent& extent) {
+  Parsed integer(std::size_t at, std::size_t size) {
+    constexpr std::size_t kWidest = 8;
+    if (size > kWidest) {
+      if (number(at, kWidest) != 0 || bytes_[at + kWidest] >> 7 != 0)
+        return fail("has an integer beyond 64 bits");
+      at += kWidest;
+    }
+    return PropertyList(static_cast<std::int64_t>(number(at, std::min(size, kWidest))));
+  }
+
+  Parsed textOrData(std::size_t at) {
+    const int kind = bytes_[at] >> 4;
+    const std::uint64_t count = IOS_TRY(readCount(at));
     const std::size_t unit = kind == 0x6 ? 2 : 1;
     if (count > (offsetTable_ - at) / unit) return fail("has a text or data cut short");
-    extent.bytes = count * unit;
-    const std::string_view content(reinterpret_cast<const char*>(bytes_.data()) + at, count * unit);
-    if (kind == 0x5) {
-      const auto ascii = [](char c) { return c != 0 && static_cast<unsigned char>(c) < 0x80; };
-      if (!std::all_of(content.begin(), content.end(), ascii))
-        return fail("has a text with bytes that are no characters");
-    } else if (kind == 0x6) {
-      bool expectsLow = false;
-      for (std::size_t i = 0; i < count; ++i) {
-        const std::uint64_t c = number(at + 2 * i, 2);
-        const bool isLow = c >= 0xDC00 && c <= 0xDFFF;
-        if (c == 0 || isLow != expectsLow) return fail("has a text with units that are no characters");
-        expectsLow = c >= 0xD800 && c <= 0xDBFF;
-      }
-      if (expectsLow) return fail("has a text that ends within a character");
-    }
-    return true;
+    const auto content = bytes_.subspan(at, count * unit);
+    if ((held_ += content.size()) > kMaximumBytes) return fail(kTooLarge);
+    if (kind == 0x4) return PropertyList(Bytes(content.begin(), content.end()));
+    const std::string_view text(reinterpret_cast<const char*>(content.data()), content.size());
+    return kind == 0x5 ? asciiText(text) : utf16Text(text);
   }
 
-  bool examineMembers(std::size_t at, bool isDictionary, std::uint64_t count, Extent& extent,
-                      std::size_t depth) {
-    const std::uint64_t references = isDictionary ? 2 : 1;
-    if (count > (offsetTable_ - at) / (referenceSize_ * references))
-      return fail("has an array or dictionary cut short");
-    std::vector<std::string_view> keys;
-    for (std::uint64_t i = 0; i < count * references; ++i) {
-      const std::uint64_t index = number(at + i * referenceSize_, referenceSize_);
-      if (index >= extents_.size()) return fail("refers to an object that does not exist");
-      if (!examine(index, depth + 1)) return false;
-      const Extent& member = extents_[index];
-      extent.height = std::max(extent.height, member.height + 1);
-      extent.values += isDictionary && i < count ? 0 : member.values;
-      extent.bytes += member.bytes;
-      if (extent.values > kMaximumValues) return fail(kTooMany);
-      if (extent.bytes > kMaximumBytes) return fail(kTooLarge);
-      if (isDictionary && i < count) {
-        auto key = textBytes(index);
-        if (!key) return fail("has a key that is no text");
-        keys.push_back(*key);
-      }
-    }
-    std::sort(keys.begin(), keys.end());
-    return std::adjacent_find(keys.begin(), keys.end()) == keys.end() ||
-           fail("has a key twice in a dictionary");
+  Parsed asciiText(std::string_view text) {
+    const auto ascii = [](char c) { return c != 0 && static_cast<unsigned char>(c) < 0x80; };
+    if (!std::all_of(text.begin(), text.end(), ascii))
+      return fail("has a text with bytes that are not characters");
+    return PropertyList(std::string(text));
   }
 
-  /// Marker and content of an examined text.
-  std::optional<std::string_view> textBytes(std::uint64_t index) {
-    const std::size_t start = number(offsetTable_ + index * offsetSize_, offsetSize_);
-    const int kind = bytes_[start] >> 4;
-    if (kind != 0x5 && kind != 0x6) return std::nullopt;
-    std::size_t at = start;
-    std::uint64_t count = 0;
-    if (!readCount(at, count)) return std::nullopt;
-    return std::string_view(reinterpret_cast<const char*>(bytes_.data()) + at, count * (kind == 0x6 ? 2 : 1));
+  Parsed utf16Text(std::string_view text) {
+    bool expectsLow = false;
+    for (std::size_t i = 0; i < text.size(); i += 2) {
+      const unsigned unit =
+          static_cast<unsigned char>(text[i]) << 8 | static_cast<unsigned char>(text[i + 1]);
+      const bool isLow = unit >= 0xDC00 && unit <= 0xDFFF;
+      if (unit == 0 || isLow != expectsLow) return fail("has a text with units that are not characters");
+      expectsLow = unit >= 0xD800 && unit <= 0xDBFF;
+    }
+    if (expectsLow) return fail("has a text that ends within a character");
+    return PropertyList(utf8FromUTF16(text, true));
+  }
+
+  Parsed member(std::size_t reference, std::size_t depth) {
+    if (++values_ > kMaximumValues) return fail(kTooMany);
+    return object(number(reference, referenceSize_), depth + 1);
+  }
+
+  Parsed array(std::size_t at, std::size_t depth) {
+    const std::uint64_t count = IOS_TRY(readCount(at));
+    if (count > (offsetTable_ - at) / referenceSize_) return fail("has an array cut short");
+    NSArray values;
+    for (std::uint64_t i = 0; i < count; ++i) {
+      values.push_back(IOS_TRY(member(at + i * referenceSize_, depth)));
+    }
+    return PropertyList(std::move(values));
+  }
+
+  Parsed dictionary(std::size_t at, std::size_t depth) {
+    const std::uint64_t count = IOS_TRY(readCount(at));
+    if (count > (offsetTable_ - at) / (2 * referenceSize_)) return fail("has a dictionary cut short");
+    NSDictionary members;
+    for (std::uint64_t i = 0; i < count; ++i) {
+      const auto key = IOS_TRY(object(number(at + i * referenceSize_, referenceSize_), depth + 1));
+      if (!key.text()) return fail("has a key that is not a text");
+      auto value = IOS_TRY(member(at + (count + i) * referenceSize_, depth));
+      if (!members.emplace(*key.text(), std::move(value)).second)
+        return fail("has a key twice in a dictionary");
+    }
+    return PropertyList(std::move(members));
   }
 
   std::span<const std::uint8_t> bytes_;
-  std::string& problem_;
   std::size_t offsetSize_ = 0, referenceSize_ = 0, offsetTable_ = 0;
-  std::vector<Extent> extents_;
+  std::vector<bool> open_;  // the objects that the one being read is inside of
+  std::size_t values_ = 0, held_ = 0;
 };
-
-std::string dateText(std::int32_t secondsSince2001) {
-  constexpr std::time_t kReference = 978'307'200;
-  const std::time_t seconds = kReference + secondsSince2001;
-  std::tm parts{};
-  gmtime_r(&seconds, &parts);
-  std::array<char, 40> text{};
-  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-  return text.data();
-}
-
-template <class T>
-using Allocated = std::unique_ptr<T, decltype(&std::free)>;
-
-PropertyList convert(plist_t node);
-
-PropertyList convertArray(plist_t node) {
-  NSArray values;
-  const std::uint32_t count = plist_array_get_size(node);
-  values.reserve(count);
-  plist_array_iter state = nullptr;
-  plist_array_new_iter(node, &state);
-  const Allocated<void> owned(state, &std::free);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    plist_t item = nullptr;
-    plist_array_next_item(node, state, &item);
-    values.push_back(convert(item));
-  }
-  return values;
-}
-
-PropertyList convertDictionary(plist_t node) {
-  NSDictionary members;
-  plist_dict_iter state = nullptr;
-  plist_dict_new_iter(node, &state);
-  const Allocated<void> owned(state, &std::free);
-  for (;;) {
-    char* key = nullptr;
-    plist_t item = nullptr;
-    plist_dict_next_item(node, state, &key, &item);
-    const Allocated<char> ownedKey(key, &std::free);
-    if (!key) return members;
-    members.emplace(key, convert(item));
-  }
-}
-
-PropertyList convert(plist_t node) {
-  std::uint64_t length = 0;
-  switch (plist_get_node_type(node)) {
-    case PLIST_BOOLEAN: {
-      std::uint8_t value = 0;
-      plist_get_bool_val(node, &value);
-      return value != 0;
-    }
-    case PLIST_UINT: {
-      std::uint64_t value = 0;
-      plist_get_uint_val(node, &value);
-      return static_cast<std::int64_t>(value);
-    }
-    case PLIST_REAL: {
-      double value = 0;
-      plist_get_real_val(node, &value);
-      return value;
-    }
-    case PLIST_STRING: {
-      const char* text = plist_get_string_ptr(node, &length);
-      return std::string(text, text ? length : 0);
-    }
-    case PLIST_DATA: {
-      const char* bytes = plist_get_data_ptr(node, &length);
-      return Bytes(bytes, bytes + length);
-    }
-    case PLIST_DATE: {
-      std::int32_t seconds = 0, microseconds = 0;
-      plist_get_date_val(node, &seconds, &microseconds);
-      return dateText(seconds);
-    }
-    case PLIST_UID: {
-      PropertyList::UID value;
-      plist_get_uid_val(node, &value.index);
-      return value;
-    }
-    case PLIST_ARRAY:
-      return convertArray(node);
-    case PLIST_DICT:
-      return convertDictionary(node);
-    default:
-      return {};
-  }
-}
 
 }  // namespace
 
-std::optional<PropertyList> parseBinary(std::span<const std::uint8_t> bytes, std::string& problem) {
-  if (bytes.size() > std::numeric_limits<std::int32_t>::max()) {
-    problem = "is larger than 2 GB";
-    return std::nullopt;
-  }
-  if (!Examiner(bytes, problem).passes()) return std::nullopt;
-  plist_t read = nullptr;
-  plist_from_bin(reinterpret_cast<const char*>(bytes.data()), static_cast<std::uint32_t>(bytes.size()),
-                 &read);
-  const std::unique_ptr<void, decltype(&plist_free)> root(read, &plist_free);
-  if (!root) {
-    problem = "is a damaged binary property list";
-    return std::nullopt;
-  }
-  return convert(root.get());
+Parsed parseBinary(std::span<const std::uint8_t> bytes) {
+  return Reader(bytes).read();
 }
 
 }  // namespace ios::plist

@@ -4,10 +4,11 @@
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <string_view>
 
-#include "CoreFoundation/PropertyList+Private.h"
+#include "CoreFoundation/Private/PropertyList.h"
 #include "CoreFoundation/Unicode.h"
 
 namespace ios {
@@ -71,6 +72,30 @@ bool beginsAsXML(std::span<const std::uint8_t> bytes) {
   return false;
 }
 
+plist::Parsed parsedBytes(std::span<const std::uint8_t> bytes) {
+  const std::string_view start(reinterpret_cast<const char*>(bytes.data()),
+                               std::min<std::size_t>(bytes.size(), 6));
+  if (start == "bplist") return plist::parseBinary(bytes);
+  if (beginsAsXML(bytes)) return plist::parseXML(bytes);
+  return failure(std::string(bytes.empty() ? "is empty" : "is neither an XML nor a binary property list"));
+}
+
+Result<Bytes, std::string> contentOf(const std::filesystem::path& file) {
+  const auto fail = [](const char* what) { return failure(std::string(what)); };
+  std::error_code error;
+  // A pipe or a device would block the reader.
+  const auto status = std::filesystem::status(file, error);
+  if (!std::filesystem::exists(status)) return fail("does not exist");
+  const auto size = std::filesystem::is_regular_file(status) ? std::filesystem::file_size(file, error) : 0;
+  if (!std::filesystem::is_regular_file(status) || error) return fail("is not a readable file");
+  if (size > plist::kMaximumBytes) return fail("is larger than 256 MB");
+  Bytes bytes(size);
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size)))
+    return fail("cannot be read");
+  return bytes;
+}
+
 }  // namespace
 
 PropertyList::PropertyList() : value_(std::string()) {}
@@ -105,43 +130,26 @@ const std::string* PropertyList::text(const std::string& key) const {
   return value ? value->text() : nullptr;
 }
 
+double numberAt(const NSDictionary& values, const std::string& key, double missing) {
+  const auto found = values.find(key);
+  if (found == values.end()) return missing;
+  if (const auto* integer = found->second.integer()) return static_cast<double>(*integer);
+  if (const auto* real = found->second.real()) return *real;
+  return std::numeric_limits<double>::quiet_NaN();
+}
+
 std::optional<PropertyList> PropertyList::parse(std::span<const std::uint8_t> bytes, std::string* problem) {
-  std::string ignored;
-  std::string& text = problem ? *problem : ignored;
-  const std::string_view start(reinterpret_cast<const char*>(bytes.data()),
-                               std::min<std::size_t>(bytes.size(), 6));
-  if (start == "bplist") return plist::parseBinary(bytes, text);
-  if (beginsAsXML(bytes)) return plist::parseXML(bytes, text);
-  text = bytes.empty() ? "is empty" : "is neither an XML nor a binary property list";
+  auto parsed = parsedBytes(bytes);
+  if (parsed) return *std::move(parsed);
+  if (problem) *problem = parsed.error();
   return std::nullopt;
 }
 
 std::optional<PropertyList> PropertyList::parse(const std::filesystem::path& file, std::string* problem) {
-  std::string ignored;
-  std::string& text = problem ? *problem : ignored;
-  std::error_code error;
-  // A pipe or a device would block the reader.
-  const auto status = std::filesystem::status(file, error);
-  if (!std::filesystem::exists(status)) {
-    text = "does not exist";
-    return std::nullopt;
-  }
-  const auto size = std::filesystem::is_regular_file(status) ? std::filesystem::file_size(file, error) : 0;
-  if (!std::filesystem::is_regular_file(status) || error) {
-    text = "is no readable file";
-    return std::nullopt;
-  }
-  if (size > plist::kMaximumBytes) {
-    text = "is larger than 256 MB";
-    return std::nullopt;
-  }
-  Bytes bytes(size);
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size))) {
-    text = "cannot be read";
-    return std::nullopt;
-  }
-  return parse(bytes, problem);
+  const auto bytes = contentOf(file);
+  if (bytes) return parse(*bytes, problem);
+  if (problem) *problem = bytes.error();
+  return std::nullopt;
 }
 
 Bytes PropertyList::binary() const {

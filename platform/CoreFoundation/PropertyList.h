@@ -45,7 +45,8 @@ class PropertyList {
   PropertyList& operator=(PropertyList&& other) noexcept;
   ~PropertyList();
 
-  /// The value if it is of exactly that kind, else null: an integer is no double, a Boolean no integer.
+  /// The value if it is of exactly that kind, else null: an integer is not read as a double, nor a
+  /// Boolean as an integer.
   const bool* boolean() const { return std::get_if<bool>(&value_); }
   const std::int64_t* integer() const { return std::get_if<std::int64_t>(&value_); }
   const double* real() const { return std::get_if<double>(&value_); }
@@ -55,7 +56,7 @@ class PropertyList {
   const NSDictionary* dictionary() const { return std::get_if<NSDictionary>(&value_); }
   const UID* uid() const { return std::get_if<UID>(&value_); }
 
-  /// Member `key` of a dictionary; null if this is none or has no such member.
+  /// Member `key` of a dictionary; null if this is not one or has no such member.
   const PropertyList* member(const std::string& key) const;
   /// Member `key` if it is a text.
   const std::string* text(const std::string& key) const;
@@ -68,8 +69,8 @@ class PropertyList {
   static std::optional<PropertyList> parse(std::span<const std::uint8_t> bytes,
                                            std::string* problem = nullptr);
   static std::optional<PropertyList> parse(const std::filesystem::path& file, std::string* problem = nullptr);
-  /// The same value gives the same bytes. What is no UTF-8 in a text, and what the form cannot hold (NUL, and
-  /// in XML other control characters), becomes U+FFFD.
+  /// The same value gives the same bytes. What is not UTF-8 in a text, and what the form cannot hold (NUL,
+  /// and in XML other control characters), becomes U+FFFD.
   Bytes binary() const;
   std::string xml() const;
 
@@ -79,6 +80,9 @@ class PropertyList {
  private:
   Value value_;
 };
+
+/// Member `key` as a number, integer or double; `missing` when there is none, NaN when it is not a number.
+double numberAt(const NSDictionary& values, const std::string& key, double missing);
 
 /// Keys of a bundle's Info dictionary.
 inline const std::string kCFBundleVersionKey = "CFBundleVersion";

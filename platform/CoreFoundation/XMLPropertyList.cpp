@@ -5,7 +5,7 @@
 #include <pugixml.hpp>
 #include <string_view>
 
-#include "CoreFoundation/PropertyList+Private.h"
+#include "CoreFoundation/Private/PropertyList.h"
 #include "CoreFoundation/Unicode.h"
 
 namespace ios::plist {
@@ -62,14 +62,14 @@ std::optional<double> readReal(std::string_view text) {
 
 class Reader {
  public:
-  Reader(std::span<const std::uint8_t> bytes, std::string& problem) : bytes_(bytes), problem_(problem) {}
+  explicit Reader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
 
-  std::optional<PropertyList> read() {
+  Parsed read() {
     pugi::xml_document document;
     // Blanks that are all of a text belong to it.
     const auto result =
         document.load_buffer(bytes_.data(), bytes_.size(), pugi::parse_default | pugi::parse_ws_pcdata);
-    if (!result) return fail(result.offset, std::string("is no well-formed XML: ") + result.description());
+    if (!result) return fail(result.offset, std::string("is not well-formed XML: ") + result.description());
     const auto root = document.child("plist");
     if (!root) return fail(0, "is XML without a <plist>");
     const auto value = nextElement(root.first_child());
@@ -80,13 +80,12 @@ class Reader {
   }
 
  private:
-  std::nullopt_t fail(std::ptrdiff_t offset, const std::string& what) {
+  tl::unexpected<std::string> fail(std::ptrdiff_t offset, const std::string& what) const {
     const auto end =
         bytes_.begin() + std::clamp<std::ptrdiff_t>(offset, 0, static_cast<std::ptrdiff_t>(bytes_.size()));
-    problem_ = what + " (line " + std::to_string(1 + std::count(bytes_.begin(), end, '\n')) + ")";
-    return std::nullopt;
+    return failure(what + " (line " + std::to_string(1 + std::count(bytes_.begin(), end, '\n')) + ")");
   }
-  std::nullopt_t fail(pugi::xml_node node, const std::string& what) {
+  tl::unexpected<std::string> fail(pugi::xml_node node, const std::string& what) const {
     return fail(node.offset_debug(), what);
   }
 
@@ -95,7 +94,7 @@ class Reader {
     return node;
   }
 
-  std::optional<std::string> content(pugi::xml_node node) {
+  Result<std::string, std::string> content(pugi::xml_node node) {
     std::string text;
     for (const auto part : node.children()) {
       if (part.type() == pugi::node_element)
@@ -107,54 +106,49 @@ class Reader {
     return text;
   }
 
-  std::optional<PropertyList> convert(pugi::xml_node node, std::size_t depth) {
+  Parsed convert(pugi::xml_node node, std::size_t depth) {
     if (depth > kMaximumDepth) return fail(node, kTooDeep);
     if (++values_ > kMaximumValues) return fail(node, kTooMany);
     const std::string_view kind = node.name();
     if (kind == "dict") return dictionary(node, depth);
     if (kind == "array") return array(node, depth);
     if (kind == "true" || kind == "false") return PropertyList(kind == "true");
-    auto text = content(node);
-    if (!text) return std::nullopt;
-    if (kind == "string") return PropertyList(std::move(*text));
-    if (kind == "date") return PropertyList(std::string(trimmed(*text)));
+    auto text = IOS_TRY(content(node));
+    if (kind == "string") return PropertyList(std::move(text));
+    if (kind == "date") return PropertyList(std::string(trimmed(text)));
     if (kind == "data") {
-      if (auto bytes = decodedBase64(*text)) return PropertyList(std::move(*bytes));
+      if (auto bytes = decodedBase64(text)) return PropertyList(std::move(*bytes));
       return fail(node, "has a <data> that is not base64");
     }
     if (kind == "integer") {
-      if (auto value = readInteger(trimmed(*text))) return PropertyList(*value);
-      return fail(node, "has an <integer> that is none, or has more than 64 bits");
+      if (auto value = readInteger(trimmed(text))) return PropertyList(*value);
+      return fail(node, "has an <integer> that is not a number of at most 64 bits");
     }
     if (kind == "real") {
-      if (auto value = readReal(trimmed(*text))) return PropertyList(*value);
-      return fail(node, "has a <real> that is no number");
+      if (auto value = readReal(trimmed(text))) return PropertyList(*value);
+      return fail(node, "has a <real> that is not a number");
     }
     return fail(node, "has an unknown element <" + repairedUTF8(kind.substr(0, 40)) + ">");
   }
 
-  std::optional<PropertyList> array(pugi::xml_node node, std::size_t depth) {
+  Parsed array(pugi::xml_node node, std::size_t depth) {
     NSArray values;
     for (auto child = nextElement(node.first_child()); child; child = nextElement(child.next_sibling())) {
-      auto value = convert(child, depth + 1);
-      if (!value) return std::nullopt;
-      values.push_back(std::move(*value));
+      values.push_back(IOS_TRY(convert(child, depth + 1)));
     }
     return PropertyList(std::move(values));
   }
 
-  std::optional<PropertyList> dictionary(pugi::xml_node node, std::size_t depth) {
+  Parsed dictionary(pugi::xml_node node, std::size_t depth) {
     NSDictionary members;
     for (auto child = nextElement(node.first_child()); child; child = nextElement(child.next_sibling())) {
       if (std::string_view(child.name()) != "key")
         return fail(child, "has a value without a <key> in a <dict>");
-      auto key = content(child);
-      if (!key) return std::nullopt;
+      auto key = IOS_TRY(content(child));
       const auto valueNode = nextElement(child.next_sibling());
       if (!valueNode) return fail(child, "has a <key> without a value");
-      auto value = convert(valueNode, depth + 1);
-      if (!value) return std::nullopt;
-      if (!members.emplace(std::move(*key), std::move(*value)).second)
+      auto value = IOS_TRY(convert(valueNode, depth + 1));
+      if (!members.emplace(std::move(key), std::move(value)).second)
         return fail(child, "has a <key> twice in a <dict>");
       child = valueNode;
     }
@@ -167,14 +161,13 @@ class Reader {
   }
 
   std::span<const std::uint8_t> bytes_;
-  std::string& problem_;
   std::size_t values_ = 0, held_ = 0;
 };
 
 }  // namespace
 
-std::optional<PropertyList> parseXML(std::span<const std::uint8_t> bytes, std::string& problem) {
-  return Reader(bytes, problem).read();
+Parsed parseXML(std::span<const std::uint8_t> bytes) {
+  return Reader(bytes).read();
 }
 
 }  // namespace ios::plist

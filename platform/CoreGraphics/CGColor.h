@@ -8,7 +8,7 @@ struct CGColor {
   bool operator==(const CGColor&) const = default;
 };
 
-/// The device's RGB colour space, the only one there is.
+/// The device's RGB colour space, the only one supported.
 struct CGColorSpace {};
 inline CGColorSpace CGColorSpaceCreateDeviceRGB() {
   return {};

@@ -12,26 +12,34 @@
 
 namespace ios {
 
-/// A drawing context. Used by one thread at a time. Coordinates are as the bitmap's owner set them up: a
-/// fresh bitmap context has its origin at the bottom left and y upwards, as on the platform; UIKit's are
-/// flipped. Every operation on an empty reference does nothing; so does drawing while the transform has no
-/// inverse.
+/// A drawing context. Used by one thread at a time. Coordinates are as the bitmap's owner set them
+/// up: a fresh bitmap context has its origin at the bottom left and y upwards, as on the platform;
+/// UIKit's are flipped. Operations on an empty reference have no effect; nor has drawing while the
+/// transform has no inverse.
 class CGContext;
 using CGContextRef = std::shared_ptr<CGContext>;
 
 enum : std::uint32_t {
   kCGImageAlphaPremultipliedFirst = 2,
+  kCGImageAlphaNoneSkipFirst = 6,
   kCGBitmapByteOrder32Little = 2 << 12,
 };
 
-/// A context that draws into memory of the caller's, which must outlive it: 32-bit BGRA, premultiplied
-/// (`bitmapInfo` 0x2002), 8 bits a component, `bytesPerRow` a multiple of 4 and at least 4 × `width`. Empty
-/// for any other layout, for no memory and for an empty size. The pixels are left as they are.
+/// A context that draws into the caller's memory, which must outlive it: 32-bit BGRA, premultiplied
+/// (`bitmapInfo` 0x2002), 8 bits per component, `bytesPerRow` a multiple of 4 and at least 4 × `width`. The
+/// pixels are left as they are.
+///
+/// Without `data` the context allocates its own memory, and `bytesPerRow` must be 0. It starts out clear or,
+/// where alpha is skipped (0x2006), black; then it stays opaque whatever is drawn.
+///
+/// Empty for any other layout, for an empty size, for more than CGImage::kMaximumPixels, and
+/// when out of memory.
 CGContextRef CGBitmapContextCreate(void* data, std::size_t width, std::size_t height,
                                    std::size_t bitsPerComponent, std::size_t bytesPerRow,
                                    const CGColorSpace& space, std::uint32_t bitmapInfo);
-std::size_t CGBitmapContextGetWidth(const CGContextRef& context);
-std::size_t CGBitmapContextGetHeight(const CGContextRef& context);
+/// What was drawn so far. If the context owns its memory, nothing is copied until something is drawn into it
+/// again. Empty when there is no memory for a copy.
+CGImageRef CGBitmapContextCreateImage(const CGContextRef& context);
 
 /// How an image that is stretched or shrunk is drawn.
 enum CGInterpolationQuality : int {
@@ -46,7 +54,6 @@ void CGContextRestoreGState(const CGContextRef& context);
 void CGContextScaleCTM(const CGContextRef& context, CGFloat sx, CGFloat sy);
 void CGContextTranslateCTM(const CGContextRef& context, CGFloat tx, CGFloat ty);
 void CGContextConcatCTM(const CGContextRef& context, const CGAffineTransform& transform);
-CGAffineTransform CGContextGetCTM(const CGContextRef& context);
 
 void CGContextSetFillColorWithColor(const CGContextRef& context, const CGColor& color);
 void CGContextSetStrokeColorWithColor(const CGContextRef& context, const CGColor& color);
@@ -67,8 +74,8 @@ void CGContextClip(const CGContextRef& context);
 /// Fills `rect` from top to bottom, from `top` to `bottom`.
 void CGContextDrawVerticalGradient(const CGContextRef& context, const CGRect& rect, const CGColor& top,
                                    const CGColor& bottom);
-/// The image, upright in a context whose y goes downwards, stretched to `rect`. Where one pixel of an opaque
-/// image meets exactly one of the bitmap, it is a copy of rows.
+/// The image, upright in a context whose y goes downwards, stretched to `rect`. Rows are copied where each
+/// pixel of an opaque image falls on exactly one of the bitmap.
 void CGContextDrawImage(const CGContextRef& context, const CGRect& rect, const CGImageRef& image);
 
 }  // namespace ios

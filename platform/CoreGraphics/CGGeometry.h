@@ -46,9 +46,9 @@ inline bool CGRectContainsPoint(const CGRect& r, CGPoint p) {
   return p.x >= r.minX() && p.x < r.maxX() && p.y >= r.minY() && p.y < r.maxY();
 }
 bool CGRectIsEmpty(const CGRect& r);
-/// Whether they share an area; touching edges are none.
+/// Whether they share an area; touching edges do not count.
 bool CGRectIntersectsRect(const CGRect& a, const CGRect& b);
-/// What they share; the zero rectangle if that is nothing.
+/// The area they share; the zero rectangle if there is none.
 CGRect CGRectIntersection(const CGRect& a, const CGRect& b);
 /// Smaller by `dx` at the left and the right and by `dy` at the top and the bottom; the zero rectangle if
 /// nothing is left.

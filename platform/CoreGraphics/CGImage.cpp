@@ -51,7 +51,7 @@ bool startsWith(Input bytes, std::string_view signature) {
          std::memcmp(bytes.data(), signature.data(), signature.size()) == 0;
 }
 
-// The reader is content without the end of a file; a file that was cut short has no end chunk.
+// libpng accepts a file without its end; one that was cut short has no end chunk.
 bool hasAllChunks(Input bytes) {
   constexpr std::size_t kSignature = 8, kFrame = 12;
   std::size_t at = kSignature;
@@ -101,7 +101,7 @@ CGImageRef decodeJPEG(Input bytes) {
   }
   Bitmap bitmap = Bitmap::make(static_cast<std::size_t>(width), static_cast<std::size_t>(height));
   if (!bitmap.pixels) return nullptr;
-  // A warning counts as damage: the decoder invents the pixels that are missing. The limit of scans keeps a
+  // A warning counts as damage: the decoder invents the pixels that are missing. The limit on scans keeps a
   // small file from taking minutes.
   if (tjDecompress2(decoder.handle, bytes.data(), size, bitmap.pixels.get(), width, width * 4, height,
                     TJPF_BGRA, TJFLAG_LIMITSCANS) != 0) {
@@ -137,7 +137,7 @@ Bytes CGImage::png() const {
   writer.format = opaque_ ? PNG_FORMAT_BGR : PNG_FORMAT_BGRA;
   writer.flags = PNG_IMAGE_FLAG_FAST;
 
-  // PNG keeps colours that are not multiplied with alpha.
+  // PNG stores colours that are not premultiplied.
   Bytes rows;
   rows.reserve(PNG_IMAGE_SIZE(writer));
   for (std::size_t y = 0; y < height_; ++y) {
@@ -166,7 +166,7 @@ std::optional<Bytes> CGImage::jpeg(double quality) const {
   const TurboJPEG encoder(tjInitCompress());
   const unsigned long worst = tjBufSize(width, height, subsampling);
   if (!encoder.handle || worst > INT_MAX) return std::nullopt;
-  // Room for the worst case costs address space only; growing from small would copy on the way.
+  // Reserving for the worst case costs only address space; a buffer that grows would be copied.
   std::unique_ptr<unsigned char, Handles> output(tjAlloc(static_cast<int>(worst)));
   unsigned char* begin = output.get();
   unsigned long size = worst;

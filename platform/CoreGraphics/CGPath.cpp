@@ -3,7 +3,7 @@
 namespace ios {
 namespace {
 
-// How far the handles of a curve stand off, in radii, for a quarter of a circle.
+// Distance of a curve's control points from its ends, in radii, for a quarter of a circle.
 constexpr CGFloat kQuarterCircle = 0.5522847498307936;
 
 CGPath roundedBox(const CGRect& r, CGFloat rx, CGFloat ry) {

@@ -11,7 +11,7 @@ class CGPath {
  public:
   static CGPath rect(const CGRect& rect);
   static CGPath ellipse(const CGRect& rect);
-  /// Corners of one radius, cut down to half the shorter side.
+  /// All corners have one radius, at most half the shorter side.
   static CGPath roundedRect(const CGRect& rect, CGFloat radius);
   static CGPath lines(const std::vector<CGPoint>& points, bool closed = false);
 

@@ -1,9 +1,9 @@
-#include "CoreGraphics/Fonts+Private.h"
+#include "CoreGraphics/Private/Fonts.h"
 
 #include <cmath>
 #include <string_view>
 
-#include "ObjectiveC/Mutex.h"
+#include "Base/Mutex.h"
 
 namespace ios {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "CoreGraphics/CGContext+Private.h"
-#include "CoreGraphics/Fonts+Private.h"
+#include "CoreGraphics/Private/CGContext.h"
+#include "CoreGraphics/Private/Fonts.h"
 
 namespace ios {
 namespace {
@@ -89,8 +89,8 @@ void TextLayout::Impl::layOut(const std::string& text, bool withEllipsis) {
   } while (pango_layout_iter_next_line(iterator.get()));
 }
 
-// Keeps as much of the text as leaves room for the ellipsis in the last line allowed. Done by trying: what a
-// prefix needs depends on its shaping and, in right-to-left text, on its order.
+// Keeps as much of the text as leaves room for the ellipsis in the last line allowed. Found by trial: the
+// width of a prefix depends on its shaping and, in right-to-left text, on its order.
 void TextLayout::Impl::cutTo(int maximumLines) {
   const std::string text = pango_layout_get_text(layout.get());
   const PangoLayoutLine* last = lines[static_cast<std::size_t>(maximumLines) - 1].line;
@@ -148,10 +148,6 @@ int TextLayout::lineCount() const {
 
 bool TextLayout::truncated() const {
   return impl_->truncated;
-}
-
-CGFloat TextLayout::firstBaseline() const {
-  return impl_->lines.empty() ? 0 : impl_->lines.front().baseline;
 }
 
 void TextLayout::draw(const CGContextRef& context, CGPoint origin) const {

@@ -11,9 +11,8 @@ namespace ios {
 /// The family of the interface's own texts.
 inline constexpr const char* kSystemFontFamily = "System";
 
-/// The face, weight and size (points) of text. Families resolve as the platform has them, through the
-/// machine's fonts: "HelveticaNeue" and "HelveticaNeue-Medium" to a metric-compatible face, the system font
-/// to a like one.
+/// The face, weight and size (points) of text. The platform's families resolve to the machine's fonts:
+/// "HelveticaNeue" and "HelveticaNeue-Medium" to a metric-compatible face, the system font to a similar one.
 struct FontDescription {
   std::string family = kSystemFontFamily;
   int weight = 400;
@@ -29,8 +28,8 @@ struct TextRun {
 
 enum class TextAlignment { left, center, right, justified, natural };
 
-/// Text laid out in lines, ready to be measured and drawn. Right-to-left paragraphs are found from the text
-/// itself. Used on one thread at a time.
+/// Text laid out in lines, ready to be measured and drawn. Right-to-left paragraphs are detected from the
+/// text itself. Used by one thread at a time.
 class TextLayout {
  public:
   /// `width` 0 or less: unlimited. `maximumLines` 0: unlimited; text that does not fit ends in "…".
@@ -43,7 +42,6 @@ class TextLayout {
   int lineCount() const;
   /// Whether text was cut.
   bool truncated() const;
-  CGFloat firstBaseline() const;
   /// Draws with the top left of the layout at `origin`, in a context whose y goes downwards.
   void draw(const CGContextRef& context, CGPoint origin) const;
 
@@ -56,7 +54,7 @@ class TextLayout {
 bool fontNamed(const std::string& name, double size, FontDescription& description);
 
 /// The language (a tag, "zh-Hans") whose forms of characters are preferred where languages share characters
-/// but write them differently. For layouts made from now on. Any thread.
+/// but write them differently. Applies to layouts made from now on. Any thread.
 void setTextLanguage(const std::string& tag);
 
 }  // namespace ios

@@ -10,13 +10,13 @@
 
 namespace ios {
 
-/// How sound is laid out: linear PCM of 16-bit signed samples in the machine's byte order, channels
-/// interleaved.
+/// How sound is laid out: linear PCM of 16-bit signed samples in the machine's byte
+/// order, channels interleaved.
 struct CMAudioFormat {
-  double sampleRate = 44100;  // frames a second
+  double sampleRate = 44100;  // frames per second
   std::uint32_t channels = 1;
   bool operator==(const CMAudioFormat&) const = default;
-  /// Whether it is one that can be carried: 1 to 8 channels, 1000 to 384000 whole frames a second.
+  /// Whether the format is supported: 1 to 8 channels, a whole rate of 1000 to 384000 frames per second.
   bool isUsable() const;
 };
 
@@ -41,9 +41,9 @@ using CMSampleBufferRef = std::shared_ptr<CMSampleBuffer>;
 
 /// The time of the first frame; invalid for no buffer.
 CMTime CMSampleBufferGetPresentationTimeStamp(const CMSampleBufferRef& buffer);
-/// How many frames (one sample a channel) it holds; what is left over of an incomplete frame does not count.
+/// How many whole frames (one sample per channel) it holds; an incomplete last frame does not count.
 std::size_t CMSampleBufferGetNumSamples(const CMSampleBufferRef& buffer);
-/// Frames over the sample rate; invalid for no buffer and for a format that cannot be used.
+/// Frames over the sample rate; invalid for no buffer and for an unsupported format.
 CMTime CMSampleBufferGetDuration(const CMSampleBufferRef& buffer);
 
 }  // namespace ios

@@ -22,20 +22,20 @@ CMTime infinity(bool negative) {
   return negative ? kCMTimeNegativeInfinity : kCMTimePositiveInfinity;
 }
 
-/// -1, 0 or 1 for an infinity's direction, 0 for what is none.
+/// -1 or 1 for an infinity's direction, else 0.
 int infinityOf(const CMTime& time) {
   if (time.flags & kCMTimeFlags_PositiveInfinity) return 1;
   return time.flags & kCMTimeFlags_NegativeInfinity ? -1 : 0;
 }
 
-/// numerator / denominator seconds in the largest timescale from `timescale` downwards, by halves, that holds
-/// it.
+/// numerator / denominator seconds in the largest timescale that holds it, starting at
+/// `timescale` and halving.
 CMTime rounded(Wide numerator, std::int64_t denominator, CMTimeScale timescale, CMTimeEpoch epoch) {
   for (;; timescale /= 2) {
     const Wide scaled = numerator * timescale;
     const Wide half = denominator / 2;
-    // An odd denominator has no half to round at, so the quotient of the shifted numerator is right for it
-    // too.
+    // An odd denominator has no half to round at, so the quotient of the shifted numerator
+    // is right for it too.
     const Wide value = (scaled < 0 ? scaled - half : scaled + half) / denominator;
     if (value >= std::numeric_limits<CMTimeValue>::min() &&
         value <= std::numeric_limits<CMTimeValue>::max()) {
@@ -66,7 +66,7 @@ CMTime sum(const CMTime& a, const CMTime& b, int sign) {
   return result;
 }
 
-/// Where a time stands among those that are no numbers.
+/// The rank of a time among those that are not numbers.
 int rank(const CMTime& time) {
   if (isInvalid(time)) return 3;
   if (time.flags & kCMTimeFlags_Indefinite) return 2;

@@ -44,27 +44,27 @@ inline constexpr bool CMTIME_IS_NUMERIC(const CMTime& time) {
 /// `value` / `timescale` seconds; invalid if `timescale` is not positive.
 CMTime CMTimeMake(CMTimeValue value, CMTimeScale timescale);
 
-/// `seconds` in units of 1 / `preferredTimescale`, the fraction of a unit cut off towards zero; marked as
-/// rounded if there was one. When the value would not fit, the timescale is halved until it does; seconds
-/// that fit no timescale, and infinite ones, give an infinity. Invalid if the timescale is not positive,
+/// `seconds` in units of 1 / `preferredTimescale`, truncated towards zero, and marked as rounded if that
+/// lost a fraction. When the value would not fit, the timescale is halved until it does; seconds that fit
+/// no timescale, and infinite ones, give an infinity. Invalid if the timescale is not positive,
 /// indefinite for NaN.
 CMTime CMTimeMakeWithSeconds(double seconds, CMTimeScale preferredTimescale);
 
 /// In seconds; NaN for invalid and indefinite times, infinite for infinities.
 double CMTimeGetSeconds(const CMTime& time);
 
-/// The same time in units of 1 / `timescale`, to the nearest unit, halves away from zero; marked as rounded
-/// if it is not exact. An infinity in its direction if it does not fit; times that hold no number stay as
-/// they are.
+/// The same time in units of 1 / `timescale`, to the nearest unit, halves away from zero; marked as
+/// rounded if it is not exact. An infinity in its direction if it does not fit; times that hold no
+/// number stay as they are.
 CMTime CMTimeConvertScale(const CMTime& time, CMTimeScale timescale);
 
 /// Sum and difference. Their timescale is the least common multiple of both; where that exceeds
-/// `kCMTimeMaxTimescale`, or the value would not fit, the result is rounded to the nearest unit (halves away
-/// from zero) of the largest timescale that holds it, and marked; one that fits none is an infinity. An
-/// invalid operand gives an invalid time, and so do infinities that oppose each other and numbers of two
-/// epochs neither of which is 0; any other infinity gives itself, and without one an indefinite operand an
-/// indefinite time. A sum has its operands' epoch; a difference of two times of one epoch is a duration, of
-/// epoch 0.
+/// `kCMTimeMaxTimescale`, or the value would not fit, the result is rounded to the nearest unit (halves
+/// away from zero) of the largest timescale that holds it, and marked; one that fits no timescale is an
+/// infinity. An invalid operand gives an invalid time, and so do opposing infinities, and numbers of two
+/// different epochs that are both non-zero. Any other infinity gives itself; otherwise an indefinite
+/// operand gives an indefinite time. A sum has its operands' epoch; a difference of two times of one epoch
+/// is a duration, with epoch 0.
 CMTime CMTimeAdd(const CMTime& a, const CMTime& b);
 CMTime CMTimeSubtract(const CMTime& a, const CMTime& b);
 

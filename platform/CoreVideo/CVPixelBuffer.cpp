@@ -1,11 +1,10 @@
 #include "CoreVideo/CVPixelBuffer.h"
 
 #include <cmath>
-#include <limits>
 #include <new>
 #include <utility>
 
-#include "CoreVideo/CVPixelBuffer+Private.h"
+#include "CoreVideo/Private/CVPixelBuffer.h"
 
 namespace ios {
 namespace {
@@ -28,34 +27,20 @@ std::size_t roundedUp(std::size_t value, std::size_t step) {
 
 }  // namespace
 
-double numberAt(const NSDictionary& values, const std::string& key, double missing) {
-  const auto found = values.find(key);
-  if (found == values.end()) return missing;
-  if (const auto* integer = found->second.integer()) return static_cast<double>(*integer);
-  if (const auto* real = found->second.real()) return *real;
-  return std::numeric_limits<double>::quiet_NaN();
-}
-
 std::optional<CVPixelSize> CVPixelSize::rounded(double width, double height) {
   const auto columns = roundedSide(width), rows = roundedSide(height);
   if (!columns || !rows) return std::nullopt;
   return CVPixelSize{*columns, *rows};
 }
 
-bool PixelLayout::make(const CVPixelSize& size, const NSDictionary& attributes, PixelLayout& layout,
-                       CVReturn& problem) {
-  if (!CVPixelSize::rounded(static_cast<double>(size.width), static_cast<double>(size.height))) {
-    problem = kCVReturnInvalidSize;
-    return false;
-  }
+Result<PixelLayout, CVReturn> PixelLayout::make(const CVPixelSize& size, const NSDictionary& attributes) {
+  if (!CVPixelSize::rounded(static_cast<double>(size.width), static_cast<double>(size.height)))
+    return failure(CVReturn{kCVReturnInvalidSize});
   const double alignment = numberAt(attributes, kCVPixelBufferBytesPerRowAlignmentKey, kMemoryAlignment);
-  if (!(alignment > 0 && alignment <= kLargestAlignment)) {
-    problem = kCVReturnInvalidPixelBufferAttributes;
-    return false;
-  }
+  if (!(alignment > 0 && alignment <= kLargestAlignment))
+    return failure(CVReturn{kCVReturnInvalidPixelBufferAttributes});
   const std::size_t step = roundedUp(static_cast<std::size_t>(std::ceil(alignment)), kBytesPerPixel);
-  layout = {size, roundedUp(size.width * kBytesPerPixel, step)};
-  return true;
+  return PixelLayout{size, roundedUp(size.width * kBytesPerPixel, step)};
 }
 
 PixelMemory PixelLayout::allocate() const {
@@ -89,26 +74,15 @@ void* CVPixelBuffer::address() const {
   return locks_ > 0 ? memory_.get() : nullptr;
 }
 
-void CVPixelBuffer::setGeneration(std::uint64_t generation) {
-  MutexLock guard(mutex_);
-  generation_ = generation;
-}
-
-std::uint64_t CVPixelBuffer::generation() const {
-  MutexLock guard(mutex_);
-  return generation_;
-}
-
 CVReturn CVPixelBufferCreate(std::size_t width, std::size_t height, OSType pixelFormat,
                              const NSDictionary& attributes, CVPixelBufferRef& buffer) {
   buffer = nullptr;
   if (pixelFormat != kCVPixelFormatType_32BGRA) return kCVReturnInvalidPixelFormat;
-  PixelLayout layout;
-  CVReturn problem = kCVReturnSuccess;
-  if (!PixelLayout::make({width, height}, attributes, layout, problem)) return problem;
-  PixelMemory memory = layout.allocate();
+  const auto layout = PixelLayout::make({width, height}, attributes);
+  if (!layout) return layout.error();
+  PixelMemory memory = layout->allocate();
   if (!memory) return kCVReturnAllocationFailed;
-  buffer = std::make_shared<CVPixelBuffer>(layout, std::move(memory));
+  buffer = std::make_shared<CVPixelBuffer>(*layout, std::move(memory));
   return kCVReturnSuccess;
 }
 
@@ -136,18 +110,6 @@ std::size_t CVPixelBufferGetHeight(const CVPixelBufferRef& buffer) {
 
 std::size_t CVPixelBufferGetBytesPerRow(const CVPixelBufferRef& buffer) {
   return buffer ? buffer->layout().bytesPerRow : 0;
-}
-
-OSType CVPixelBufferGetPixelFormatType(const CVPixelBufferRef& buffer) {
-  return buffer ? kCVPixelFormatType_32BGRA : 0;
-}
-
-void CVPixelBufferSetContentGeneration(const CVPixelBufferRef& buffer, std::uint64_t generation) {
-  if (buffer) buffer->setGeneration(generation);
-}
-
-std::uint64_t CVPixelBufferGetContentGeneration(const CVPixelBufferRef& buffer) {
-  return buffer ? buffer->generation() : 0;
 }
 
 }  // namespace ios

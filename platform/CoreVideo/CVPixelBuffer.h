@@ -27,12 +27,11 @@ inline const std::string kCVPixelBufferBytesPerRowAlignmentKey = "BytesPerRowAli
 class CVPixelBuffer;
 using CVPixelBufferRef = std::shared_ptr<CVPixelBuffer>;
 
-using CVOptionFlags = std::uint64_t;
-using CVPixelBufferLockFlags = CVOptionFlags;
+using CVPixelBufferLockFlags = std::uint64_t;
 
-/// The size that a width and a height, which may be fractional, give: each to the nearest whole number of
-/// pixels. Empty unless both come out between 1 and 16384. Pixel buffers and movies of the same numbers
-/// agree.
+/// The size that a width and a height, which may be fractional, give: each to the nearest whole
+/// number of pixels. Empty unless both come out between 1 and 16384. Pixel buffers and movies of the
+/// same numbers agree.
 struct CVPixelSize {
   std::size_t width = 0, height = 0;
   static std::optional<CVPixelSize> rounded(double width, double height);
@@ -45,8 +44,8 @@ struct CVPixelSize {
 CVReturn CVPixelBufferCreate(std::size_t width, std::size_t height, OSType pixelFormat,
                              const NSDictionary& attributes, CVPixelBufferRef& buffer);
 
-/// Makes the pixels reachable; locks count, and the last unlock ends it. `flags` are 0, or 1 for reading
-/// only.
+/// Makes the pixels reachable; locks count, and the last unlock ends it. `flags` are 0, or 1
+/// for reading only.
 CVReturn CVPixelBufferLockBaseAddress(const CVPixelBufferRef& buffer, CVPixelBufferLockFlags flags);
 /// An unlock without a lock is refused.
 CVReturn CVPixelBufferUnlockBaseAddress(const CVPixelBufferRef& buffer, CVPixelBufferLockFlags flags);
@@ -55,12 +54,5 @@ void* CVPixelBufferGetBaseAddress(const CVPixelBufferRef& buffer);
 std::size_t CVPixelBufferGetWidth(const CVPixelBufferRef& buffer);
 std::size_t CVPixelBufferGetHeight(const CVPixelBufferRef& buffer);
 std::size_t CVPixelBufferGetBytesPerRow(const CVPixelBufferRef& buffer);
-OSType CVPixelBufferGetPixelFormatType(const CVPixelBufferRef& buffer);
-
-/// Names the content: buffers of one size with the same number, other than 0, hold the same pixels. Set by
-/// who drew them; lets a movie writer see a still picture without looking at it. 0, as in a new or a recycled
-/// buffer, names nothing. (The phone's platform has no such operation; leaving it out costs time alone.)
-void CVPixelBufferSetContentGeneration(const CVPixelBufferRef& buffer, std::uint64_t generation);
-std::uint64_t CVPixelBufferGetContentGeneration(const CVPixelBufferRef& buffer);
 
 }  // namespace ios

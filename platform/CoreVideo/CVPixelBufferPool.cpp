@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "CoreVideo/CVPixelBuffer+Private.h"
-#include "ObjectiveC/Mutex.h"
+#include "Base/Mutex.h"
+#include "CoreVideo/Private/CVPixelBuffer.h"
 
 namespace ios {
 namespace {
@@ -89,10 +89,9 @@ CVReturn CVPixelBufferPoolCreate(const NSDictionary*, const NSDictionary& pixelB
   const auto size = CVPixelSize::rounded(numberAt(pixelBufferAttributes, kCVPixelBufferWidthKey, 0),
                                          numberAt(pixelBufferAttributes, kCVPixelBufferHeightKey, 0));
   if (!size) return kCVReturnInvalidSize;
-  PixelLayout layout;
-  CVReturn problem = kCVReturnSuccess;
-  if (!PixelLayout::make(*size, pixelBufferAttributes, layout, problem)) return problem;
-  pool = std::make_shared<CVPixelBufferPool>(layout);
+  const auto layout = PixelLayout::make(*size, pixelBufferAttributes);
+  if (!layout) return layout.error();
+  pool = std::make_shared<CVPixelBufferPool>(*layout);
   return kCVReturnSuccess;
 }
 

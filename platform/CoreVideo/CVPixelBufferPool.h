@@ -16,8 +16,8 @@ class CVPixelBufferPool;
 using CVPixelBufferPoolRef = std::shared_ptr<CVPixelBufferPool>;
 
 /// A pool of buffers with `pixelBufferAttributes`: pixel format (integer), width, height and row alignment
-/// (integers or doubles). Nothing is allocated yet. `poolAttributes` may be null; none is heeded. `pool` is
-/// empty after a failure: a missing or unusable size, another pixel format than 32-bit BGRA.
+/// (integers or doubles). Nothing is allocated yet. `poolAttributes` may be null; they make no difference.
+/// `pool` is empty after a failure: a missing or unusable size, another pixel format than 32-bit BGRA.
 CVReturn CVPixelBufferPoolCreate(const NSDictionary* poolAttributes,
                                  const NSDictionary& pixelBufferAttributes, CVPixelBufferPoolRef& pool);
 /// A buffer of the pool, not locked; empty after a failure.
@@ -29,9 +29,9 @@ struct CVPixelBufferPoolUse {
 };
 CVPixelBufferPoolUse CVPixelBufferPoolGetUse(const CVPixelBufferPoolRef& pool);
 
-/// Tests replace the device's memory here: asked before every buffer a pool hands out; anything but
-/// kCVReturnSuccess makes it fail so. Empty again: there is memory. Asked on the thread that wants the
-/// buffer.
+/// Tests replace the device's memory here: asked before every buffer a pool hands out; anything
+/// but kCVReturnSuccess makes it fail so. Empty again: there is memory. Asked on the thread that
+/// wants the buffer.
 void setPixelBufferFault(std::function<CVReturn()> fault);
 
 }  // namespace ios

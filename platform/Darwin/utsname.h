@@ -2,8 +2,8 @@
 
 namespace ios {
 
-/// The platform's record of the operating system: five fields of 256 bytes, each a NUL-terminated byte
-/// string.
+/// The platform's record of the operating system: five fields of 256 bytes, each a
+/// NUL-terminated byte string.
 struct utsname {
   char sysname[256];
   char nodename[256];

@@ -1,6 +1,7 @@
 #include "Device/Applications.h"
 
 #include <strings.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -21,13 +22,30 @@ bool isBundleIdentifier(const std::string& identifier) {
          std::all_of(identifier.begin(), identifier.end(), allowed);
 }
 
-fs::path InstalledApplication::executable() const {
+fs::path InstalledApplication::executable(std::string& problem) const {
   const auto named = info.find("CFBundleExecutable");
   const std::string* name = named == info.end() ? nullptr : named->second.text();
-  if (!name || name->empty()) return {};
-  const fs::path inside = fs::path(*name).lexically_normal();
-  if (inside.is_absolute() || *inside.begin() == ".." || inside == ".") return {};
-  return bundle / inside;
+  if (!name || name->empty() || *name == ".") {
+    problem = "its Info.plist names no executable";
+    return {};
+  }
+  const auto leadsOut = [](const fs::path& inside) {
+    return inside.empty() || inside.is_absolute() || *inside.begin() == "..";
+  };
+  const fs::path file = bundle / *name;
+  std::error_code error;
+  // A link must not lead out either.
+  if (leadsOut(fs::path(*name).lexically_normal()) ||
+      leadsOut(fs::weakly_canonical(file, error).lexically_relative(fs::weakly_canonical(bundle, error)))) {
+    problem = "its executable \"" + *name + "\" leads outside the bundle";
+  } else if (!fs::is_regular_file(file, error)) {
+    problem = "there is no " + file.string();
+  } else if (::access(file.c_str(), X_OK) != 0) {
+    problem = file.string() + " is not executable";
+  } else {
+    return file.lexically_normal();
+  }
+  return {};
 }
 
 bool InstalledApplication::claims(const std::string& scheme) const {
@@ -55,21 +73,23 @@ std::optional<FileError> Applications::install(const fs::path& source) {
   FileError unreadable;
   const auto bytes = readFile(infoFile, &unreadable);
   if (!bytes) return unreadable;
-  const auto info = PropertyList::parse(*bytes);
-  const std::string* identifier = info ? info->text(kCFBundleIdentifierKey) : nullptr;
+  std::string problem;
+  const auto info = PropertyList::parse(*bytes, &problem);
+  if (!info) return FileError{EINVAL, "read", infoFile, "it " + problem};
+  const std::string* identifier = info->text(kCFBundleIdentifierKey);
   if (!identifier || !isBundleIdentifier(*identifier))
-    return FileError{EINVAL, "read a bundle identifier from", infoFile};
+    return FileError{EINVAL, "read", infoFile, "it has no usable CFBundleIdentifier"};
 
   const fs::path destination = folder() / *identifier;
   if (fs::equivalent(bundle, destination, error)) return std::nullopt;
   if (auto problem = createFolder(folder())) return problem;
   const fs::path copy = temporaryNameBeside(destination);
-  auto problem = copyTree(bundle, copy);
+  auto refusal = copyTree(bundle, copy);
   const bool replaces = fs::exists(fs::symlink_status(destination, error));
-  if (!problem) problem = replaces ? exchangeFiles(copy, destination) : renameFile(copy, destination);
-  // What is there now is a copy that was not wanted, or the earlier application; a start sweeps what stays.
+  if (!refusal) refusal = replaces ? exchangeFiles(copy, destination) : renameFile(copy, destination);
+  // `copy` now holds the earlier application, or a copy that failed; what cannot be removed is swept later.
   static_cast<void>(removeTree(copy));
-  return problem;
+  return refusal;
 }
 
 std::optional<FileError> Applications::uninstall(const std::string& bundleIdentifier) {
@@ -77,7 +97,7 @@ std::optional<FileError> Applications::uninstall(const std::string& bundleIdenti
   const fs::path bundle = folder() / bundleIdentifier;
   if (!isBundleIdentifier(bundleIdentifier) || !fs::exists(fs::symlink_status(bundle, error)))
     return std::nullopt;
-  // Under another name first: a process killed meanwhile leaves no half of an application.
+  // Renamed first, so that a process killed midway leaves no half-removed application.
   const fs::path doomed = temporaryNameBeside(bundle);
   if (auto problem = renameFile(bundle, doomed)) return FileError{problem->code, "remove", bundle};
   if (auto problem = removeTree(doomed)) {

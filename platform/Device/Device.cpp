@@ -1,5 +1,6 @@
 #include "Device/Device.h"
 
+#include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -7,9 +8,9 @@
 #include <cstdlib>
 #include <utility>
 
+#include "Base/Output.h"
+#include "Base/Programming.h"
 #include "Dispatch/Queue.h"
-#include "ObjectiveC/Output.h"
-#include "ObjectiveC/Programming.h"
 
 namespace ios {
 namespace {
@@ -100,6 +101,7 @@ Device& Device::start(Options options) {
 }
 
 Device::Device(Options options) {
+  ::signal(SIGXFSZ, SIG_IGN);  // so that a write beyond the limit fails with EFBIG
   std::error_code error;
   root_ = options.root.empty() ? freshRoot() : fs::absolute(options.root, error).lexically_normal();
   if (!root_.has_filename()) root_ = root_.parent_path();
@@ -124,8 +126,14 @@ Device::Device(Options options) {
   }
 }
 
+fs::path Device::homeOf(const std::string& identifier) const {
+  if (!isBundleIdentifier(identifier))
+    programmingError("\"" + identifier + "\" cannot be a bundle identifier");
+  return root_ / "Containers" / identifier;
+}
+
 fs::path Device::home() const {
-  const fs::path home = root_ / "Containers" / bundleIdentifier_;
+  const fs::path home = homeOf(bundleIdentifier_);
   {
     MutexLock lock(mutex_);
     if (homeMade_) return home;
@@ -134,7 +142,7 @@ fs::path Device::home() const {
   if (!problem) problem = createFolder(home / "tmp");
   MutexLock lock(mutex_);
   homeMade_ = !problem;
-  // Asked for often, told once.
+  // The folder is asked for often; report the failure once.
   if (problem && !std::exchange(homeRefused_, true)) deviceLog(problem->description());
   return home;
 }
@@ -170,7 +178,7 @@ void Device::replaceSettings(DeviceSettings settings) {
 }
 
 void Device::tellObservers() {
-  // An observer may add others, which hear of the next change.
+  // Copied, since an observer may add others; those are called from the next change on.
   const auto observers = observers_;
   for (const auto& observer : observers) observer();
 }

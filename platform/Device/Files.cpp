@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -13,7 +14,8 @@
 #include <set>
 #include <utility>
 
-#include "ObjectiveC/Mutex.h"
+#include "Base/FileDescriptor.h"
+#include "Base/Mutex.h"
 
 namespace ios {
 namespace {
@@ -32,44 +34,18 @@ struct Disk {
   }
 };
 
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() { close(); }
-  Descriptor(const Descriptor&) = delete;
-  int number() const { return number_; }
-  /// 0, or the errno of closing, where some disks first report a failed write.
-  int close() {
-    const int number = std::exchange(number_, -1);
-    return number >= 0 && ::close(number) != 0 ? errno : 0;
-  }
-
- private:
-  int number_;
-};
-
-int writeAll(int descriptor, std::span<const std::uint8_t> bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    bytes = bytes.subspan(static_cast<std::size_t>(written));
-  }
-  return 0;
-}
-
 int writeNewFile(const fs::path& path, std::span<const std::uint8_t> bytes) {
-  Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+  FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
   if (file.number() < 0) return errno;
   if (const int code = writeAll(file.number(), bytes)) return code;
   if (::fsync(file.number()) != 0) return errno;
   return file.close();
 }
 
-/// Makes the renaming of a file in `folder` outlive a loss of power. Some file systems cannot, which is no
-/// failure.
+/// Makes the renaming of a file in `folder` survive a power loss. File systems that cannot do so
+/// are not an error.
 void syncFolder(const fs::path& folder) {
-  Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (descriptor.number() >= 0) ::fsync(descriptor.number());
 }
 
@@ -88,15 +64,32 @@ std::optional<FileError> createFolderAndTell(const fs::path& path, std::vector<f
   return std::nullopt;
 }
 
+/// 0, or the errno of the copying; fs::copy_file reports a full disk as an input/output error.
+int copyBytes(int from, int to) {
+  std::array<std::uint8_t, 1 << 16> piece;
+  for (;;) {
+    const ssize_t count = ::read(from, piece.data(), piece.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return count < 0 ? errno : 0;
+    if (const int code = writeAll(to, {piece.data(), static_cast<std::size_t>(count)})) return code;
+  }
+}
+
 std::optional<FileError> copyFile(const fs::path& from, const fs::path& to) {
   if (auto problem = diskRefusal("write", to)) return problem;
-  std::error_code error;
-  fs::copy_file(from, to, error);
-  if (error) return FileError{error.value(), "write", to};
+  FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
+  struct stat status {};
+  if (!source || ::fstat(source.number(), &status) != 0) return FileError{errno, "read", from};
+  FileDescriptor copy(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (!copy) return FileError{errno, "write", to};
+  int code = copyBytes(source.number(), copy.number());
+  if (code == 0 && ::fchmod(copy.number(), status.st_mode & 07777) != 0) code = errno;
+  if (code == 0) code = copy.close();
+  if (code != 0) return FileError{code, "write", to};
   return std::nullopt;
 }
 
-/// Whether the link at `link` may stay a link in a copy of `top`.
+/// Whether the link at `link` may remain a link in a copy of `top`.
 bool leadsInside(const fs::path& link, const fs::path& top) {
   std::error_code error;
   const fs::path target = fs::read_symlink(link, error);
@@ -141,7 +134,8 @@ std::string FileError::description() const {
     const fs::path inside = disk.root.empty() ? fs::path() : path.lexically_relative(disk.root);
     if (!inside.empty() && *inside.begin() != ".." && inside != ".") shown = inside;
   }
-  return "could not " + operation + " " + shown.string() + ": " + std::generic_category().message(code);
+  return "could not " + operation + " " + shown.string() + ": " +
+         (reason.empty() ? std::generic_category().message(code) : reason);
 }
 
 void nameFilesRelativeTo(const fs::path& root) {
@@ -188,7 +182,7 @@ void sweepTemporaryFiles(const fs::path& folder) {
     if (process > 0 && ::kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH)
       strays.push_back(entries->path());
   }
-  // One that cannot be removed does no harm, and the next start tries again.
+  // A file that cannot be removed does no harm; the next start tries again.
   for (const auto& stray : strays) static_cast<void>(removeTree(stray));
 }
 
@@ -240,7 +234,7 @@ std::optional<FileError> writeFileAtomically(const fs::path& path, std::span<con
   auto problem = write();
   if (problem) {
     ::unlink(temporary.c_str());
-    // Only folders that are still empty go.
+    // Only folders that are still empty are removed.
     for (auto folder = made.rbegin(); folder != made.rend(); ++folder) ::rmdir(folder->c_str());
   } else {
     syncFolder(path.parent_path());
@@ -255,7 +249,7 @@ std::optional<std::vector<std::uint8_t>> readFile(const fs::path& path, FileErro
     return std::nullopt;
   };
   // Not blocking: a pipe in the file's place must not hold the reader up.
-  Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.number() < 0) return fail(errno);
   struct stat status {};
   if (::fstat(file.number(), &status) != 0) return fail(errno);

@@ -14,7 +14,7 @@ void Input::setSinks(TouchSink touches, ShakeSink shake) {
 
 void Input::touches(const std::vector<TouchSample>& samples) {
   assertMainThread("Input::touches");
-  // A copy, since the sink may be replaced by what it sets off.
+  // Copied, since what the sink sets off may replace it.
   if (const auto sink = touchSink_) sink(samples);
 }
 
@@ -42,7 +42,7 @@ void Input::tap(const Tap& tap) {
 
 void Input::swipe(CGPoint from, CGPoint to, Clock::Duration duration) {
   const double seconds = std::chrono::duration<double>(duration).count();
-  const auto steps = std::max<std::int64_t>(1, std::llround(seconds * 60));
+  const auto steps = std::max<std::int64_t>(1, std::llround(seconds * Clock::kRefreshesPerSecond));
   TouchSample sample{nextFinger_++, TouchSample::Phase::began, from};
   touches({sample});
   sample.phase = TouchSample::Phase::moved;

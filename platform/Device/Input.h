@@ -9,7 +9,7 @@
 
 namespace ios {
 
-/// One change of one finger on the glass. Points are of the screen as it is held now.
+/// One change of one finger on the glass, in points of the screen as it is held now.
 struct TouchSample {
   enum class Phase { began, moved, ended, cancelled };
   std::int64_t finger = 0;
@@ -18,7 +18,7 @@ struct TouchSample {
 };
 
 /// Raw input of the device: the application object takes it from here, on the main thread; tests, the
-/// simulator and the driver put it in. Samples put in together arrive as one event.
+/// simulator and the driver supply it. Samples supplied together arrive as one event.
 class Input {
  public:
   using TouchSink = std::function<void(const std::vector<TouchSample>&)>;
@@ -28,15 +28,15 @@ class Input {
   void touches(const std::vector<TouchSample>& samples);
   void shake();
 
-  // Gestures made of the above, on the clock's time; to be called between verbs. Each returns when it is
-  // over. A swipe moves 60 times a second.
+  // Gestures composed of the above, in the clock's time; not to be called inside a verb of the clock. Each
+  // returns when the gesture is over. A swipe moves 60 times a second.
 
   struct Tap {
     CGPoint location;
     int count = 1;
     int fingers = 1;  // side by side, 40 points apart
     Clock::Duration hold = std::chrono::milliseconds(50);
-    Clock::Duration delay = std::chrono::milliseconds(100);  // from one tap's end to the next one's start
+    Clock::Duration delay = std::chrono::milliseconds(100);  // between one tap and the next
   };
   void tap(const Tap& tap);
   void tap(CGPoint location) { tap(Tap{.location = location}); }

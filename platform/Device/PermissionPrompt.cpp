@@ -6,22 +6,22 @@
 #include <utility>
 #include <vector>
 
+#include "Base/Mutex.h"
 #include "Device/Device.h"
 #include "Dispatch/Queue.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 namespace {
 
 using Answer = std::function<void(bool)>;
 
-/// Where answers are given: off the main thread, and in the order in which the questions were answered.
+/// The queue on which answers are delivered: off the main thread, in the order in which they were given.
 const dispatch_queue_t& answerQueue() {
   static auto& queue = *new dispatch_queue_t(dispatch_queue_create("permission answers"));
   return queue;
 }
 
-/// Shows one question after another and hands the answers out. The questions live on the main thread.
+/// Shows one question after another and delivers the answers. The questions live on the main thread.
 class Prompts {
  public:
   static Prompts& shared() {

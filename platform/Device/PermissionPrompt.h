@@ -7,14 +7,14 @@ namespace ios {
 
 /// A question to the user: may this application use something guarded?
 struct PermissionQuestion {
-  std::string service;  // "microphone", "photos"
+  std::string service;  // "microphone", "photos", "screen": recording it
   /// The reason that the application's Info dictionary gives; may be empty.
   std::string reason;
 };
 
-/// Who shows such questions: called on the main thread, one question at a time; must call `answer` once, at
-/// any later time and on any thread. `UIApplicationMain` sets one that shows alerts. Without one, whoever has
-/// not been asked yet is refused, and nothing is written down.
+/// Shows such questions: called on the main thread, one question at a time; must call `answer` once, at any
+/// later time and on any thread. `UIApplicationMain` sets one that shows alerts. Without one, permissions
+/// that were not decided before are refused, and nothing is stored.
 using PermissionPresenter =
     std::function<void(const PermissionQuestion& question, std::function<void(bool granted)> answer)>;
 void setPermissionPresenter(PermissionPresenter presenter);

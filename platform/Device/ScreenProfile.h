@@ -11,7 +11,7 @@ namespace ios {
 struct ScreenProfile {
   std::string name;     // "iPhone 6", as given to --profile
   CGSize size;          // points, in portrait
-  CGFloat scale = 1;    // pixels a point
+  CGFloat scale = 1;    // pixels per point
   std::string machine;  // the hardware code that `uname` answers: "iPhone7,2"
   std::string model;    // the family word: "iPhone", "iPad"
   bool isPad() const { return model == "iPad"; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <regex>
 #include <utility>
 
 #include "Device/ScreenProfile.h"
@@ -41,7 +42,7 @@ bool readLanguages(const PropertyList& value, std::vector<std::string>& language
   if (!value.array()) return false;
   languages.clear();
   for (const auto& language : *value.array()) {
-    if (!language.text() || language.text()->empty()) return false;
+    if (!language.text() || !isLanguageTag(*language.text())) return false;
     languages.push_back(*language.text());
   }
   return true;
@@ -78,6 +79,17 @@ std::optional<TextSize> textSizeNamed(std::string_view name) {
   const auto* const found = std::find(kTextSizeNames.begin(), kTextSizeNames.end(), name);
   if (found == kTextSizeNames.end()) return std::nullopt;
   return static_cast<TextSize>(found - kTextSizeNames.begin());
+}
+
+bool isLanguageTag(const std::string& text) {
+  constexpr std::size_t kLongest = 100;  // the matcher recurses
+  // Language and its extensions, script, region, variants, extensions under a letter, and the
+  // private-use part.
+  static const auto& form = *new std::regex(
+      "[a-z]{2,8}(-[a-z]{3}){0,3}(-[a-z]{4})?(-([a-z]{2}|[0-9]{3}))?(-([a-z0-9]{5,8}|[0-9][a-z0-9]{3}))*"
+      "(-[a-wyz0-9](-[a-z0-9]{2,8})+)*(-x(-[a-z0-9]{1,8})+)?",
+      std::regex::icase | std::regex::optimize);
+  return text.size() <= kLongest && std::regex_match(text, form);
 }
 
 PropertyList settingsPropertyList(const DeviceSettings& settings) {

@@ -10,10 +10,10 @@
 
 namespace ios {
 
-/// The user's answer to an application's wish for something guarded; values as the platform numbers them.
+/// The user's answer to an application's request for access; the platform's values.
 enum class Permission : int { notDetermined = 0, restricted = 1, denied = 2, authorized = 3 };
 
-/// How large the owner of the device wants texts: the platform's content size categories, in their order.
+/// The text size that the device's owner has chosen: the platform's content size categories, in order.
 enum class TextSize : int {
   XS,
   S,
@@ -33,13 +33,16 @@ inline constexpr int kTextSizes = 12;
 std::string_view textSizeName(TextSize size);
 std::optional<TextSize> textSizeNamed(std::string_view name);
 
+/// Whether `text` has the form of a language tag: "de", "de-AT", "zh-Hant-TW" (BCP 47).
+bool isLanguageTag(const std::string& text);
+
 /// What the owner of the device has set; kept in Settings.plist.
 struct DeviceSettings {
-  std::vector<std::string> languages = {"en-US"};
+  std::vector<std::string> languages = {"en-US"};  // language tags, most preferred first
   std::string osVersion = "10.3.1";
   std::string profile = "iPhone 6";
-  /// Device orientation: 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5 face up, 6 face
-  /// down.
+  /// Device orientation: 1 portrait, 2 upside down, 3 landscape left, 4 landscape right, 5
+  /// face up, 6 face down.
   int orientation = 1;
   TextSize textSize = TextSize::L;
   /// By bundle identifier, then by service: "microphone", "photos".
@@ -50,7 +53,7 @@ struct DeviceSettings {
 /// Settings.plist's form: "Languages", "OSVersion", "Profile", "Orientation", "TextSize", and "Permissions"
 /// by bundle identifier and service, as words ("authorized").
 PropertyList settingsPropertyList(const DeviceSettings& settings);
-/// Members that are missing have their default. Empty, with `problem` set, when one has no meaning.
+/// Missing members get their default. Empty, with `problem` set, when a member's value is invalid.
 std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list, std::string& problem);
 
 }  // namespace ios

@@ -4,14 +4,15 @@
 #include <cstdio>
 #include <utility>
 
-#include "ObjectiveC/Programming.h"
+#include "Base/Programming.h"
 
 namespace ios {
 namespace {
 
 const std::thread::id kLoadingThread = std::this_thread::get_id();
 
-/// Real time after which virtual time's wait for rest says what it waits for.
+constexpr Clock::Duration kSecond = std::chrono::seconds(1);
+/// Real time after which a wait for rest in virtual time reports what it is waiting for.
 constexpr std::chrono::seconds kPatience{60};
 
 }  // namespace
@@ -21,8 +22,8 @@ Clock& Clock::shared() {
   return clock;
 }
 
-// The loading thread is not known yet when another image's initialisation comes first; then that is the
-// thread.
+// The loading thread may not be known yet when another image is initialised first; then the calling thread is
+// the loading thread.
 Clock::Clock()
     : mainThread_(kLoadingThread == std::thread::id() ? std::this_thread::get_id() : kLoadingThread),
       realStart_(std::chrono::steady_clock::now()) {}
@@ -47,11 +48,17 @@ Clock::WallTime Clock::wallTime() const {
   return std::chrono::system_clock::now();
 }
 
-Clock::Instant Clock::nextRefresh(Instant after) {
-  const auto whole = std::chrono::floor<std::chrono::seconds>(after.time_since_epoch());
-  std::int64_t n = whole.count() * 60;
-  while (refresh(n) <= after) ++n;
-  return refresh(n);
+Clock::Instant Clock::refresh(std::int64_t n) {
+  // In two steps: the product would not fit after some years.
+  return Instant(std::chrono::seconds(n / kRefreshesPerSecond) +
+                 n % kRefreshesPerSecond * kSecond / kRefreshesPerSecond);
+}
+
+std::int64_t Clock::newestRefresh(Instant at) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(at);
+  const std::int64_t first = seconds.time_since_epoch().count() * kRefreshesPerSecond;
+  const std::int64_t n = first + (at - seconds) * kRefreshesPerSecond / kSecond;
+  return refresh(n + 1) <= at ? n + 1 : n;
 }
 
 Clock::Instant Clock::after(Duration duration) const {
@@ -73,7 +80,7 @@ Clock::EventId Clock::schedule(Instant deadline, Lane lane, Work fire) {
 }
 
 bool Clock::cancel(EventId event) {
-  std::optional<Work> dropped;  // destroyed after the lock is gone: its captures may call back
+  std::optional<Work> dropped;  // destroyed after the lock is released: its captures may call back
   MutexLock lock(mutex_);
   dropped = events_.remove(event);
   return dropped.has_value();
@@ -173,7 +180,7 @@ bool Clock::comeToRest() {
     if (told) {
       lock.wait(mainWake_);
     } else if (lock.waitUntil(mainWake_, patience) == std::cv_status::timeout) {
-      // Work that never ends would otherwise be a hang without a word.
+      // Otherwise work that never ends would hang the process without any message.
       told = true;
       lock.unlock();
       std::fprintf(stderr, "the device does not come to rest:\n%s", pending().c_str());
@@ -189,13 +196,13 @@ bool Clock::pumpVirtualTime(const Condition* condition, Instant limit) {
     if (met()) return true;
     if (runOneMainItem()) continue;
     if (!comeToRest()) continue;
-    // What workers did on the way to rest may have been it; then time must not move any more.
+    // Workers may have met the condition on the way to rest; then time must not move any more.
     if (met()) return true;
     std::optional<Work> fire;
     {
       MutexLock lock(mutex_);
       if (!mainQueue_.empty() || busy_.load(std::memory_order_acquire) != 0)
-        continue;  // the condition's own doing
+        continue;  // queued or begun by the condition itself
       fire = takeDueEvent(limit, std::nullopt);
       if (!fire) moveTo(limit);
     }
@@ -221,7 +228,7 @@ bool Clock::pumpRealTime(const Condition* condition, Instant limit) {
       if (!fire) {
         if (!mainQueue_.empty()) continue;
         if (now() >= limit) break;
-        // A wake since the condition was asked may have been about it.
+        // A wake since the condition was evaluated may concern it.
         if (mainWakes_ == seen) {
           lock.waitUntil(mainWake_,
                          realDeadline(std::min(limit, events_.nextDeadline(Lane::main).value_or(limit))));
@@ -234,7 +241,8 @@ bool Clock::pumpRealTime(const Condition* condition, Instant limit) {
   return met();
 }
 
-// Real time only: events that any thread may fire, so that a busy main thread does not hold them up.
+// Real time only: fires the events that may fire on any thread, so that a busy main thread
+// does not delay them.
 void Clock::timerThread() {
   MutexLock lock(mutex_);
   for (;;) {
@@ -249,6 +257,12 @@ void Clock::timerThread() {
       lock.wait(timerWake_);
     }
   }
+}
+
+std::optional<Clock::Instant> Clock::nextEvent() const {
+  MutexLock lock(mutex_);
+  const auto first = events_.nextDeadlines(1);
+  return first.empty() ? std::nullopt : std::optional(first.front());
 }
 
 std::string Clock::pending() const {

@@ -13,24 +13,24 @@
 #include <thread>
 #include <vector>
 
+#include "Base/Mutex.h"
 #include "DeviceClock/EventQueue.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
 /// The device's one clock, and the main thread's loop on it.
 ///
-/// Everything that is late, delayed or periodic is an event here: run-loop timers, delayed performs,
-/// `dispatch_after`, display refreshes, animations. The clock is either real (monotonic) or virtual, chosen
-/// once, before its first use.
+/// Everything delayed or periodic is an event here: run-loop timers, delayed performs,
+/// `dispatch_after`, display refreshes, animations. The clock is either real (monotonic) or virtual,
+/// chosen once, before its first use.
 ///
 /// Virtual time stands still while anything can run. Only when the main queue is empty and no work is under
 /// way on any queue or worker does a verb let it jump to the next event; events are released one at a time,
-/// in order of deadline and then of registration, each followed to rest before the next. Threads stay real
-/// threads.
+/// in order of deadline and then of registration, and each is followed by a wait for rest before the next.
+/// Threads stay real threads.
 ///
-/// The verbs (`runFor`, `runUntil`, `advanceFrame`, …) are called on the main thread. All else is
-/// thread-safe.
+/// The verbs (`runFor`, `runUntil`, `advanceFrame`, …) are called on the main thread. Everything
+/// else is thread-safe.
 class Clock {
  public:
   using Duration = std::chrono::nanoseconds;
@@ -40,67 +40,68 @@ class Clock {
   using Work = std::function<void()>;
   using EventId = EventQueue::Id;
 
-  /// Whether an event must fire on the main thread or may fire on any thread (then it must be short: hand
-  /// over work).
+  /// Whether an event must fire on the main thread or may fire on any thread (then it must be short and hand
+  /// real work over).
   using Lane = EventQueue::Lane;
 
   static Clock& shared();
 
   /// Makes the clock of this process virtual, at `start` and with `wall` as the wall-clock time of that
-  /// instant. Called at most once, before anything was scheduled; later is a programming error.
+  /// instant. Called at most once, before anything is scheduled; later calls are a programming error.
   void useVirtualTime(Instant start = Instant{}, WallTime wall = kVirtualEpoch);
   bool isVirtual() const { return virtual_; }
 
   Instant now() const;
   double secondsNow() const { return std::chrono::duration<double>(now().time_since_epoch()).count(); }
-  /// What a calendar shows. In virtual time it starts at a fixed date, so that files repeat to the byte.
+  /// Date and time of day. In virtual time they start at a fixed date, so that files repeat to the byte.
   WallTime wallTime() const;
 
-  // --- Events
-  // -------------------------------------------------------------------------------------------------
+  // Events.
 
   EventId schedule(Instant deadline, Lane lane, Work fire);
   /// False if it has fired, is firing or was cancelled.
   bool cancel(EventId event);
 
-  // --- The main thread
-  // ----------------------------------------------------------------------------------------
+  // The main thread.
 
   /// True on the thread that loaded the program.
   bool isMainThread() const { return std::this_thread::get_id() == mainThread_; }
-  /// Queues work for the main thread; it runs inside the next verb (or the one that is running), in order.
+  /// Queues work for the main thread; it runs inside the next verb (or the current one), in order.
   void postToMain(Work work);
 
   struct Result {
     bool met = false;
-    /// When not met: what has not come to rest and the next events, by name.
+    /// If the condition was not met: what has not come to rest, and the next events, by name.
     std::string pending;
     explicit operator bool() const { return met; }
   };
   void runFor(Duration duration);
-  /// Runs until `condition`, asked on the main thread after every step, or until `limit` has passed.
+  /// Runs until `condition`, evaluated on the main thread after every step, is true or `limit` has passed.
   [[nodiscard]] Result runUntil(const std::function<bool()>& condition, Duration limit);
-  /// Runs what can run now; time stays where it is. (In real time: what is queued and due.)
+  /// Runs what can run now, without moving time. (In real time: what is queued and due.)
   void runUntilRest();
   /// To the display's next refresh.
   void advanceFrame();
-  /// Virtual time only: moves time and releases what is due, but runs no queued main work and waits for
-  /// nobody. For tests that need a stage to be busy.
+  /// Virtual time only: moves time and releases what is due, but runs no queued main-thread work and waits
+  /// for no queue or worker. For tests that need a busy stage.
   void moveWithoutRest(Duration duration);
-  /// What keeps the device from rest, and the next events, one a line.
+  /// When the next event is due; empty: nothing is.
+  std::optional<Instant> nextEvent() const;
+  /// What keeps the device from rest, and the next events, one per line.
   std::string pending() const;
 
-  /// Start of the n-th refresh of the 60 Hz display, and the first refresh after an instant.
-  static Instant refresh(std::int64_t n) {
-    return Instant(std::chrono::seconds(n / 60) + Duration(n % 60 * 1'000'000'000 / 60));
-  }
-  static Instant nextRefresh(Instant after);
+  // The display's refreshes.
 
-  // --- For queues and platform workers
-  // ------------------------------------------------------------------------
+  static constexpr std::int64_t kRefreshesPerSecond = 60;
+  /// When the n-th refresh begins; the number of the latest one at an instant; when the next one begins.
+  static Instant refresh(std::int64_t n);
+  static std::int64_t newestRefresh(Instant at);
+  static Instant nextRefresh(Instant after) { return refresh(newestRefresh(after) + 1); }
 
-  /// Counts work that can run or is running; virtual time stands still while the count is not zero. Work that
-  /// cannot run yet, as its queue is held by a thread that waits, is not counted: it would keep time from
+  // For queues and platform workers.
+
+  /// Count work that can run or is running; virtual time stands still while the count is not zero. Work
+  /// that cannot run yet because a waiting thread holds its queue is not counted: it would keep time from
   /// ending that wait.
   void beginWork() { busy_.fetch_add(1, std::memory_order_acq_rel); }
   void endWork();
@@ -116,19 +117,20 @@ class Clock {
     std::multiset<std::string>::iterator entry_;
   };
 
-  /// One wait of one thread. `park` returns true once `unpark` was called (before or after), false at the
-  /// deadline. A parked thread counts as idle. The main thread, parked in virtual time, moves time itself; it
-  /// stops the process with a message if nothing could ever wake it.
+  /// One wait of one thread. `park` returns true once `unpark` has been called, even if that was before
+  /// `park`, and false at the deadline. A parked thread counts as idle. The main thread, parked in virtual
+  /// time, moves time itself, and stops the process with a message if nothing could ever wake it.
   class Parking {
     friend class Clock;  // whose mutex guards the fields
     enum class State { free, parked, woken, late } state = State::free;
-    bool counted = false;  // the waiting thread's work is, while it does not wait
+    bool counted = false;  // whether the thread's work counts while it does not wait
     std::condition_variable wake;
   };
   bool park(const std::shared_ptr<Parking>& parking, std::optional<Instant> deadline);
   void unpark(Parking& parking);
 
-  /// Marks the calling thread as one whose running work is counted by `beginWork`; queue workers do so once.
+  /// Marks the calling thread as one whose running work is counted by `beginWork`; each queue
+  /// worker calls it once.
   static void markWorkerThread();
 
   /// Adds a source of names to `pending`.
@@ -142,17 +144,17 @@ class Clock {
   using Condition = std::function<bool()>;
 
   Instant after(Duration duration) const;
-  /// The loop behind the verbs: false when `limit` was reached with the condition, if any, not met.
+  /// The loop behind the verbs: false when `limit` was reached without the condition (if any) being met.
   bool pump(const Condition* condition, Instant limit);
   bool pumpVirtualTime(const Condition* condition, Instant limit);
   bool pumpRealTime(const Condition* condition, Instant limit);
   bool runOneMainItem();
-  /// Waits until nothing can run, in virtual time; false when there is work for the main thread instead.
+  /// In virtual time, waits until nothing can run; false when there is work for the main thread instead.
   bool comeToRest();
   bool parkMainVirtually(Parking& parking, std::optional<Instant> deadline);
   bool parkVirtually(const std::shared_ptr<Parking>& parking, std::optional<Instant> deadline);
   bool parkReally(Parking& parking, std::optional<Instant> deadline);
-  /// The thread starts to wait, if it had not been woken before.
+  /// Marks the thread as waiting, unless it was woken before.
   bool beginParking(Parking& parking) IOS_REQUIRES(mutex_);
   void giveUpParking(Parking& parking) IOS_REQUIRES(mutex_);
   void timerThread();
@@ -161,13 +163,13 @@ class Clock {
   std::optional<Work> takeDueEvent(Instant limit, std::optional<Lane> lane) IOS_REQUIRES(mutex_);
   void moveTo(Instant instant) IOS_REQUIRES(mutex_);
   void wakeMain() IOS_REQUIRES(mutex_);
-  /// A real instant to wait for, kept in the range that the system's clock can express.
+  /// The real time of `instant`, clamped to what the system's clock can express.
   std::chrono::steady_clock::time_point realDeadline(Instant instant) const;
 
   const std::thread::id mainThread_;
   std::atomic<bool> virtual_ = false;
   std::atomic<std::int64_t> virtualNow_ = 0;
-  // Both written before `virtual_` is, and never again.
+  // Both are written before `virtual_`, and never again.
   Instant virtualStart_{};
   WallTime virtualWall_ = kVirtualEpoch;
   const std::chrono::steady_clock::time_point realStart_;
@@ -180,7 +182,7 @@ class Clock {
   EventQueue events_ IOS_GUARDED_BY(mutex_);
   std::multiset<std::string> activities_ IOS_GUARDED_BY(mutex_);
   std::vector<std::function<std::vector<std::string>()>> reporters_ IOS_GUARDED_BY(mutex_);
-  /// How often the main thread was given a reason to look again.
+  /// How often the main thread was woken to look again.
   std::uint64_t mainWakes_ IOS_GUARDED_BY(mutex_) = 0;
   bool timerThreadRuns_ IOS_GUARDED_BY(mutex_) = false;
 };

@@ -1,6 +1,6 @@
 // How threads wait on the clock.
+#include "Base/Programming.h"
 #include "DeviceClock/Clock.h"
-#include "ObjectiveC/Programming.h"
 
 namespace ios {
 namespace {
@@ -24,7 +24,7 @@ void Clock::unpark(Parking& parking) {
   const bool wasParked = parking.state == Parking::State::parked;
   parking.state = Parking::State::woken;
   if (!wasParked) return;
-  // The waker restores the count, so that there is no instant in which time could move.
+  // The waker restores the count, which leaves no instant in which time could move.
   if (parking.counted) beginWork();
   parking.wake.notify_one();
   wakeMain();
@@ -64,7 +64,7 @@ bool Clock::parkReally(Parking& parking, std::optional<Instant> deadline) {
 }
 
 bool Clock::parkVirtually(const std::shared_ptr<Parking>& parking, std::optional<Instant> deadline) {
-  std::optional<Work> unused;  // destroyed after the lock is gone
+  std::optional<Work> unused;  // destroyed after the lock is released
   MutexLock lock(mutex_);
   if (!beginParking(*parking)) return true;
   std::optional<EventId> timeUp;

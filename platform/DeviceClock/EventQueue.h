@@ -12,8 +12,8 @@ namespace ios {
 
 class Clock;
 
-/// The clock's events, in order of deadline and then of registration. It knows no time of its own and wakes
-/// nobody; its owner guards it.
+/// The clock's events, in order of deadline and then of registration. It does not read time and wakes no
+/// thread; its owner guards it with a lock.
 class EventQueue {
  public:
   using Instant = std::chrono::time_point<Clock, std::chrono::nanoseconds>;
@@ -28,16 +28,16 @@ class EventQueue {
   };
 
   Id add(Instant deadline, Lane lane, Work fire);
-  /// Takes an event out: its work, to be destroyed by the caller when its lock is gone, or empty if there is
-  /// none.
+  /// Removes an event and returns its work, to be destroyed by the caller after releasing the lock; empty if
+  /// there is no such event.
   std::optional<Work> remove(Id id);
-  /// Takes the first event due by `limit`, of one lane or of both.
+  /// Takes the first event due by `limit`, from `lane` or, without one, from both.
   std::optional<Due> take(Instant limit, std::optional<Lane> lane = std::nullopt);
 
   std::optional<Instant> nextDeadline(Lane lane) const;
   /// The first `count` deadlines.
   std::vector<Instant> nextDeadlines(std::size_t count) const;
-  /// False once anything was ever added.
+  /// Whether nothing was ever added.
   bool untouched() const { return lastId_ == 0; }
 
  private:

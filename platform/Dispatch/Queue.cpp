@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "Dispatch/Queue+Private.h"
+#include "Base/Programming.h"
+#include "Dispatch/Private/Queue.h"
 #include "Dispatch/WorkerPool.h"
-#include "ObjectiveC/Programming.h"
 
 namespace ios {
 namespace {
@@ -230,10 +230,6 @@ void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_que
   checked(queue).setTarget(target);
 }
 
-const std::string& dispatch_queue_get_label(const dispatch_queue_t& queue) {
-  return checked(queue).label();
-}
-
 void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block) {
   checked(queue).async(std::move(block));
 }
@@ -250,8 +246,12 @@ void assertMainThread(const char* who) {
   if (!isMainThread()) programmingError(std::string(who) + " belongs to the main thread");
 }
 
+bool isOnQueue(const dispatch_queue_t& queue) {
+  return checked(queue).isCurrent();
+}
+
 void dispatch_assert_queue(const dispatch_queue_t& queue) {
-  if (!checked(queue).isCurrent()) programmingError("this belongs to the queue \"" + queue->label() + "\"");
+  if (!isOnQueue(queue)) programmingError("this belongs to the queue \"" + queue->label() + "\"");
 }
 
 }  // namespace ios

@@ -28,7 +28,6 @@ dispatch_queue_t dispatch_get_global_queue(long priority, unsigned long flags);
 /// Where `queue` takes its turns from now on: a global queue, the main queue, or another serial queue (empty:
 /// the global queue of default priority). To be called before the first submission.
 void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_queue_t& target);
-const std::string& dispatch_queue_get_label(const dispatch_queue_t& queue);
 
 /// Queues `block` and returns.
 void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block);
@@ -42,7 +41,9 @@ void dispatch_sync(const dispatch_queue_t& queue, const dispatch_block_t& block)
 bool isMainThread();
 /// Stops the process with a message that names `who`, unless on the main thread.
 void assertMainThread(const char* who);
-/// Stops the process with a message unless the calling thread is running a block of `queue`.
+/// Whether the calling thread is inside a block of `queue`, or of a queue that takes its turns there.
+bool isOnQueue(const dispatch_queue_t& queue);
+/// Stops the process with a message unless the calling thread is on `queue`.
 void dispatch_assert_queue(const dispatch_queue_t& queue);
 
 }  // namespace ios

@@ -5,10 +5,10 @@
 #include <limits>
 #include <optional>
 
+#include "Base/Mutex.h"
+#include "Base/Programming.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/WorkerPool.h"
-#include "ObjectiveC/Mutex.h"
-#include "ObjectiveC/Programming.h"
 
 namespace ios {
 

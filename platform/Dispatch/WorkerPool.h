@@ -5,7 +5,7 @@
 #include <deque>
 #include <functional>
 
-#include "ObjectiveC/Mutex.h"
+#include "Base/Mutex.h"
 
 namespace ios {
 
@@ -20,8 +20,8 @@ class WorkerPool {
   /// then. Never blocks.
   void submit(std::function<void()> task);
 
-  /// Stands around a wait of the calling thread: if it is one of a pool's, another may take its place
-  /// meanwhile.
+  /// Marks a wait of the calling thread: if it is one of a pool's, another may take
+  /// its place meanwhile.
   class BlockedThread {
    public:
     BlockedThread();

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "Foundation/BundleSearch+Private.h"
+#include "Foundation/Private/BundleSearch.h"
 
 namespace ios {
 namespace {

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "Device/Device.h"
-#include "Foundation/BundleSearch+Private.h"
 #include "Foundation/NSLocale.h"
-#include "Foundation/StringsTable+Private.h"
+#include "Foundation/Private/BundleSearch.h"
+#include "Foundation/Private/StringsTable.h"
 
 namespace ios {
 namespace {
@@ -92,7 +92,7 @@ NSBundle::NSBundle(fs::path path) : path_(std::move(path)) {
   if (info && info->dictionary()) {
     info_ = *info->dictionary();
   } else {
-    deviceLog(file.string() + " " + (info ? "is no dictionary" : problem));
+    deviceLog(file.string() + " " + (info ? "is not a dictionary" : problem));
   }
 }
 

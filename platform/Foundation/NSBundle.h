@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "Base/Mutex.h"
 #include "CoreFoundation/PropertyList.h"
-#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
 
 /// A folder with an Info.plist (XML or binary) and resources, localised ones in `<language>.lproj` folders.
-/// Any thread; made once a folder and alive until the process ends. What was read is kept.
+/// Any thread; made once per folder and alive until the process ends. What was read is kept.
 class NSBundle : public NSObject {
  public:
   /// The running application's bundle.
@@ -27,7 +27,7 @@ class NSBundle : public NSObject {
   static std::shared_ptr<NSBundle> bundleWithPath(const std::filesystem::path& path);
 
   const std::filesystem::path& bundlePath() const { return path_; }
-  /// Empty when there is no Info.plist, or none that can be read (a line on standard error says so).
+  /// Empty without an Info.plist, and with one that cannot be read (a line on standard error says so).
   const std::optional<NSDictionary>& infoDictionary() const { return info_; }
   std::optional<std::string> bundleIdentifier() const;
 

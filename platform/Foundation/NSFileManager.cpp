@@ -20,12 +20,9 @@ std::shared_ptr<NSError> errorOf(const FileError& failure) {
     case EACCES:
     case EPERM:
       return make(513, "You don’t have permission to change " + name + ".");
-    case EEXIST:
-    case ENOTDIR:
-      return make(516, name + " couldn’t be saved because a file with the same name already exists.");
     case ENOSPC:
     case EDQUOT:
-      return make(640, name + " couldn’t be saved because there isn’t enough space.");
+      return make(640, name + " couldn’t be changed because there isn’t enough space.");
     case EROFS:
       return make(642, name + " couldn’t be changed because the volume is read only.");
     default:
@@ -50,12 +47,6 @@ bool NSFileManager::removeItemAtPath(const std::string& path, std::shared_ptr<NS
   // A link that leads nowhere can be removed all the same.
   const bool isThere = std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
   const auto failure = isThere ? removeTree(path) : FileError{ENOENT, "remove", path};
-  if (failure) error = errorOf(*failure);
-  return !failure;
-}
-
-bool NSFileManager::createDirectoryAtPath(const std::string& path, std::shared_ptr<NSError>& error) const {
-  const auto failure = createFolder(path);
   if (failure) error = errorOf(*failure);
   return !failure;
 }

@@ -15,9 +15,6 @@ class NSFileManager : public NSObject {
   bool fileExistsAtPath(const std::string& path) const;
   /// Removes a file, or a folder with all in it. False, with `error` set, when it could not.
   bool removeItemAtPath(const std::string& path, std::shared_ptr<NSError>& error) const;
-  /// Makes a folder and those on the way to it; one that exists is fine. False, with `error` set, when it
-  /// could not.
-  bool createDirectoryAtPath(const std::string& path, std::shared_ptr<NSError>& error) const;
 };
 
 }  // namespace ios

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "ObjectiveC/Programming.h"
+#include "Base/Programming.h"
 
 namespace ios {
 namespace {

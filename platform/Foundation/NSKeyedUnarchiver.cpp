@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "Base/Result.h"
 #include "CoreFoundation/Unicode.h"
 
 namespace ios {
@@ -11,14 +12,19 @@ constexpr std::size_t kMaximumDepth = 128;
 constexpr std::size_t kMaximumValues = 100'000;
 constexpr std::size_t kMaximumBytes = 256'000'000;
 
-/// Unfolds the objects of an archive. An object that is referred to twice is unfolded twice, so everything is
-/// counted.
+using Decoded = Result<PropertyList, std::string>;
+
+tl::unexpected<std::string> fail(std::string what) {
+  return failure(std::move(what));
+}
+
+/// Unfolds the objects of an archive. An object that is referred to twice is unfolded twice, so
+/// everything is counted.
 class Decoder {
  public:
-  Decoder(const NSArray& objects, std::string& problem)
-      : objects_(objects), open_(objects.size()), problem_(problem) {}
+  explicit Decoder(const NSArray& objects) : objects_(objects), open_(objects.size()) {}
 
-  std::optional<PropertyList> decode(const PropertyList& reference, std::size_t depth) {
+  Decoded decode(const PropertyList& reference, std::size_t depth) {
     const auto* uid = reference.uid();
     if (!uid) return fail("holds a value where a reference belongs");
     if (uid->index >= objects_.size()) return fail("refers to an object that does not exist");
@@ -37,13 +43,8 @@ class Decoder {
   }
 
  private:
-  std::nullopt_t fail(const std::string& what) {
-    problem_ = what;
-    return std::nullopt;
-  }
-
   /// A value that stands for itself, counted.
-  std::optional<PropertyList> plain(const PropertyList& value) {
+  Decoded plain(const PropertyList& value) {
     if (value.array() || value.dictionary() || value.uid()) return fail("holds a collection without a class");
     if (const auto* text = value.text()) bytes_ += text->size();
     if (const auto* data = value.data()) bytes_ += data->size();
@@ -51,7 +52,7 @@ class Decoder {
     return value;
   }
 
-  std::optional<PropertyList> decodeInstance(const PropertyList& object, std::size_t depth) {
+  Decoded decodeInstance(const PropertyList& object, std::size_t depth) {
     const PropertyList* reference = object.member("$class");
     const UID* uid = reference ? reference->uid() : nullptr;
     const std::string* name =
@@ -61,41 +62,37 @@ class Decoder {
     if (*name == "NSArray" || *name == "NSMutableArray") return decodeArray(object, depth);
     if (*name == "NSString" || *name == "NSMutableString") {
       const PropertyList* content = object.member("NS.string");
-      return content && content->text() ? plain(*content) : fail("holds a text without its characters");
+      if (!content || !content->text()) return fail("holds a text without its characters");
+      return plain(*content);
     }
     if (*name == "NSData" || *name == "NSMutableData") {
       const PropertyList* content = object.member("NS.data");
-      return content && content->data() ? plain(*content) : fail("holds data without its bytes");
+      if (!content || !content->data()) return fail("holds data without its bytes");
+      return plain(*content);
     }
     return fail("holds an object of class \"" + repairedUTF8(name->substr(0, 80)) + "\"");
   }
 
-  std::optional<PropertyList> decodeArray(const PropertyList& object, std::size_t depth) {
+  Decoded decodeArray(const PropertyList& object, std::size_t depth) {
     const NSArray* references = arrayIn(object, "NS.objects");
     if (!references) return fail("holds an array without its elements");
     NSArray values;
-    for (const auto& reference : *references) {
-      auto value = decode(reference, depth + 1);
-      if (!value) return std::nullopt;
-      values.push_back(std::move(*value));
-    }
+    for (const auto& reference : *references) values.push_back(IOS_TRY(decode(reference, depth + 1)));
     return PropertyList(std::move(values));
   }
 
-  std::optional<PropertyList> decodeDictionary(const PropertyList& object, std::size_t depth) {
+  Decoded decodeDictionary(const PropertyList& object, std::size_t depth) {
     const NSArray *keys = arrayIn(object, "NS.keys"), *references = arrayIn(object, "NS.objects");
     if (!keys || !references) return fail("holds a dictionary without its keys or values");
     if (keys->size() != references->size())
       return fail("holds a dictionary with unequal numbers of keys and values");
     NSDictionary members;
     for (std::size_t i = 0; i < keys->size(); ++i) {
-      const auto key = decode((*keys)[i], depth + 1);
-      if (!key) return std::nullopt;
-      if (!key->text()) return fail("holds a dictionary with a key that is no text");
+      const auto key = IOS_TRY(decode((*keys)[i], depth + 1));
+      if (!key.text()) return fail("holds a dictionary with a key that is not a text");
       --values_;  // a key is part of its value
-      auto value = decode((*references)[i], depth + 1);
-      if (!value) return std::nullopt;
-      if (!members.emplace(*key->text(), std::move(*value)).second)
+      auto value = IOS_TRY(decode((*references)[i], depth + 1));
+      if (!members.emplace(*key.text(), std::move(value)).second)
         return fail("holds a key twice in a dictionary");
     }
     return PropertyList(std::move(members));
@@ -109,32 +106,32 @@ class Decoder {
   using UID = PropertyList::UID;
   const NSArray& objects_;
   std::vector<bool> open_;
-  std::string& problem_;
   std::size_t values_ = 0, bytes_ = 0;
 };
+
+Decoded decodeArchive(const PropertyList& archive) {
+  const auto* archiver = archive.text("$archiver");
+  const auto* version = archive.member("$version");
+  const auto* objects = archive.member("$objects");
+  const auto* top = archive.member("$top");
+  const auto* root = top ? top->member("root") : nullptr;
+  if (!archiver || *archiver != "NSKeyedArchiver" || !objects || !objects->array() || !root)
+    return fail("is not a keyed archive");
+  if (!version || !version->integer() || *version->integer() != 100000)
+    return fail("is a keyed archive of an unknown version");
+  return Decoder(*objects->array()).decode(*root, 1);
+}
 
 }  // namespace
 
 std::optional<PropertyList> NSKeyedUnarchiver::unarchiveObjectWithData(std::span<const std::uint8_t> data,
                                                                        std::string* problem) {
-  std::string ignored;
-  std::string& text = problem ? *problem : ignored;
-  const auto archive = PropertyList::parse(data, &text);
+  const auto archive = PropertyList::parse(data, problem);
   if (!archive) return std::nullopt;
-  const auto* archiver = archive->text("$archiver");
-  const auto* version = archive->member("$version");
-  const auto* objects = archive->member("$objects");
-  const auto* top = archive->member("$top");
-  const auto* root = top ? top->member("root") : nullptr;
-  if (!archiver || *archiver != "NSKeyedArchiver" || !objects || !objects->array() || !root) {
-    text = "is no keyed archive";
-    return std::nullopt;
-  }
-  if (!version || !version->integer() || *version->integer() != 100000) {
-    text = "is a keyed archive of an unknown version";
-    return std::nullopt;
-  }
-  return Decoder(*objects->array(), text).decode(*root, 1);
+  auto decoded = decodeArchive(*archive);
+  if (decoded) return *std::move(decoded);
+  if (problem) *problem = decoded.error();
+  return std::nullopt;
 }
 
 }  // namespace ios

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Base/Mutex.h"
 #include "CoreFoundation/PropertyList.h"
-#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
@@ -35,9 +35,9 @@ class NSNotificationCenter : public NSObject {
  public:
   static const std::shared_ptr<NSNotificationCenter>& defaultCenter();
 
-  /// `selector` takes the notification or nothing. Empty `name`: every name; empty `object`: any sender. The
-  /// same observer registered twice is called twice. A selector that the observer lacks stops the process,
-  /// here.
+  /// `selector` takes the notification or nothing. Empty `name`: every name; empty `object`: any
+  /// sender. The same observer registered twice is called twice. A selector that the observer lacks
+  /// stops the process, here.
   void addObserver(const id& observer, Selector selector, const std::optional<std::string>& name,
                    const id& object);
   /// Removes every registration of `observer` that matches.

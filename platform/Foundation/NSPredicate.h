@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -12,27 +11,24 @@ namespace ios {
 
 /// A condition on an object's values; immutable, any thread.
 ///
-/// The format knows comparisons of a key with a value (`==`, `=`, `!=`, `<>`; the key on either side), joined
-/// by AND (`&&`), OR (`||`), NOT (`!`) and parentheses. A value is an argument (`%@`), a text in single or
-/// double quotes (a backslash takes the next character as it is), or a number. Texts are equal when they are
-/// the same code points, numbers when they are the same number; values of different kinds differ. A format
-/// beyond that, and arguments that are too few or too many, are a caller's mistake: the process stops with a
+/// The one form of it is that a key has a value: "title == %@" (or `=`) with the value as the one argument.
+/// Values are equal when they are of one kind and the same; texts when they are the same code points. Any
+/// other format, and arguments that are too few or too many, are a caller's mistake: the process stops with a
 /// message that names the format.
 class NSPredicate : public NSObject {
  public:
   static std::shared_ptr<NSPredicate> predicateWithFormat(const std::string& format,
-                                                          std::vector<PropertyList> arguments = {});
+                                                          std::vector<PropertyList> arguments);
+  NSPredicate(std::string key, PropertyList value) : key_(std::move(key)), value_(std::move(value)) {}
 
+  /// The key that it asks for.
+  const std::string& key() const { return key_; }
   /// Whether it holds for an object with these values. A key that the object lacks stops the process.
   bool evaluateWithObject(const NSDictionary& values) const;
-  /// The keys that it asks for.
-  std::set<std::string> keys() const;
-
-  struct Node;
-  explicit NSPredicate(std::shared_ptr<const Node> root) : root_(std::move(root)) {}
 
  private:
-  std::shared_ptr<const Node> root_;
+  const std::string key_;
+  const PropertyList value_;
 };
 
 }  // namespace ios

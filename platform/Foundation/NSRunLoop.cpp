@@ -4,11 +4,11 @@
 #include <optional>
 #include <utility>
 
+#include "Base/Programming.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
-#include "Foundation/Interval+Private.h"
 #include "Foundation/NSTimer.h"
-#include "ObjectiveC/Programming.h"
+#include "Foundation/Private/Interval.h"
 
 namespace ios {
 namespace {

@@ -18,9 +18,9 @@ inline const NSRunLoopMode UITrackingRunLoopMode = "UITrackingRunLoopMode";
 /// Stands for both.
 inline const NSRunLoopMode NSRunLoopCommonModes = "kCFRunLoopCommonModes";
 
-/// The loop of a thread. The main thread's is run by the application; every other thread has one too, which
-/// nobody runs, so that timers scheduled there never fire, as on the platform; such a loop does not keep them
-/// either.
+/// The loop of a thread. The main thread's is run by the application; every other thread has one too,
+/// which nobody runs, so that timers scheduled there never fire, as on the platform; such a loop does not
+/// keep them either.
 class NSRunLoop : public NSObject {
  public:
   static const std::shared_ptr<NSRunLoop>& mainRunLoop();

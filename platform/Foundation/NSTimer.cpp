@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "DeviceClock/Clock.h"
-#include "Foundation/Interval+Private.h"
 #include "Foundation/NSRunLoop.h"
+#include "Foundation/Private/Interval.h"
 
 namespace ios {
 namespace {

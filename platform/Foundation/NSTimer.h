@@ -27,7 +27,6 @@ class NSTimer : public NSObject {
                                                                  bool repeats);
   void invalidate();
   bool isValid() const { return valid_; }
-  double timeInterval() const { return interval_; }
   const id& userInfo() const { return userInfo_; }
 
  private:

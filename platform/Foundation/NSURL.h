@@ -9,9 +9,9 @@ namespace ios {
 /// A URL; a value. Valid or not as the platform judges: RFC 3986's characters, percent escapes complete.
 class NSURL {
  public:
-  /// Empty when `text` is not a valid URL: it is empty, or holds a blank, a control character, one outside
-  /// ASCII or any of `"<>\^{|}` and the backtick, or a "%" without two hexadecimal digits, or an unbalanced
-  /// "[".
+  /// Empty when `text` is not a valid URL: it is empty, or holds a blank, a control character, one
+  /// outside ASCII or any of `"<>\^{|}` and the backtick, or a "%" without two hexadecimal digits, or
+  /// an unbalanced "[".
   static std::optional<NSURL> URLWithString(const std::string& text);
   static NSURL fileURLWithPath(const std::filesystem::path& path);
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ObjectiveC/Output.h"
+#include "Base/Output.h"
 
 namespace ios {
 

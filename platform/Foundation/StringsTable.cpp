@@ -5,7 +5,7 @@
 
 #include "CoreFoundation/PropertyList.h"
 #include "CoreFoundation/Unicode.h"
-#include "Foundation/StringsTable+Private.h"
+#include "Foundation/Private/StringsTable.h"
 
 namespace ios {
 namespace {
@@ -152,7 +152,7 @@ StringsTable fromPropertyList(std::span<const std::uint8_t> bytes) {
   std::string problem;
   const auto list = PropertyList::parse(bytes, &problem);
   if (!list || !list->dictionary()) {
-    table.problem = "1: " + (list ? "is no dictionary" : problem);
+    table.problem = "1: " + (list ? "is not a dictionary" : problem);
     return table;
   }
   for (const auto& [key, value] : *list->dictionary()) {

@@ -9,6 +9,8 @@
 namespace ios {
 namespace detail {
 
+constexpr std::string_view kUnnamed = "(anonymous namespace)::";  // says nothing to a reader
+
 std::string describe(const std::type_info& type) {
   int status = 0;
   std::unique_ptr<char, decltype(&std::free)> demangled(
@@ -21,6 +23,8 @@ std::string describe(const std::type_info& type) {
                                     qualified[i - 1] == '_' || qualified[i - 1] == ':');
     if (atName && rest.starts_with("ios::")) {
       i += 5;
+    } else if (rest.starts_with(kUnnamed)) {
+      i += kUnnamed.size();
     } else if (rest.starts_with("::")) {
       described += '.';
       i += 2;
@@ -33,14 +37,14 @@ std::string describe(const std::type_info& type) {
 
 }  // namespace detail
 
-// Keyed by the type, not by the address of a static: a class template's statics are one an image when the
+// Keyed by the type, not by the address of a static: a class template has its statics once per image when the
 // image hides its symbols, and a category of one image must reach the objects of all.
 Class& Class::of(const std::type_info& type, const Class* superclass, MethodList (*methods)()) {
   struct Registry {
     Mutex mutex;
     std::unordered_map<std::type_index, Class*> classes IOS_GUARDED_BY(mutex);
   };
-  static auto& registry = *new Registry;  // never destroyed: late callbacks still look up
+  static auto& registry = *new Registry;  // never destroyed: late callbacks still use it
   {
     MutexLock lock(registry.mutex);
     if (auto found = registry.classes.find(type); found != registry.classes.end()) return *found->second;

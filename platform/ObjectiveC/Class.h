@@ -10,8 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "ObjectiveC/Mutex.h"
-#include "ObjectiveC/Programming.h"
+#include "Base/Mutex.h"
+#include "Base/Programming.h"
 #include "ObjectiveC/Selector.h"
 
 namespace ios {
@@ -60,7 +60,7 @@ std::decay_t<Parameter> received(const carried_t<Parameter>& value) {
   }
 }
 
-/// A reader's name of a C++ type: "Notes.ListViewController"; `ios::` is dropped.
+/// The name of a C++ type as messages show it: "Notes.ListViewController"; `ios::` is dropped.
 std::string describe(const std::type_info& type);
 
 }  // namespace detail
@@ -70,8 +70,8 @@ std::string describe(const std::type_info& type);
 /// Made from a member function (`{"captureScreen", &TLVManager::captureScreen}`) or, for a category, from a
 /// free function that takes the object first. Its parameters are what the selector carries: object references
 /// (passed on as their common root, and cast back; an object of another class arrives empty), numbers,
-/// enumerations and values. A member function without parameters may stand under a selector with one ":"; the
-/// argument is dropped.
+/// enumerations and values. A member function without parameters may be registered under a selector with one
+/// ":"; the argument is dropped.
 class Method {
  public:
   template <class T, class R, class... A>
@@ -110,8 +110,8 @@ class Method {
 using MethodList = std::vector<Method>;
 
 /// A class as the object runtime sees it: a name, the class it derives from, and a table of methods by
-/// selector. One object a class, however many images of the process know the class; alive until the process
-/// ends. Any thread.
+/// selector. One object per class in the process, however many images use the class; it lives until the
+/// process ends. Any thread.
 class Class {
  public:
   /// The object of the class `type`; made by the first call, with these methods.
@@ -128,7 +128,7 @@ class Class {
   void addMethods(MethodList methods);
 
   /// The method for `name`, of this class or the nearest ancestor that has one; null if none has. It stays
-  /// good after it was replaced.
+  /// valid after it is replaced.
   const Method* find(Selector name) const;
 
  private:
@@ -142,9 +142,8 @@ class Class {
   std::unordered_map<Selector, const Method*> table_ IOS_GUARDED_BY(mutex_);
 };
 
-/// Extends a class from outside while the image that contains it is loaded:
-/// `const Category kShake{UIWindow::classObject(), {{"motionEnded:withEvent:", &motionEnded}}};` at namespace
-/// level.
+/// Extends a class from outside while the image that contains it is loaded, at namespace level:
+/// `const Category kShake{UIWindow::classObject(), {{"motionEnded:withEvent:", &motionEnded}}};`
 struct Category {
   Category(Class& extended, MethodList methods) { extended.addMethods(methods); }
 };

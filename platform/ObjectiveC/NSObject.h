@@ -24,13 +24,10 @@ class NSObject : public std::enable_shared_from_this<NSObject> {
   /// The nearest class of this object that has a method table.
   virtual const Class& isa() const { return classObject(); }
 
-  /// The class this object is exactly of, described: "Notes.ListViewController", "UINavigationController".
+  /// The name of this object's own class: "Notes.ListViewController", "UINavigationController".
   std::string className() const { return detail::describe(typeid(*this)); }
 
   bool respondsToSelector(Selector selector) const { return isa().find(selector) != nullptr; }
-
-  /// Object equality: identity unless a class says otherwise.
-  virtual bool isEqual(const NSObject& other) const { return this == &other; }
 
   /// This object as a shared reference of its own class `T`; empty while no shared reference holds it.
   template <class T>
@@ -60,11 +57,6 @@ template <class T>
 bool isMemberOfClass(const NSObject& object) {
   return typeid(object) == typeid(T);
 }
-/// Whether `object` is a `T` or of a class derived from it.
-template <class T>
-bool isKindOfClass(const NSObject& object) {
-  return dynamic_cast<const T*>(&object) != nullptr;
-}
 
 namespace detail {
 [[noreturn]] void unrecognizedSelector(const NSObject& object, Selector selector);
@@ -89,8 +81,7 @@ R invoke(const Method& method, NSObject& object, A&&... arguments) {
 
 /// Calls the operation that `object` has under `selector`, on the calling thread. The result and argument
 /// types must be the method's own (objects of any class count as one type). An object without it, or with
-/// other types, is a programming error and stops the process: ask `respondsToSelector` first where that is
-/// open.
+/// other types, is a programming error and stops the process; check `respondsToSelector` first if in doubt.
 template <class R = void, class... A>
 R send(NSObject& object, Selector selector, A&&... arguments) {
   const Method* method = object.isa().find(selector);
@@ -106,9 +97,9 @@ R sendSuper(NSObject& object, const Class& overriding, Selector selector, A&&...
   return detail::invoke<R>(*method, object, std::forward<A>(arguments)...);
 }
 
-/// An action: a target, held as the caller chooses, and what to call on it. Made where targets are registered
-/// (observers, timers, recognisers, controls): construction stops the process if the target lacks the
-/// selector.
+/// An action: a target, held as the caller chooses, and what to call on it. Made where targets are
+/// registered (observers, timers, recognisers, controls). The constructor stops the process if the target
+/// lacks the selector.
 struct Action {
   Action(const id& target, Selector selector);
   Selector selector;

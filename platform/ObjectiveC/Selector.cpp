@@ -7,10 +7,10 @@
 namespace ios {
 namespace {
 
-// Node-based, so the address of a name is good for the life of the process.
+// Node-based, so the address of a name stays valid for the life of the process.
 const std::string* intern(std::string_view name) {
   static std::mutex mutex;
-  static auto& names = *new std::unordered_set<std::string>;  // never destroyed: late callbacks still look up
+  static auto& names = *new std::unordered_set<std::string>;  // never destroyed: late callbacks still use it
   std::lock_guard lock(mutex);
   return &*names.emplace(name).first;
 }

@@ -7,7 +7,7 @@
 
 namespace ios {
 
-/// The name of an operation, as callbacks are registered and looked up by: "gestureSuccess",
+/// The name of an operation, by which callbacks are registered and looked up: "gestureSuccess",
 /// "motionEnded:withEvent:". Each ":" stands for one argument. A value type; two selectors are equal when
 /// their names are. Interned, so that copying and comparing cost one pointer. Usable from any thread.
 class Selector {
@@ -26,8 +26,6 @@ class Selector {
  private:
   const std::string* name_;
 };
-
-using SEL = Selector;
 
 }  // namespace ios
 

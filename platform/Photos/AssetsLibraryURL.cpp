@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "Photos/Library+Private.h"
+#include "Photos/Private/Library.h"
 
 namespace ios {
 

@@ -2,10 +2,12 @@
 
 #include <utility>
 
-#include "Photos/Database+Private.h"
+#include "Photos/Private/Database.h"
 
 namespace ios::photos {
 namespace {
+
+constexpr const char* kOpen = "open the photo library";
 
 struct Finalize {
   void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -56,25 +58,19 @@ std::string DatabaseFailure::description() const {
   return "could not " + operation + ": " + text + " (" + std::to_string(code) + ")";
 }
 
-DatabaseFailure Database::failure(const char* operation) const {
-  return {sqlite3_extended_errcode(handle_), operation, sqlite3_errmsg(handle_)};
+tl::unexpected<DatabaseFailure> Database::failed(const char* operation) const {
+  return failure(DatabaseFailure{sqlite3_extended_errcode(handle_), operation, sqlite3_errmsg(handle_)});
 }
 
-std::unique_ptr<Database> Database::open(const std::filesystem::path& file, Mode mode,
-                                         int patienceMilliseconds, DatabaseFailure& failure) {
+DatabaseResult<std::unique_ptr<Database>> Database::open(const std::filesystem::path& file, Mode mode,
+                                                         int patienceMilliseconds) {
   const int access = mode == Mode::change ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY;
   sqlite3* handle = nullptr;
   const int result = sqlite3_open_v2(file.c_str(), &handle,
                                      access | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, deviceDisk());
-  if (!handle) {
-    failure = {result, "open the photo library", sqlite3_errstr(result)};
-    return nullptr;
-  }
+  if (!handle) return failure(DatabaseFailure{result, kOpen, sqlite3_errstr(result)});
   std::unique_ptr<Database> database(new Database(handle));
-  if (result != SQLITE_OK) {
-    failure = database->failure("open the photo library");
-    return nullptr;
-  }
+  if (result != SQLITE_OK) return database->failed(kOpen);
   sqlite3_busy_timeout(handle, patienceMilliseconds);
   return database;
 }
@@ -83,21 +79,20 @@ Database::~Database() {
   sqlite3_close(handle_);
 }
 
-DatabaseResult Database::run(const char* operation, const char* text, const std::vector<Value>& parameters,
-                             std::vector<Row>* rows) {
+DatabaseResult<Database::Rows> Database::run(const char* operation, const char* text,
+                                             const std::vector<Value>& parameters) {
   sqlite3_stmt* prepared = nullptr;
-  if (sqlite3_prepare_v2(handle_, text, -1, &prepared, nullptr) != SQLITE_OK) return failure(operation);
+  if (sqlite3_prepare_v2(handle_, text, -1, &prepared, nullptr) != SQLITE_OK) return failed(operation);
   const Statement statement(prepared);
   int index = 0;
   for (const Value& value : parameters) {
-    if (bind(prepared, ++index, value) != SQLITE_OK) return failure(operation);
+    if (bind(prepared, ++index, value) != SQLITE_OK) return failed(operation);
   }
   int step = SQLITE_ROW;
-  while ((step = sqlite3_step(prepared)) == SQLITE_ROW) {
-    if (rows) rows->push_back(rowOf(prepared));
-  }
-  if (step != SQLITE_DONE) return failure(operation);
-  return std::nullopt;
+  Rows rows;
+  while ((step = sqlite3_step(prepared)) == SQLITE_ROW) rows.push_back(rowOf(prepared));
+  if (step != SQLITE_DONE) return failed(operation);
+  return rows;
 }
 
 void Database::rollBack() {

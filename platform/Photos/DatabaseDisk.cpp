@@ -1,5 +1,5 @@
-// SQLite's way to the disk: the system's own, with the device's faults (Device/Files.h) asked for before each
-// change.
+// SQLite's way to the disk: the system's own, with the device's faults (Device/Files.h) asked for
+// before each change.
 
 #include <sqlite3.h>
 
@@ -9,7 +9,7 @@
 #include <new>
 
 #include "Device/Files.h"
-#include "Photos/Database+Private.h"
+#include "Photos/Private/Database.h"
 
 namespace ios::photos {
 namespace {

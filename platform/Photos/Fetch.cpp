@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "ObjectiveC/Programming.h"
-#include "Photos/Fetch+Private.h"
+#include "Base/Programming.h"
 #include "Photos/PHPhotoLibrary.h"
+#include "Photos/Private/Fetch.h"
 
 namespace ios::photos {
 
@@ -10,12 +10,11 @@ bool mayFetch() {
   return PHPhotoLibrary::authorizationStatus() == PHAuthorizationStatus::authorized;
 }
 
-void checkKeys(const std::shared_ptr<PHFetchOptions>& options, std::initializer_list<const char*> known) {
+void checkKey(const std::shared_ptr<PHFetchOptions>& options, std::initializer_list<const char*> known) {
   if (!options || !options->predicate()) return;
-  for (const std::string& key : options->predicate()->keys()) {
-    if (std::find(known.begin(), known.end(), key) == known.end())
-      programmingError("unsupported predicate in fetch options: it asks for \"" + key + "\"");
-  }
+  const std::string& key = options->predicate()->key();
+  if (std::find(known.begin(), known.end(), key) == known.end())
+    programmingError("unsupported predicate in fetch options: it asks for \"" + key + "\"");
 }
 
 bool isWanted(const std::shared_ptr<PHFetchOptions>& options, const NSDictionary& values) {

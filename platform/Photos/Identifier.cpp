@@ -1,7 +1,7 @@
 #include <cstdio>
 #include <random>
 
-#include "Photos/Identifier+Private.h"
+#include "Photos/Private/Identifier.h"
 
 namespace ios::photos {
 namespace {

@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "Device/Device.h"
-#include "Photos/Library+Private.h"
-#include "Photos/Movie+Private.h"
 #include "Photos/PHError.h"
+#include "Photos/Private/Library.h"
+#include "Photos/Private/Movie.h"
 
 namespace ios::photos {
 namespace {
@@ -21,19 +21,23 @@ long codeOf(const FileError& error) {
   return error.operation == "read" ? PHPhotosErrorInvalidResource : PHPhotosErrorInternalError;
 }
 
-std::shared_ptr<NSError> error(long code, std::string text) {
-  return std::make_shared<NSError>(PHPhotosErrorDomain, code, std::move(text));
+tl::unexpected<std::shared_ptr<NSError>> failed(long code, std::string text) {
+  return failure(std::make_shared<NSError>(PHPhotosErrorDomain, code, std::move(text)));
+}
+
+double wallTime() {
+  return std::chrono::duration<double>(Clock::shared().wallTime().time_since_epoch()).count();
 }
 
 }  // namespace
 
-Library::Failure failureOf(const FileError& error) {
-  return photos::error(codeOf(error), error.description());
+tl::unexpected<std::shared_ptr<NSError>> failed(const FileError& error) {
+  return failed(codeOf(error), error.description());
 }
 
-Library::Failure failureOf(const DatabaseFailure& failure) {
-  return error(failure.isDiskFull() ? PHPhotosErrorNotEnoughSpace : PHPhotosErrorInternalError,
-               failure.description());
+tl::unexpected<std::shared_ptr<NSError>> failed(const DatabaseFailure& failure) {
+  return failed(failure.isDiskFull() ? PHPhotosErrorNotEnoughSpace : PHPhotosErrorInternalError,
+                failure.description());
 }
 
 /// A movie on its way into the library: a copy of its own beside the others, that goes with this object
@@ -60,7 +64,8 @@ Library& Library::shared() {
       MutexLock lock(made->mutex_);
       std::error_code none;
       if (!std::filesystem::exists(made->folder_.root, none)) return;
-      if (const auto failure = made->open()) deviceLog(failure->localizedDescription());
+      const auto opened = made->open();
+      if (!opened) deviceLog(opened.error()->localizedDescription());
     });
     return made;
   }();
@@ -81,135 +86,114 @@ void Library::close() {
   database_.reset();
 }
 
-std::string Library::newUUID(Failure& failure) {
+LibraryResult<std::string> Library::newUUID() {
   if (!Clock::shared().isVirtual()) return randomUUID();
   // The same flow gives the same identifiers, so they are counted, in the library that processes share.
   MutexLock lock(mutex_);
-  failure = open();
-  if (failure) return {};
-  std::vector<Database::Row> rows;
-  if (auto problem = database_->run(
-          kChange, "UPDATE library SET issued = issued + 1 RETURNING issued, created, firstNumber", {},
-          &rows)) {
-    failure = refused(*problem);
-    return {};
-  }
+  IOS_TRY(open());
+  const auto rows =
+      IOS_TRY(run(kChange, "UPDATE library SET issued = issued + 1 RETURNING issued, created, firstNumber"));
   const Database::Row& row = rows.front();
   const auto library =
       static_cast<std::uint64_t>(integerAt(row, 1)) + static_cast<std::uint64_t>(integerAt(row, 2));
   return derivedUUID(library, static_cast<std::uint64_t>(integerAt(row, 0)));
 }
 
-Library::Failure Library::refused(const DatabaseFailure& failure) {
+LibraryResult<Database::Rows> Library::run(const char* operation, const char* statement,
+                                           const std::vector<Database::Value>& parameters) {
+  auto rows = database_->run(operation, statement, parameters);
+  if (rows) return *std::move(rows);
   database_->rollBack();
-  if (failure.isDamage()) database_.reset();
-  return failureOf(failure);
+  if (rows.error().isDamage()) database_.reset();
+  return failed(rows.error());
 }
 
-Library::Failure Library::apply(const Changes& changes) {
-  if (changes.failure) return changes.failure;
-  if (changes.isEmpty()) return nullptr;
+LibraryResult<> Library::apply(const Changes& changes) {
+  if (changes.failure) return failure(changes.failure);
+  if (changes.isEmpty()) return {};
   MutexLock lock(mutex_);
-  if (auto failure = open()) return failure;
+  IOS_TRY(open());
   // Before the transaction, which keeps other processes waiting.
-  std::vector<Incoming> incoming;
-  if (auto failure = takeIn(changes, incoming)) return failure;
+  auto incoming = IOS_TRY(takeIn(changes));
 
-  if (auto problem = database_->run(kChange, "BEGIN IMMEDIATE")) return refused(*problem);
-  std::vector<std::int64_t> removed;
-  if (auto failure = write(changes, incoming, removed)) {
+  IOS_TRY(run(kChange, "BEGIN IMMEDIATE"));
+  const auto removed = write(changes, incoming);
+  if (!removed) {
     if (database_) database_->rollBack();
-    return failure;
+    return failure(removed.error());
   }
-  if (auto problem = database_->run(kChange, "COMMIT")) return refused(*problem);
+  IOS_TRY(run(kChange, "COMMIT"));
   for (Incoming& kept : incoming) kept.file.clear();
-  for (const std::int64_t number : removed) {
-    // It is no asset any more; if the disk refuses, the next opening sweeps it.
+  for (const std::int64_t number : *removed) {
+    // It is not an asset any more; if the disk refuses, the next opening sweeps it.
     if (const auto problem = removeTree(folder_.movie(number))) deviceLog(problem->description());
   }
-  return nullptr;
+  return {};
 }
 
-Library::Failure Library::takeIn(const Changes& changes, std::vector<Incoming>& incoming) const {
+LibraryResult<std::vector<Library::Incoming>> Library::takeIn(const Changes& changes) const {
+  std::vector<Incoming> incoming;
   for (const auto& [uuid, source] : changes.newAssets) {
     const std::filesystem::path file = temporaryNameBeside(folder_.movies() / "IMG.MOV");
-    if (const auto problem = copyMovie(source, file)) return failureOf(*problem);
+    if (const auto copied = copyMovie(source, file); !copied) return failed(copied.error());
     Incoming& copy = incoming.emplace_back(uuid, file);
-    std::string problem;
-    const auto facts = readMovie(file, problem);
+    const auto facts = readMovie(file);
     if (!facts) {
-      return error(PHPhotosErrorInvalidResource,
-                   "could not take " + source.filename().string() + " as a movie: " + problem);
+      return failed(PHPhotosErrorInvalidResource,
+                    "could not take " + source.filename().string() + " as a movie: " + facts.error());
     }
     copy.facts = *facts;
   }
-  return nullptr;
+  return incoming;
 }
 
-Library::Failure Library::write(const Changes& changes, std::vector<Incoming>& incoming,
-                                std::vector<std::int64_t>& removed) {
-  const double now = std::chrono::duration<double>(Clock::shared().wallTime().time_since_epoch()).count();
+LibraryResult<std::vector<std::int64_t>> Library::write(const Changes& changes,
+                                                        std::vector<Incoming>& incoming) {
   for (const auto& [uuid, title] : changes.newAlbums) {
-    if (auto problem = database_->run(kChange, "INSERT INTO album (uuid, title, created) VALUES (?, ?, ?)",
-                                      {uuid, title, now}))
-      return refused(*problem);
+    IOS_TRY(
+        run(kChange, "INSERT INTO album (uuid, title, created) VALUES (?, ?, ?)", {uuid, title, wallTime()}));
   }
-  for (Incoming& movie : incoming) {
-    if (auto failure = place(movie)) return failure;
-  }
-  for (const auto& addition : changes.additions) {
-    if (auto failure = add(addition)) return failure;
-  }
+  for (Incoming& movie : incoming) IOS_TRY(place(movie));
+  for (const auto& addition : changes.additions) IOS_TRY(add(addition));
+  std::vector<std::int64_t> removed;
   for (const auto& uuid : changes.deletedAssets) {
-    std::vector<Database::Row> rows;
-    if (auto problem =
-            database_->run(kChange, "DELETE FROM asset WHERE uuid = ? RETURNING number", {uuid}, &rows))
-      return refused(*problem);
+    const auto rows = IOS_TRY(run(kChange, "DELETE FROM asset WHERE uuid = ? RETURNING number", {uuid}));
     for (const auto& row : rows) removed.push_back(integerAt(row, 0));
   }
-  return nullptr;
+  return removed;
 }
 
-Library::Failure Library::place(Incoming& movie) {
+LibraryResult<> Library::place(Incoming& movie) {
   std::int64_t number = 0;
   std::error_code none;
   do {
-    std::vector<Database::Row> rows;
-    if (auto problem = database_->run(
-            kChange, "UPDATE library SET nextNumber = nextNumber + 1 RETURNING nextNumber - 1", {}, &rows))
-      return refused(*problem);
+    const auto rows =
+        IOS_TRY(run(kChange, "UPDATE library SET nextNumber = nextNumber + 1 RETURNING nextNumber - 1"));
     number = integerAt(rows.front(), 0);
   } while (std::filesystem::exists(std::filesystem::symlink_status(folder_.movie(number), none)));
 
   const std::filesystem::path file = folder_.movie(number);
-  if (const auto problem = renameFile(movie.file, file)) return failureOf(*problem);
+  if (const auto problem = renameFile(movie.file, file)) return failed(*problem);
   movie.file = file;
-  const double now = std::chrono::duration<double>(Clock::shared().wallTime().time_since_epoch()).count();
   const MovieFacts& facts = movie.facts;
-  if (auto problem = database_->run(kChange,
-                                    "INSERT INTO asset (uuid, number, duration, width, height, created)"
-                                    " VALUES (?, ?, ?, ?, ?, ?)",
-                                    {movie.uuid, number, facts.duration, std::int64_t{facts.width},
-                                     std::int64_t{facts.height}, facts.created.value_or(now)}))
-    return refused(*problem);
-  return nullptr;
+  IOS_TRY(run(kChange,
+              "INSERT INTO asset (uuid, number, duration, width, height, created) VALUES (?, ?, ?, ?, ?, ?)",
+              {movie.uuid, number, facts.duration, std::int64_t{facts.width}, std::int64_t{facts.height},
+               facts.created.value_or(wallTime())}));
+  return {};
 }
 
-Library::Failure Library::add(const Changes::Addition& addition) {
-  std::vector<Database::Row> rows;
-  if (auto problem = database_->run(kChange,
-                                    "SELECT album.id, asset.id FROM album, asset"
-                                    " WHERE album.uuid = ? AND asset.uuid = ?",
-                                    {addition.album, addition.asset}, &rows))
-    return refused(*problem);
+LibraryResult<> Library::add(const Changes::Addition& addition) {
+  const auto rows = IOS_TRY(
+      run(kChange, "SELECT album.id, asset.id FROM album, asset WHERE album.uuid = ? AND asset.uuid = ?",
+          {addition.album, addition.asset}));
   if (rows.empty()) {
-    return error(PHPhotosErrorIdentifierNotFound,
-                 std::string("could not ") + kChange + ": the album or the asset is not there any more");
+    return failed(PHPhotosErrorIdentifierNotFound,
+                  std::string("could not ") + kChange + ": the album or the asset is not there any more");
   }
-  if (auto problem = database_->run(kChange, "INSERT OR IGNORE INTO membership (album, asset) VALUES (?, ?)",
-                                    {integerAt(rows.front(), 0), integerAt(rows.front(), 1)}))
-    return refused(*problem);
-  return nullptr;
+  IOS_TRY(run(kChange, "INSERT OR IGNORE INTO membership (album, asset) VALUES (?, ?)",
+              {integerAt(rows.front(), 0), integerAt(rows.front(), 1)}));
+  return {};
 }
 
 }  // namespace ios::photos

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "Device/Device.h"
-#include "Photos/FolderLock+Private.h"
-#include "Photos/LibraryReader+Private.h"
+#include "Photos/Private/FolderLock.h"
+#include "Photos/Private/LibraryReader.h"
 
 namespace ios::photos {
 namespace {
@@ -13,12 +13,12 @@ AlbumFacts albumOf(const Database::Row& row) {
   return {textAt(row, 0), textAt(row, 1)};
 }
 AssetFacts assetOf(const Database::Row& row) {
-  return {textAt(row, 0), realAt(row, 1), integerAt(row, 2), integerAt(row, 3), realAt(row, 4)};
+  return {textAt(row, 0), realAt(row, 1), integerAt(row, 2), integerAt(row, 3)};
 }
 
 }  // namespace
 
-Database* LibraryReader::connection(DatabaseFailure& failure) {
+DatabaseResult<Database*> LibraryReader::connection() {
   struct stat status {};
   if (::stat(folder_.database().c_str(), &status) != 0) {
     database_.reset();
@@ -26,32 +26,30 @@ Database* LibraryReader::connection(DatabaseFailure& failure) {
   }
   if (database_ && (status.st_dev != device_ || status.st_ino != inode_)) database_.reset();
   if (!database_) {
-    database_ = Database::open(folder_.database(), Database::Mode::read, patienceMilliseconds_, failure);
+    database_ = IOS_TRY(Database::open(folder_.database(), Database::Mode::read, patienceMilliseconds_));
     device_ = status.st_dev;
     inode_ = status.st_ino;
   }
   return database_.get();
 }
 
-std::vector<Database::Row> LibraryReader::rows(const char* statement,
-                                               const std::vector<Database::Value>& parameters) {
+Database::Rows LibraryReader::rows(const char* statement, const std::vector<Database::Value>& parameters) {
   // Another process has the file, but not made its tables yet.
   constexpr int kNoSuchTable = 1;
   MutexLock lock(mutex_);
   const FolderLock reading(folder_.root, FolderLock::Mode::reading);
-  DatabaseFailure failure;
-  std::vector<Database::Row> rows;
-  if (Database* database = connection(failure)) {
-    auto refused = database->run("read the photo library", statement, parameters, &rows);
-    if (!refused) {
-      toldOfFailure_ = false;
-      return rows;
-    }
-    failure = std::move(*refused);
-    database_.reset();
-  }
-  const bool none = failure.code == 0 || failure.code == kNoSuchTable;
-  if (!none && !std::exchange(toldOfFailure_, true)) deviceLog(failure.description());
+  const auto read = [&]() IOS_REQUIRES(mutex_) -> DatabaseResult<Database::Rows> {
+    Database* database = IOS_TRY(connection());
+    if (!database) return Database::Rows();
+    auto found = IOS_TRY(database->run("read the photo library", statement, parameters));
+    toldOfFailure_ = false;
+    return found;
+  };
+  auto found = read();
+  if (found) return *std::move(found);
+  database_.reset();
+  if (found.error().code != kNoSuchTable && !std::exchange(toldOfFailure_, true))
+    deviceLog(found.error().description());
   return {};
 }
 
@@ -61,9 +59,16 @@ std::vector<AlbumFacts> LibraryReader::albums() {
   return albums;
 }
 
+std::vector<AssetFacts> LibraryReader::assets() {
+  std::vector<AssetFacts> assets;
+  for (const auto& row : rows("SELECT uuid, duration, width, height FROM asset ORDER BY id"))
+    assets.push_back(assetOf(row));
+  return assets;
+}
+
 std::vector<AssetFacts> LibraryReader::assetsOf(const std::string& album) {
   std::vector<AssetFacts> assets;
-  for (const auto& row : rows("SELECT asset.uuid, duration, width, height, asset.created FROM membership"
+  for (const auto& row : rows("SELECT asset.uuid, duration, width, height FROM membership"
                               " JOIN album ON album.id = membership.album"
                               " JOIN asset ON asset.id = membership.asset"
                               " WHERE album.uuid = ? ORDER BY membership.id",
@@ -79,7 +84,7 @@ std::optional<AlbumFacts> LibraryReader::album(const std::string& uuid) {
 }
 
 std::optional<AssetFacts> LibraryReader::asset(const std::string& uuid) {
-  const auto found = rows("SELECT uuid, duration, width, height, created FROM asset WHERE uuid = ?", {uuid});
+  const auto found = rows("SELECT uuid, duration, width, height FROM asset WHERE uuid = ?", {uuid});
   if (found.empty()) return std::nullopt;
   return assetOf(found.front());
 }

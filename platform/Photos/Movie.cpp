@@ -7,7 +7,7 @@ extern "C" {
 #include <cstdio>
 #include <memory>
 
-#include "Photos/Movie+Private.h"
+#include "Photos/Private/Movie.h"
 
 namespace ios::photos {
 namespace {
@@ -27,7 +27,7 @@ std::string errorText(int code) {
   return text;
 }
 
-Input open(const std::filesystem::path& file, std::string& problem) {
+Result<Input, std::string> open(const std::filesystem::path& file) {
   AVFormatContext* input = nullptr;
   AVDictionary* options = nullptr;
   av_dict_set(&options, "protocol_whitelist", "file", 0);
@@ -35,7 +35,7 @@ Input open(const std::filesystem::path& file, std::string& problem) {
   const auto* format = av_find_input_format("mov");
   const int result = avformat_open_input(&input, ("file:" + file.string()).c_str(), format, &options);
   av_dict_free(&options);
-  if (result < 0) problem = errorText(result);
+  if (result < 0) return failure(errorText(result));
   return Input(input);
 }
 
@@ -84,24 +84,18 @@ std::optional<double> creationOf(const AVFormatContext& input) {
 
 }  // namespace
 
-std::optional<MovieFacts> readMovie(const std::filesystem::path& file, std::string& problem) {
+Result<MovieFacts, std::string> readMovie(const std::filesystem::path& file) {
   av_log_set_level(AV_LOG_QUIET);
-  const Input input = open(file, problem);
-  if (!input) return std::nullopt;
+  const Input input = IOS_TRY(open(file));
   const int stream = av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-  if (stream < 0) {
-    problem = "it has no pictures";
-    return std::nullopt;
-  }
+  if (stream < 0) return failure(std::string("it has no pictures"));
   const AVStream& pictures = *input->streams[stream];
   const AVCodecParameters& format = *pictures.codecpar;
   if (format.width <= 0 || format.height <= 0 || !avcodec_find_decoder(format.codec_id)) {
-    problem = "its pictures are of no known kind";
-    return std::nullopt;
+    return failure(std::string("its pictures are of no known kind"));
   }
   if (!isWhole(*input, avio_size(input->pb)) || !hasReadablePicture(*input, stream)) {
-    problem = "it is not whole";
-    return std::nullopt;
+    return failure(std::string("it is not whole"));
   }
   return MovieFacts{durationOf(*input, pictures), format.width, format.height, creationOf(*input)};
 }

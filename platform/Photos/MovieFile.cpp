@@ -1,7 +1,7 @@
 #include "Photos/MovieFile.h"
 
-#include "Photos/Identifier+Private.h"
-#include "Photos/LibraryReader+Private.h"
+#include "Photos/Private/Identifier.h"
+#include "Photos/Private/LibraryReader.h"
 
 namespace ios {
 

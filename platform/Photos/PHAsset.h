@@ -10,31 +10,24 @@
 
 namespace ios {
 
-class PHAssetCollection;
-
 enum class PHAssetMediaType : long { unknown = 0, image = 1, video = 2, audio = 3 };
 
 /// A movie in the photo library. Fetches answer at once, on any thread; without the user's permission they
-/// find nothing. The keys of their predicates: localIdentifier, mediaType, duration, pixelWidth, pixelHeight.
+/// find nothing. No predicate is known for them.
 class PHAsset : public PHObject {
  public:
   /// Those of the identifiers that there are; each once.
   static std::shared_ptr<PHFetchResult<PHAsset>> fetchAssetsWithLocalIdentifiers(
       const std::vector<std::string>& identifiers, const std::shared_ptr<PHFetchOptions>& options);
-  static std::shared_ptr<PHFetchResult<PHAsset>> fetchAssetsInAssetCollection(
-      const PHAssetCollection& collection, const std::shared_ptr<PHFetchOptions>& options);
 
   PHAssetMediaType mediaType() const { return PHAssetMediaType::video; }
   double duration() const { return facts_.duration; }
   long pixelWidth() const { return facts_.pixelWidth; }
   long pixelHeight() const { return facts_.pixelHeight; }
-  /// Seconds since 1970: what the movie says of itself, else when it was put into the library.
-  double creationDate() const { return facts_.creationDate; }
 
   struct Facts {
     double duration = 0;  // seconds
     long pixelWidth = 0, pixelHeight = 0;
-    double creationDate = 0;
   };
   PHAsset(std::string localIdentifier, const Facts& facts)
       : PHObject(std::move(localIdentifier)), facts_(facts) {}

@@ -1,6 +1,6 @@
 #include "Photos/PHAssetChangeRequest.h"
 
-#include "Photos/Changes+Private.h"
+#include "Photos/Private/Changes.h"
 
 namespace ios {
 

@@ -2,31 +2,30 @@
 
 #include <set>
 
-#include "Photos/Fetch+Private.h"
-#include "Photos/Library+Private.h"
+#include "Photos/Private/Fetch.h"
+#include "Photos/Private/Library.h"
 
 namespace ios {
 namespace {
 
-using Result = PHFetchResult<PHAssetCollection>;
+using Fetched = PHFetchResult<PHAssetCollection>;
 using Collections = std::vector<std::shared_ptr<PHAssetCollection>>;
 
 void check(const std::shared_ptr<PHFetchOptions>& options) {
-  photos::checkKeys(options, {"title", "localizedTitle", "localIdentifier"});
+  photos::checkKey(options, {"title", "localizedTitle"});
 }
 
 void keepWanted(const photos::AlbumFacts& facts, const std::shared_ptr<PHFetchOptions>& options,
                 Collections& collections) {
   const std::string identifier = photos::localIdentifier(photos::Kind::album, facts.uuid);
-  const NSDictionary values{
-      {"title", facts.title}, {"localizedTitle", facts.title}, {"localIdentifier", identifier}};
+  const NSDictionary values{{"title", facts.title}, {"localizedTitle", facts.title}};
   if (photos::isWanted(options, values))
     collections.push_back(std::make_shared<PHAssetCollection>(identifier, facts.title));
 }
 
 }  // namespace
 
-std::shared_ptr<Result> PHAssetCollection::fetchAssetCollectionsWithType(
+std::shared_ptr<Fetched> PHAssetCollection::fetchAssetCollectionsWithType(
     PHAssetCollectionType type, PHAssetCollectionSubtype subtype,
     const std::shared_ptr<PHFetchOptions>& options) {
   check(options);
@@ -37,10 +36,10 @@ std::shared_ptr<Result> PHAssetCollection::fetchAssetCollectionsWithType(
     for (const auto& facts : photos::Library::shared().reader().albums())
       keepWanted(facts, options, collections);
   }
-  return std::make_shared<Result>(std::move(collections));
+  return std::make_shared<Fetched>(std::move(collections));
 }
 
-std::shared_ptr<Result> PHAssetCollection::fetchAssetCollectionsWithLocalIdentifiers(
+std::shared_ptr<Fetched> PHAssetCollection::fetchAssetCollectionsWithLocalIdentifiers(
     const std::vector<std::string>& identifiers, const std::shared_ptr<PHFetchOptions>& options) {
   check(options);
   Collections collections;
@@ -51,7 +50,7 @@ std::shared_ptr<Result> PHAssetCollection::fetchAssetCollectionsWithLocalIdentif
     if (const auto facts = photos::Library::shared().reader().album(*uuid))
       keepWanted(*facts, options, collections);
   }
-  return std::make_shared<Result>(std::move(collections));
+  return std::make_shared<Fetched>(std::move(collections));
 }
 
 }  // namespace ios

@@ -20,7 +20,7 @@ enum class PHAssetCollectionSubtype : std::int64_t {
 };
 
 /// An album of the photo library. Fetches answer at once, on any thread; without the user's permission they
-/// find nothing. The keys of their predicates: title, localizedTitle, localIdentifier.
+/// find nothing. The keys of their predicates: title, localizedTitle.
 class PHAssetCollection : public PHObject {
  public:
   /// The device has albums that applications and the user made; there are none of another type or subtype.

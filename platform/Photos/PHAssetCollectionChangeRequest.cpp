@@ -1,6 +1,6 @@
 #include "Photos/PHAssetCollectionChangeRequest.h"
 
-#include "Photos/Changes+Private.h"
+#include "Photos/Private/Changes.h"
 
 namespace ios {
 

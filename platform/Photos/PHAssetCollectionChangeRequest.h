@@ -9,8 +9,8 @@
 
 namespace ios {
 
-/// A change of an album. Only inside a block of `PHPhotoLibrary::performChanges`; elsewhere it stops the
-/// process.
+/// A change of an album. Only inside a block of `PHPhotoLibrary::performChanges`; elsewhere it
+/// stops the process.
 class PHAssetCollectionChangeRequest : public NSObject {
  public:
   static std::shared_ptr<PHAssetCollectionChangeRequest> creationRequestForAssetCollectionWithTitle(

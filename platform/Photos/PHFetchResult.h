@@ -9,8 +9,8 @@
 
 namespace ios {
 
-/// What a fetch found, in the order in which it was put into the library. It does not change with the
-/// library.
+/// What a fetch found, in the order in which it was put into the library. It does not change
+/// with the library.
 template <class Object>
 class PHFetchResult : public NSObject {
  public:

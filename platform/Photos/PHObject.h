@@ -18,8 +18,8 @@ class PHObject : public NSObject {
   std::string localIdentifier_;
 };
 
-/// Stands for an object that a transaction which is still under way creates; the object has the same
-/// identifier.
+/// Stands for an object that a transaction which is still under way creates; the object has
+/// the same identifier.
 class PHObjectPlaceholder : public PHObject {
  public:
   using PHObject::PHObject;

@@ -2,12 +2,12 @@
 
 #include <utility>
 
+#include "Base/Programming.h"
 #include "Device/Device.h"
 #include "Device/PermissionPrompt.h"
 #include "Foundation/NSBundle.h"
-#include "ObjectiveC/Programming.h"
-#include "Photos/Library+Private.h"
 #include "Photos/PHError.h"
+#include "Photos/Private/Library.h"
 
 namespace ios {
 namespace photos {
@@ -31,7 +31,10 @@ Changes::Scope::~Scope() {
 }
 
 std::string Changes::newUUID() {
-  return failure ? std::string() : Library::shared().newUUID(failure);
+  if (failure) return {};
+  auto made = Library::shared().newUUID();
+  if (!made) failure = made.error();
+  return std::move(made).value_or("");
 }
 
 }  // namespace photos
@@ -70,7 +73,7 @@ void PHPhotoLibrary::requestAuthorization(std::function<void(PHAuthorizationStat
   requestPermission({kService, reason ? *reason : ""}, [handler = std::move(handler)](bool granted) {
     if (!handler) return;
     if (granted) return handler(PHAuthorizationStatus::authorized);
-    // Not asked, as nobody was there to ask, is no answer that an application knows.
+    // Applications do not know the answer "not asked", which stays when nobody was there to ask.
     const auto status = authorizationStatus();
     handler(status == PHAuthorizationStatus::restricted ? status : PHAuthorizationStatus::denied);
   });
@@ -90,7 +93,8 @@ void PHPhotoLibrary::performChanges(std::function<void()> changes,
       const photos::Changes::Scope scope(asked);
       changes();
     }
-    finish(photos::Library::shared().apply(asked));
+    const auto applied = photos::Library::shared().apply(asked);
+    finish(applied ? nullptr : applied.error());
   });
 }
 

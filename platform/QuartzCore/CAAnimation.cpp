@@ -14,7 +14,7 @@ struct Run : std::enable_shared_from_this<Run> {
   std::function<void(double)> step;
   std::function<void()> completion;
 
-  // By way of the main queue, so that a busy main thread is called once for all the refreshes it has missed.
+  // Through the main queue, so that a busy main thread is called once for all the refreshes it has missed.
   void awaitRefresh() {
     Clock& clock = Clock::shared();
     clock.schedule(Clock::nextRefresh(clock.now()), Clock::Lane::main,

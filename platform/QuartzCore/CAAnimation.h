@@ -10,8 +10,8 @@ namespace ios {
 double easeInEaseOut(double fraction);
 
 /// Calls `step` with a fraction from 0 towards 1 at every refresh of the display for `seconds`, then once
-/// with 1 and then `completion`, all on the main thread. Nothing is called inside this call; 0 seconds or
-/// less end at the next refresh.
+/// with 1 and then `completion`, all on the main thread. Nothing is called before this function returns; an
+/// animation of 0 seconds or less ends at the next refresh.
 void animateOnDisplay(double seconds, std::function<void(double fraction)> step,
                       std::function<void()> completion);
 

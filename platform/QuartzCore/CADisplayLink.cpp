@@ -3,22 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "Base/Programming.h"
 #include "DeviceClock/Clock.h"
-#include "ObjectiveC/Programming.h"
 
 namespace ios {
-namespace {
-
-std::int64_t newestRefresh(Clock::Instant now) {
-  const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
-  const std::int64_t rest = (now - seconds).count();
-  std::int64_t n = seconds.time_since_epoch().count() * 60 + rest * 60 / 1'000'000'000;
-  while (Clock::refresh(n + 1) <= now) ++n;
-  return n;
-}
-
-}  // namespace
-
 CADisplayLink::CADisplayLink(const id& target, Selector selector)
     : action_(target, selector), target_(target) {}
 
@@ -27,7 +15,7 @@ std::shared_ptr<CADisplayLink> CADisplayLink::displayLinkWithTarget(const id& ta
 }
 
 void CADisplayLink::addToRunLoop(const std::shared_ptr<NSRunLoop>& runLoop, const NSRunLoopMode& mode) {
-  // No other loop is ever run.
+  // No other run loop is ever run.
   if (runLoop != NSRunLoop::mainRunLoop()) return;
   MutexLock lock(mutex_);
   mode_ = mode;
@@ -44,7 +32,7 @@ void CADisplayLink::removeFromRunLoop(const std::shared_ptr<NSRunLoop>& runLoop,
 }
 
 void CADisplayLink::invalidate() {
-  // Both outlive the lock: the target may hold the last reference to this link, and the event one too.
+  // Both outlive the lock: the target may hold the last reference to this link, and so may the event.
   const auto self = sharedAs<CADisplayLink>();
   id target;
   std::optional<std::uint64_t> event;
@@ -77,7 +65,7 @@ void CADisplayLink::setFrameInterval(long interval) {
 }
 
 std::int64_t CADisplayLink::nextDue() const {
-  const std::int64_t next = newestRefresh(Clock::shared().now()) + 1;
+  const std::int64_t next = Clock::newestRefresh(Clock::shared().now()) + 1;
   return lastRefresh_ ? std::max(next, *lastRefresh_ + frameInterval_) : next;
 }
 
@@ -88,8 +76,8 @@ void CADisplayLink::arm(std::int64_t refresh) {
   armed_ = true;
   const std::uint64_t arming = ++arming_;
   Clock& clock = Clock::shared();
-  // By way of the main queue: while the main thread is busy, one tick waits there for all the refreshes it
-  // misses.
+  // Through the main queue: while the main thread is busy, one tick waits there for all the
+  // refreshes it misses.
   event_ = clock.schedule(Clock::refresh(refresh), Clock::Lane::main, [self, arming] {
     Clock::shared().postToMain([self, arming] { self->tick(arming); });
   });
@@ -119,12 +107,12 @@ void CADisplayLink::deliver(std::uint64_t arming) {
     if (!armed_ || arming != arming_) return;
     armed_ = false;
     target = target_;
-    lastRefresh_ = newestRefresh(Clock::shared().now());
+    lastRefresh_ = Clock::newestRefresh(Clock::shared().now());
     timestamp_ = std::chrono::duration<double>(Clock::refresh(*lastRefresh_).time_since_epoch()).count();
   }
   action_.perform(*target, sharedAs<NSObject>());
   MutexLock lock(mutex_);
-  // Already past when the target took longer than the interval: then the one tick for it comes at once.
+  // Already past if the target took longer than the interval; then a single tick follows at once.
   arm(*lastRefresh_ + frameInterval_);
 }
 

@@ -5,26 +5,26 @@
 #include <memory>
 #include <optional>
 
+#include "Base/Mutex.h"
 #include "Foundation/NSRunLoop.h"
-#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
 
 /// Calls its target at the refreshes of the display, on the main thread. Refreshes come 60 times a second, on
 /// one grid for the whole device. A main thread that is late gets one tick, with the newest refresh's time,
-/// and never a burst of old ones. The target is kept alive until the link is off its run loop.
+/// never a burst of old ones. The target is kept alive until the link is removed from its run loop.
 class CADisplayLink : public NSObject {
  public:
-  /// Held by a shared reference, as the run loop keeps one too. A selector that the target lacks stops the
-  /// process.
+  /// Must be held by a shared reference, as the run loop keeps one too. A selector that the target lacks
+  /// stops the process.
   CADisplayLink(const id& target, Selector selector);
   static std::shared_ptr<CADisplayLink> displayLinkWithTarget(const id& target, Selector selector);
 
-  /// Once, and in one mode (the common modes count as one). Run loops other than the main one are never run
-  /// and give no ticks.
+  /// May be called once, with one mode (the common modes count as one). Run loops other than the main one are
+  /// never run and give no ticks.
   void addToRunLoop(const std::shared_ptr<NSRunLoop>& runLoop, const NSRunLoopMode& mode);
-  /// Any thread; a tick that is under way ends as usual.
+  /// Any thread; a tick that is running ends as usual.
   void removeFromRunLoop(const std::shared_ptr<NSRunLoop>& runLoop, const NSRunLoopMode& mode);
   void invalidate();
 
@@ -39,8 +39,8 @@ class CADisplayLink : public NSObject {
  private:
   std::int64_t nextDue() const IOS_REQUIRES(mutex_);
   void arm(std::int64_t refresh) IOS_REQUIRES(mutex_);
-  /// Takes back the tick that is on its way. Its event is to be cancelled without the lock: the event may
-  /// hold the last reference to the link.
+  /// Takes back the pending tick and returns its event, to be cancelled without the lock: the event may hold
+  /// the last reference to the link.
   std::optional<std::uint64_t> disarm() IOS_REQUIRES(mutex_);
   void tick(std::uint64_t arming) IOS_EXCLUDES(mutex_);
   void deliver(std::uint64_t arming) IOS_EXCLUDES(mutex_);
@@ -55,7 +55,7 @@ class CADisplayLink : public NSObject {
   NSRunLoopMode mode_ IOS_GUARDED_BY(mutex_);
   bool attached_ IOS_GUARDED_BY(mutex_) = false;
   bool armed_ IOS_GUARDED_BY(mutex_) = false;
-  // Counts, so that a tick on its way knows that it was taken back.
+  // Counts up, so that a pending tick can tell that it was taken back.
   std::uint64_t arming_ IOS_GUARDED_BY(mutex_) = 0;
   std::uint64_t event_ IOS_GUARDED_BY(mutex_) = 0;
   std::optional<std::int64_t> lastRefresh_ IOS_GUARDED_BY(mutex_);

@@ -1,7 +1,7 @@
 #include "AVFoundation/AVCaptureDevice.h"
 
 #include "AVFoundation/Microphone.h"
-#include "ObjectiveC/Mutex.h"
+#include "Base/Mutex.h"
 
 namespace ios {
 

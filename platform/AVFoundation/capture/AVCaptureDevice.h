@@ -8,7 +8,7 @@
 
 namespace ios {
 
-/// A source of media on the device; the one there may be is the microphone.
+/// A source of media on the device: the microphone, if it has one.
 class AVCaptureDevice : public NSObject {
  public:
   explicit AVCaptureDevice(std::string localizedName) : localizedName_(std::move(localizedName)) {}

@@ -6,7 +6,7 @@
 
 #include "AVFoundation/AVAudioSettings.h"
 #include "AVFoundation/Microphone.h"
-#include "AVFoundation/SoundEncoder+Private.h"
+#include "AVFoundation/Private/SoundSettings.h"
 
 namespace ios {
 
@@ -47,7 +47,7 @@ AVCaptureAudioDataOutput::recommendedAudioSettingsForAssetWriterWithOutputFileTy
       {AVSampleRateKey, format->sampleRate},
       {AVNumberOfChannelsKey, static_cast<std::int64_t>(std::min(format->channels, 2u))}};
   // A rate that the encoder does not know is converted.
-  if (!SoundEncoder::Settings::from(settings)) settings[AVSampleRateKey] = 44100.0;
+  if (!SoundSettings::from(settings)) settings[AVSampleRateKey] = 44100.0;
   return settings;
 }
 

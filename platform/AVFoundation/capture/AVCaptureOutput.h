@@ -5,10 +5,10 @@
 
 #include "AVFoundation/AVCaptureInput.h"
 #include "AVFoundation/AVMediaFormat.h"
+#include "Base/Mutex.h"
 #include "CoreFoundation/PropertyList.h"
 #include "CoreMedia/CMSampleBuffer.h"
 #include "Dispatch/Queue.h"
-#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "AVFoundation/AudioCapture+Private.h"
 #include "AVFoundation/Microphone.h"
+#include "AVFoundation/Private/AudioCapture.h"
 #include "Device/Device.h"
 
 namespace ios {

@@ -6,7 +6,7 @@
 
 #include "AVFoundation/AVCaptureInput.h"
 #include "AVFoundation/AVCaptureOutput.h"
-#include "ObjectiveC/Mutex.h"
+#include "Base/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
@@ -39,7 +39,7 @@ class AVCaptureSession : public NSObject {
   /// is set to come late, or the delegate's queue is the one this is called on: then it follows). An empty
   /// session runs and delivers nothing.
   void startRunning();
-  /// No buffer is handed to a delegate that was not on its way already. Never waits.
+  /// Nothing more is delivered but a buffer that is on its way to its delegate already. Never waits.
   void stopRunning();
 
  private:

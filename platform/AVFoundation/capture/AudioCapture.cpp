@@ -1,9 +1,9 @@
-#include "AVFoundation/AudioCapture+Private.h"
+#include "AVFoundation/Private/AudioCapture.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "Dispatch/Queue+Private.h"
+#include "Dispatch/Queue.h"
 
 namespace ios {
 namespace {
@@ -11,7 +11,7 @@ namespace {
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
 constexpr const char* kDidOutput = "captureOutput:didOutputSampleBuffer:fromConnection:";
 
-// A machine that slept does not hear what it missed.
+// What a machine missed while it slept is left out.
 constexpr Clock::Duration kMostLate = std::chrono::seconds(1);
 
 }  // namespace
@@ -82,7 +82,7 @@ void AudioCapture::deliver(const CMSampleBufferRef& buffer, Wait wait) {
     const auto queue = output->sampleBufferCallbackQueue();
     if (!queue) continue;
     auto hand = [self = shared_from_this(), output, buffer] { self->handOver(*output, buffer); };
-    if (wait == Wait::yes && !queue->isCurrent()) {
+    if (wait == Wait::yes && !isOnQueue(queue)) {
       dispatch_sync(queue, hand);
     } else {
       dispatch_async(queue, std::move(hand));

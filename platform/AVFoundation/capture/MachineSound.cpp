@@ -1,14 +1,13 @@
-#include "AVFoundation/MachineSound+Private.h"
+#include "AVFoundation/Private/MachineSound.h"
 
 #include <algorithm>
 #include <atomic>
 #include <deque>
 #include <utility>
 
-#include "AVFoundation/PulseAudio+Private.h"
+#include "AVFoundation/Private/PulseAudio.h"
+#include "Base/Mutex.h"
 #include "Dispatch/Queue.h"
-#include "Dispatch/WorkerPool.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 namespace {
@@ -20,19 +19,13 @@ constexpr std::size_t kMostFrames = 8192;
 /// What has been heard and not asked for; shared by the listener and the queue that reads for it.
 class Heard {
  public:
-  Heard(const pulse::Library& library, void* connection) : library_(library), connection_(connection) {}
-  ~Heard() { library_.close(connection_); }
-  Heard(const Heard&) = delete;
+  explicit Heard(std::unique_ptr<PulseAudio::Stream> stream) : stream_(std::move(stream)) {}
 
   void stop() { stopped_ = true; }
   /// Waits for the next sound. False at the end.
   bool listen() {
     std::int16_t samples[kFramesPerRead];
-    int error = 0;
-    {
-      const WorkerPool::BlockedThread blocked;
-      if (stopped_ || library_.read(connection_, samples, sizeof samples, &error) < 0) return false;
-    }
+    if (stopped_ || !stream_->read(samples, sizeof samples)) return false;
     MutexLock lock(mutex_);
     samples_.insert(samples_.end(), std::begin(samples), std::end(samples));
     if (samples_.size() > kMostFrames) samples_.erase(samples_.begin(), samples_.end() - kMostFrames);
@@ -48,8 +41,7 @@ class Heard {
   }
 
  private:
-  const pulse::Library& library_;
-  void* const connection_;
+  const std::unique_ptr<PulseAudio::Stream> stream_;
   std::atomic<bool> stopped_ = false;
   Mutex mutex_;
   std::deque<std::int16_t> samples_ IOS_GUARDED_BY(mutex_);
@@ -77,26 +69,17 @@ class MachineSource : public MicrophoneSource {
 }  // namespace
 
 bool machineHasSoundInput() {
-  return pulse::Library::reachable() != nullptr;
+  return PulseAudio::reachable() != nullptr;
 }
 
-std::unique_ptr<MicrophoneSource> openMachineSoundInput(std::string& problem) {
-  const pulse::Library* library = pulse::Library::reachable();
+Result<std::unique_ptr<MicrophoneSource>, std::string> openMachineSoundInput() {
+  const PulseAudio* server = PulseAudio::reachable();
+  if (!server) return failure(std::string("the machine has no sound input"));
   const CMAudioFormat format;
-  const pulse::SampleSpec spec{pulse::kSigned16LittleEndian, static_cast<std::uint32_t>(format.sampleRate),
-                               static_cast<std::uint8_t>(format.channels)};
-  using pulse::kDefault;
-  const pulse::BufferSizes sizes{kDefault, kDefault, kDefault, kDefault,
-                                 kFramesPerRead * sizeof(std::int16_t)};
-  int error = 0;
-  void* connection = library ? library->open(nullptr, "iOS device", pulse::kRecord, nullptr, "microphone",
-                                             &spec, nullptr, &sizes, &error)
-                             : nullptr;
-  if (!connection) {
-    problem = "the machine's sound input cannot be opened (" + std::to_string(error) + ")";
-    return nullptr;
-  }
-  return std::make_unique<MachineSource>(std::make_shared<Heard>(*library, connection));
+  const PulseAudio::BufferSizes sizes{.fragment = kFramesPerRead * sizeof(std::int16_t)};
+  auto stream = IOS_TRY(server->open(PA_STREAM_RECORD, "microphone", static_cast<int>(format.sampleRate),
+                                     static_cast<int>(format.channels), sizes));
+  return std::make_unique<MachineSource>(std::make_shared<Heard>(std::move(stream)));
 }
 
 }  // namespace ios

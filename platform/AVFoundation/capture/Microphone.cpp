@@ -5,17 +5,17 @@
 #include <numbers>
 #include <utility>
 
-#include "AVFoundation/MachineSound+Private.h"
-#include "AVFoundation/WaveFile+Private.h"
+#include "AVFoundation/Private/MachineSound.h"
+#include "AVFoundation/Private/WaveFile.h"
 #include "Device/Device.h"
 
 namespace ios {
 namespace {
 
-/// The sounds that are made up, in the device's own format.
-class MadeUpSource : public MicrophoneSource {
+/// Generated sound, in the device's own format.
+class GeneratedSource : public MicrophoneSource {
  public:
-  explicit MadeUpSource(const Microphone::Tone& tone) : tone_(tone) {}
+  explicit GeneratedSource(const Microphone::Tone& tone) : tone_(tone) {}
   CMAudioFormat format() const override { return {}; }
   std::vector<std::int16_t> read(std::uint64_t position, std::size_t frames) override {
     std::vector<std::int16_t> samples(frames);
@@ -36,19 +36,17 @@ class MadeUpSource : public MicrophoneSource {
 /// What the environment says; silence, with a line, for what it does not understand.
 Microphone::Sound soundFrom(const char* value) {
   const std::string text = value ? value : "silence";
-  if (text == "silence") return Microphone::Silence{};
-  if (text == "absent") return Microphone::Absent{};
-  if (text == "machine") return Microphone::Machine{};
-  if (text == "tone") return Microphone::Tone{};
-  if (text.starts_with("file:")) return Microphone::File{text.substr(5)};
-  if (text.starts_with("tone:")) {
-    char* end = nullptr;
-    const double hertz = std::strtod(text.c_str() + 5, &end);
-    if (*end == '\0' && hertz > 0 && hertz < CMAudioFormat{}.sampleRate / 2)
-      return Microphone::Tone{.hertz = hertz};
-  }
-  deviceLog("IOS_MICROPHONE is none of silence, absent, tone, tone:<hertz>, file:<path>, machine: " + text);
+  if (const auto sound = Microphone::soundNamed(text)) return *sound;
+  deviceLog("IOS_MICROPHONE has to be silence, absent, tone, tone:<hertz>, file:<path> or machine, and is: " +
+            text);
   return Microphone::Silence{};
+}
+
+Result<std::unique_ptr<MicrophoneSource>, std::string> sourceOf(const Microphone::Sound& sound) {
+  if (const auto* file = std::get_if<Microphone::File>(&sound)) return WaveFile::read(file->path);
+  if (std::holds_alternative<Microphone::Machine>(sound)) return openMachineSoundInput();
+  const auto* tone = std::get_if<Microphone::Tone>(&sound);
+  return std::make_unique<GeneratedSource>(tone ? *tone : Microphone::Tone{.amplitude = 0});
 }
 
 }  // namespace
@@ -56,6 +54,19 @@ Microphone::Sound soundFrom(const char* value) {
 Microphone& Microphone::shared() {
   static auto& microphone = *new Microphone;
   return microphone;
+}
+
+std::optional<Microphone::Sound> Microphone::soundNamed(const std::string& text) {
+  if (text == "silence") return Silence{};
+  if (text == "absent") return Absent{};
+  if (text == "machine") return Machine{};
+  if (text == "tone") return Tone{};
+  if (text.starts_with("file:")) return File{text.substr(5)};
+  if (!text.starts_with("tone:")) return std::nullopt;
+  char* end = nullptr;
+  const double hertz = std::strtod(text.c_str() + 5, &end);
+  if (*end != '\0' || !(hertz > 0 && hertz < CMAudioFormat{}.sampleRate / 2)) return std::nullopt;
+  return Tone{.hertz = hertz};
 }
 
 Microphone::Microphone() : sound_(soundFrom(std::getenv("IOS_MICROPHONE"))) {}
@@ -116,9 +127,8 @@ std::optional<CMAudioFormat> Microphone::format() const {
   const Sound sound = this->sound();
   const auto* file = std::get_if<File>(&sound);
   if (!file) return CMAudioFormat{};
-  std::string problem;
-  const auto wave = WaveFile::read(file->path, problem);
-  return wave ? std::optional(wave->format()) : std::nullopt;
+  const auto wave = WaveFile::read(file->path);
+  return wave ? std::optional((*wave)->format()) : std::nullopt;
 }
 
 std::unique_ptr<MicrophoneSource> Microphone::open(std::string& problem) const {
@@ -126,11 +136,10 @@ std::unique_ptr<MicrophoneSource> Microphone::open(std::string& problem) const {
     problem = "it is not connected";
     return nullptr;
   }
-  const Sound sound = this->sound();
-  if (const auto* file = std::get_if<File>(&sound)) return WaveFile::read(file->path, problem);
-  if (std::holds_alternative<Machine>(sound)) return openMachineSoundInput(problem);
-  const auto* tone = std::get_if<Tone>(&sound);
-  return std::make_unique<MadeUpSource>(tone ? *tone : Tone{.amplitude = 0});
+  auto source = sourceOf(sound());
+  if (source) return *std::move(source);
+  problem = source.error();
+  return nullptr;
 }
 
 }  // namespace ios

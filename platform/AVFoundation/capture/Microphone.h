@@ -10,8 +10,8 @@
 #include <variant>
 #include <vector>
 
+#include "Base/Mutex.h"
 #include "CoreMedia/CMSampleBuffer.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
@@ -20,8 +20,8 @@ class MicrophoneSource {
  public:
   virtual ~MicrophoneSource() = default;
   virtual CMAudioFormat format() const = 0;
-  /// The next `frames` frames; `position` counts the frames since the listening began. Does not wait: what
-  /// has not come is silence.
+  /// The next `frames` frames; `position` counts the frames since the listening began. Does not wait:
+  /// sound that has not arrived yet is silence.
   virtual std::vector<std::int16_t> read(std::uint64_t position, std::size_t frames) = 0;
 };
 
@@ -36,18 +36,20 @@ class Microphone {
     double hertz = 440;
     double amplitude = 0.25;  // of full scale
   };
-  /// A WAV file of 16-bit PCM, played again and again. One that cannot be read is a microphone that cannot be
-  /// opened.
+  /// A WAV file of 16-bit PCM, played again and again. One that cannot be read is a microphone that
+  /// cannot be opened.
   struct File {
     std::filesystem::path path;
   };
-  /// The sound input of the machine the device runs on, in real time only; without one the microphone is not
-  /// connected.
+  /// The sound input of the machine the device runs on, in real time only; without one the microphone
+  /// is not connected.
   struct Machine {};
   using Sound = std::variant<Silence, Absent, Tone, File, Machine>;
 
   static Microphone& shared();
 
+  /// What IOS_MICROPHONE would mean by `text`; empty when that is nothing.
+  static std::optional<Sound> soundNamed(const std::string& text);
   void setSound(Sound sound);
   Sound sound() const;
   bool isPresent() const;

@@ -11,7 +11,6 @@ enum AVError : long {
   AVErrorOutOfMemory = -11801,
   AVErrorDiskFull = -11807,
   AVErrorDeviceNotConnected = -11814,
-  AVErrorDeviceInUseByAnotherApplication = -11815,
   AVErrorFileAlreadyExists = -11823,
   AVErrorEncoderNotFound = -11834,
   AVErrorApplicationIsNotAuthorizedToUseDevice = -11852,

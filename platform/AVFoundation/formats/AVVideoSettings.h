@@ -13,7 +13,7 @@ inline const std::string AVVideoWidthKey = "AVVideoWidthKey";
 inline const std::string AVVideoHeightKey = "AVVideoHeightKey";
 /// Dictionary of the entries below.
 inline const std::string AVVideoCompressionPropertiesKey = "AVVideoCompressionPropertiesKey";
-/// Bits a second, integer or double. Without it: 4 bits a pixel and second.
+/// Bits per second, integer or double. Without it: 4 bits per pixel and second.
 inline const std::string AVVideoAverageBitRateKey = "AverageBitRate";
 /// Most frames from one key frame to the next, integer or double. Without it: 250.
 inline const std::string AVVideoMaxKeyFrameIntervalKey = "MaxKeyFrameInterval";

@@ -1,19 +1,19 @@
 #include <mutex>
 
-#include "AVFoundation/FFmpeg+Private.h"
+#include "AVFoundation/Private/FFmpeg.h"
 
 namespace ios::ffmpeg {
 
-MediaFailure encode(AVCodecContext& codec, const AVFrame* frame, const std::string& operation,
-                    const PacketSink& sink) {
-  if (auto failure = failed(operation, avcodec_send_frame(&codec, frame))) return failure;
+MediaResult<> encode(AVCodecContext& codec, const AVFrame* frame, const std::string& operation,
+                     const PacketSink& sink) {
+  IOS_TRY(checked(operation, avcodec_send_frame(&codec, frame)));
   Packet packet(av_packet_alloc());
   if (!packet) return failed(operation, AVERROR(ENOMEM));
   for (;;) {
     const int result = avcodec_receive_packet(&codec, packet.get());
-    if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return std::nullopt;
-    if (auto failure = failed(operation, result)) return failure;
-    if (auto failure = sink(*packet)) return failure;
+    if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return {};
+    IOS_TRY(checked(operation, result));
+    IOS_TRY(sink(*packet));
     av_packet_unref(packet.get());
   }
 }
@@ -22,6 +22,10 @@ Stream streamOf(const AVCodecContext& codec) {
   CodecParameters parameters(avcodec_parameters_alloc());
   if (!parameters || avcodec_parameters_from_context(parameters.get(), &codec) < 0) return {};
   return {std::move(parameters), codec.time_base};
+}
+
+const AVCodec* aacEncoder() {
+  return avcodec_find_encoder_by_name("aac");
 }
 
 void keepQuiet() {

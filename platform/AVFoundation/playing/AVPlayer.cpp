@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "AVFoundation/PictureQueue+Private.h"
-#include "AVFoundation/PlayedSound+Private.h"
+#include "AVFoundation/Private/PictureQueue.h"
+#include "AVFoundation/Private/PlayedSound.h"
 #include "DeviceClock/Clock.h"
 #include "Foundation/NSNotificationCenter.h"
 #include "Foundation/NSRunLoop.h"

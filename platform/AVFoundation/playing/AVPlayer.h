@@ -27,9 +27,9 @@ inline const std::string AVPlayerItemDidPlayToEndTimeNotification =
     "AVPlayerItemDidPlayToEndTimeNotification";
 
 /// Plays a movie: a file, or a movie of the photo library ("assets-library://asset/asset.MP4?id=…&ext=MP4").
-/// Pictures are decoded on a queue of the player's own, a few ahead; sound goes to the machine's sound output
-/// in real time, where there is one. Made and used on the main thread; it may be let go in any state, on any
-/// thread.
+/// Pictures are decoded on a queue of the player's own, a few ahead; sound goes to the machine's sound
+/// output in real time, where there is one. Made and used on the main thread; it may be let go in any state,
+/// on any thread.
 class AVPlayer : public Subclass<AVPlayer, NSObject> {
  public:
   /// Begins to read. What cannot be read or played becomes `AVPlayerStatusFailed`, soon after.

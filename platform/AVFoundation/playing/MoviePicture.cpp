@@ -1,4 +1,4 @@
-#include "AVFoundation/MoviePicture+Private.h"
+#include "AVFoundation/Private/MoviePicture.h"
 
 #include <libyuv.h>
 
@@ -7,8 +7,8 @@ namespace {
 
 const std::string kConvert = "convert a picture";
 
-/// How the movie says its colours were coded; older movies that say nothing go by their size, as is the
-/// custom.
+/// How the movie says its colours were coded; older movies that say nothing go by their size, as
+/// is the custom.
 const libyuv::YuvConstants* coding(const AVFrame& frame) {
   const bool full = frame.color_range == AVCOL_RANGE_JPEG || frame.format == AV_PIX_FMT_YUVJ420P;
   const bool high = frame.colorspace == AVCOL_SPC_BT709 ||
@@ -19,20 +19,18 @@ const libyuv::YuvConstants* coding(const AVFrame& frame) {
 
 }  // namespace
 
-CGImageRef imageOf(const AVFrame& frame, MediaFailure& failure) {
+MediaResult<CGImageRef> imageOf(const AVFrame& frame) {
   const auto width = static_cast<std::size_t>(frame.width), height = static_cast<std::size_t>(frame.height);
   const bool known = frame.format == AV_PIX_FMT_YUV420P || frame.format == AV_PIX_FMT_YUVJ420P;
   if (!known || frame.width <= 0 || frame.height <= 0 || width > CGImage::kMaximumPixels / height) {
-    failure = MediaError::refusal(kConvert, "its pixels are of no known kind");
-    return nullptr;
+    return refused(kConvert, "its pixels are of no known kind");
   }
   const std::shared_ptr<std::uint8_t[]> pixels(new std::uint8_t[width * height * 4]);
   // libyuv names formats by the word, least significant byte last: its ARGB is BGRA in memory.
   if (libyuv::I420ToARGBMatrix(frame.data[0], frame.linesize[0], frame.data[1], frame.linesize[1],
                                frame.data[2], frame.linesize[2], pixels.get(), frame.width * 4, coding(frame),
                                frame.width, frame.height) != 0) {
-    failure = failed(kConvert, AVERROR(EINVAL));
-    return nullptr;
+    return failed(kConvert, AVERROR(EINVAL));
   }
   return std::make_shared<const CGImage>(pixels, width, height, width * 4, true);
 }

@@ -1,4 +1,4 @@
-#include "AVFoundation/MovieReader+Private.h"
+#include "AVFoundation/Private/MovieReader.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,15 +14,14 @@ const std::string kDecode = "decode the movie";
 
 }  // namespace
 
-std::unique_ptr<MovieReader> MovieReader::open(const std::filesystem::path& path, AVMediaType kind,
-                                               MediaFailure& failure) {
+MediaResult<std::unique_ptr<MovieReader>> MovieReader::open(const std::filesystem::path& path,
+                                                            AVMediaType kind) {
   ffmpeg::keepQuiet();
   // A pipe would keep the queue waiting for whoever writes to it, for ever.
   std::error_code ignored;
   if (const auto status = std::filesystem::status(path, ignored);
       std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-    failure = MediaError::refusal(kOpen, "it is no file");
-    return nullptr;
+    return refused(kOpen, "it is not a file");
   }
   std::unique_ptr<MovieReader> reader(new MovieReader);
   AVFormatContext* input = nullptr;
@@ -31,12 +30,12 @@ std::unique_ptr<MovieReader> MovieReader::open(const std::filesystem::path& path
   const int opened =
       avformat_open_input(&input, ("file:" + path.string()).c_str(), av_find_input_format("mov"), &options);
   av_dict_free(&options);
-  if ((failure = failed(kOpen, opened))) return nullptr;
+  IOS_TRY(checked(kOpen, opened));
   reader->input_.reset(input);
 
   const AVCodec* codec = nullptr;
   reader->stream_ = av_find_best_stream(input, kind, -1, -1, &codec, 0);
-  if ((failure = failed(kOpen, reader->stream_))) return nullptr;
+  IOS_TRY(checked(kOpen, reader->stream_));
   for (unsigned i = 0; i < input->nb_streams; ++i) {
     input->streams[i]->discard = static_cast<int>(i) == reader->stream_ ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
   }
@@ -44,17 +43,12 @@ std::unique_ptr<MovieReader> MovieReader::open(const std::filesystem::path& path
   reader->codec_.reset(avcodec_alloc_context3(codec));
   reader->packet_.reset(av_packet_alloc());
   reader->frame_.reset(av_frame_alloc());
-  if (!reader->codec_ || !reader->packet_ || !reader->frame_) {
-    failure = failed(kOpen, AVERROR(ENOMEM));
-    return nullptr;
-  }
+  if (!reader->codec_ || !reader->packet_ || !reader->frame_) return failed(kOpen, AVERROR(ENOMEM));
   reader->codec_->pkt_timebase = stream.time_base;
   reader->codec_->thread_count = 1;
   reader->codec_->max_pixels = CGImage::kMaximumPixels;  // refused before there is memory for it
-  if ((failure = failed(kOpen, avcodec_parameters_to_context(reader->codec_.get(), stream.codecpar))) ||
-      (failure = failed(kOpen, avcodec_open2(reader->codec_.get(), codec, nullptr)))) {
-    return nullptr;
-  }
+  IOS_TRY(checked(kOpen, avcodec_parameters_to_context(reader->codec_.get(), stream.codecpar)));
+  IOS_TRY(checked(kOpen, avcodec_open2(reader->codec_.get(), codec, nullptr)));
   if (stream.duration > 0)
     reader->duration_ = static_cast<double>(stream.duration) * av_q2d(stream.time_base);
   if (input->duration > 0) {
@@ -63,28 +57,24 @@ std::unique_ptr<MovieReader> MovieReader::open(const std::filesystem::path& path
   return reader;
 }
 
-const AVFrame* MovieReader::next(MediaFailure& failure) {
+MediaResult<const AVFrame*> MovieReader::next() {
   for (;;) {
     const int received = avcodec_receive_frame(codec_.get(), frame_.get());
     if (received == 0) return frame_.get();
     if (received == AVERROR_EOF) return nullptr;
-    if (received != AVERROR(EAGAIN)) {
-      failure = failed(kDecode, received);
-      return nullptr;
-    }
+    if (received != AVERROR(EAGAIN)) return failed(kDecode, received);
     const int read = av_read_frame(input_.get(), packet_.get());
     int sent = 0;
     if (read == AVERROR_EOF) {
       if (!drained_) sent = avcodec_send_packet(codec_.get(), nullptr);
       drained_ = true;
     } else if (read < 0) {
-      failure = failed(kRead, read);
-      return nullptr;
+      return failed(kRead, read);
     } else {
       if (packet_->stream_index == stream_) sent = avcodec_send_packet(codec_.get(), packet_.get());
       av_packet_unref(packet_.get());
     }
-    if ((failure = failed(kDecode, sent))) return nullptr;
+    IOS_TRY(checked(kDecode, sent));
   }
 }
 
@@ -93,14 +83,13 @@ double MovieReader::timeOf(const AVFrame& frame) const {
   return time == AV_NOPTS_VALUE ? 0 : static_cast<double>(time) * av_q2d(input_->streams[stream_]->time_base);
 }
 
-MediaFailure MovieReader::seek(double seconds) {
+MediaResult<> MovieReader::seek(double seconds) {
   const AVRational base = input_->streams[stream_]->time_base;
   const auto time = static_cast<std::int64_t>(std::floor(std::max(0.0, seconds) / av_q2d(base)));
-  if (auto failure = failed(kRead, av_seek_frame(input_.get(), stream_, time, AVSEEK_FLAG_BACKWARD)))
-    return failure;
+  IOS_TRY(checked(kRead, av_seek_frame(input_.get(), stream_, time, AVSEEK_FLAG_BACKWARD)));
   avcodec_flush_buffers(codec_.get());
   drained_ = false;
-  return std::nullopt;
+  return {};
 }
 
 }  // namespace ios

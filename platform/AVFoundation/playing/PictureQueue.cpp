@@ -1,10 +1,10 @@
-#include "AVFoundation/PictureQueue+Private.h"
+#include "AVFoundation/Private/PictureQueue.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "AVFoundation/MoviePicture+Private.h"
-#include "AVFoundation/MovieReader+Private.h"
+#include "AVFoundation/Private/MoviePicture.h"
+#include "AVFoundation/Private/MovieReader.h"
 
 namespace ios {
 namespace {
@@ -70,7 +70,7 @@ bool PictureQueue::isAtEnd() const {
   return ended_ && ready_.empty() && !wanted_;
 }
 
-MediaFailure PictureQueue::failure() const {
+std::optional<MediaError> PictureQueue::failure() const {
   MutexLock lock(mutex_);
   return failure_;
 }
@@ -80,23 +80,37 @@ double PictureQueue::duration() const {
   return duration_;
 }
 
-bool PictureQueue::open(MediaFailure& failure) {
-  if (reader_) return true;
+MediaResult<> PictureQueue::open() {
+  if (reader_) return {};
   const auto path = find_();
-  if (!path) {
-    failure = MediaError::refusal("open the movie", "there is none");
-    return false;
-  }
-  reader_ = MovieReader::open(*path, AVMEDIA_TYPE_VIDEO, failure);
-  return reader_ != nullptr;
+  if (!path) return refused("open the movie", "it does not exist");
+  reader_ = IOS_TRY(MovieReader::open(*path, AVMEDIA_TYPE_VIDEO));
+  return {};
 }
 
-std::optional<PictureQueue::Picture> PictureQueue::next(MediaFailure& failure) {
+MediaResult<std::optional<PictureQueue::Picture>> PictureQueue::next() {
   if (held_) return std::exchange(held_, std::nullopt);
-  const AVFrame* frame = reader_->next(failure);
+  const AVFrame* frame = IOS_TRY(reader_->next());
   if (!frame) return std::nullopt;
-  Picture picture{reader_->timeOf(*frame), imageOf(*frame, failure)};
-  return picture.image ? std::optional(std::move(picture)) : std::nullopt;
+  return Picture{reader_->timeOf(*frame), IOS_TRY(imageOf(*frame))};
+}
+
+MediaResult<std::optional<PictureQueue::Picture>> PictureQueue::seekTo(double seconds,
+                                                                       std::uint64_t generation) {
+  held_ = std::nullopt;
+  IOS_TRY(reader_->seek(seconds));
+  auto picture = IOS_TRY(next());
+  // The picture shown at that time is the last that is not later. It may be seconds of movie away from where
+  // reading can begin, and a finger on the bar asks for the next one long before.
+  while (picture && !isSuperseded(generation)) {
+    auto following = IOS_TRY(next());
+    if (!following || following->time > seconds + kRounding) {
+      held_ = std::move(following);
+      break;
+    }
+    picture = std::move(following);
+  }
+  return picture;
 }
 
 bool PictureQueue::isSuperseded(std::uint64_t generation) const {
@@ -104,58 +118,45 @@ bool PictureQueue::isSuperseded(std::uint64_t generation) const {
   return cancelled_ || generation != generation_;
 }
 
-// One picture a block, so that a seek or a release is heeded at once and other queues get their turns.
+// One picture per block, so that a seek or a release is heeded at once and other queues get their turns.
 void PictureQueue::decode() {
-  MediaFailure failure;
-  const bool isOpen = open(failure);
+  const auto opened = open();
   std::optional<double> seek;
   std::uint64_t generation = 0;
   {
     MutexLock lock(mutex_);
-    if (isOpen) duration_ = std::max(duration_, reader_->duration());
+    if (opened) duration_ = std::max(duration_, reader_->duration());
     seek = std::exchange(wanted_, std::nullopt);
     generation = generation_;
   }
-  std::optional<Picture> picture;
-  if (isOpen && seek) {
-    held_ = std::nullopt;
-    failure = reader_->seek(*seek);
-    if (!failure) picture = next(failure);
-    // The picture shown at that time is the last that is not later. It may be seconds of movie away from
-    // where reading can begin, and a finger on the bar asks for the next one long before.
-    while (picture && !failure && !isSuperseded(generation)) {
-      auto following = next(failure);
-      if (following && following->time <= *seek + kRounding) {
-        picture = std::move(following);
-        continue;
-      }
-      held_ = std::move(following);
-      break;
-    }
-  } else if (isOpen) {
-    picture = next(failure);
-  }
+  const auto decoded = [&]() -> MediaResult<std::optional<Picture>> {
+    if (!opened) return ios::failure(opened.error());
+    return seek ? seekTo(*seek, generation) : next();
+  }();
+  keep(decoded, generation);
+}
 
-  bool news = false, more = false;
+void PictureQueue::keep(const MediaResult<std::optional<Picture>>& decoded, std::uint64_t generation) {
+  bool news = true, more = false;
   {
     MutexLock lock(mutex_);
     queued_ = false;
     if (cancelled_) return;
     if (generation != generation_) {
+      news = false;
       more = true;
-    } else if (failure) {
-      failure_ = failure;
-      news = true;
-    } else if (!picture) {
+    } else if (!decoded) {
+      failure_ = decoded.error();
+    } else if (!*decoded) {
       ended_ = true;
-      if (!any_) failure_ = MediaError::refusal("play the movie", "it has no pictures");
-      news = true;
+      if (!any_) failure_ = MediaError{"play the movie", 0, "it has no pictures"};
     } else {
+      const Picture& picture = **decoded;
       any_ = true;
       // A movie may say that it is shorter than it is, or not say it at all.
-      duration_ = std::max(duration_, picture->time);
+      duration_ = std::max(duration_, picture.time);
       news = ready_.empty();
-      ready_.push_back(std::move(*picture));
+      ready_.push_back(picture);
       more = ready_.size() < kAhead;
     }
   }

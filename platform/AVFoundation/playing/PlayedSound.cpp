@@ -1,4 +1,4 @@
-#include "AVFoundation/PlayedSound+Private.h"
+#include "AVFoundation/Private/PlayedSound.h"
 
 #include <algorithm>
 #include <atomic>
@@ -6,10 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "AVFoundation/MovieReader+Private.h"
-#include "AVFoundation/PulseAudio+Private.h"
+#include "AVFoundation/Private/MovieReader.h"
+#include "AVFoundation/Private/PulseAudio.h"
 #include "Dispatch/Queue.h"
-#include "Dispatch/WorkerPool.h"
 
 namespace ios {
 namespace {
@@ -24,12 +23,8 @@ constexpr std::uint32_t kBuffered = kRate / 10 * kChannels * sizeof(std::int16_t
 /// What the queue works with; its blocks keep it alive.
 class PlayedSound::Output : public std::enable_shared_from_this<Output> {
  public:
-  Output(const pulse::Library& library, std::function<std::optional<std::filesystem::path>()> find,
-         double from)
-      : library_(library), find_(std::move(find)), from_(from) {}
-  ~Output() {
-    if (connection_) library_.close(connection_);
-  }
+  Output(const PulseAudio& server, std::function<std::optional<std::filesystem::path>()> find, double from)
+      : server_(server), find_(std::move(find)), from_(from) {}
 
   /// The last reference goes on the queue: closing a connection may wait for the server.
   static void stop(std::shared_ptr<Output> output) {
@@ -39,7 +34,7 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
   }
   void goOn() {
     dispatch_async(queue_, [self = shared_from_this()] {
-      if (!self->stopped_ && (self->connection_ || self->open()) && self->playSome()) self->goOn();
+      if (!self->stopped_ && (self->stream_ || self->open()) && self->playSome()) self->goOn();
     });
   }
 
@@ -50,25 +45,19 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
   };
 
   bool open() {
-    MediaFailure failure;
     const auto path = find_();
     if (!path) return false;
-    reader_ = MovieReader::open(*path, AVMEDIA_TYPE_AUDIO, failure);
-    if (!reader_ || reader_->seek(from_)) return false;
-    const pulse::SampleSpec spec{pulse::kSigned16LittleEndian, kRate, kChannels};
-    const pulse::BufferSizes sizes{pulse::kDefault, kBuffered, pulse::kDefault, pulse::kDefault,
-                                   pulse::kDefault};
-    int error = 0;
-    const WorkerPool::BlockedThread blocked;
-    connection_ = library_.open(nullptr, "iOS device", pulse::kPlayback, nullptr, "movie", &spec, nullptr,
-                                &sizes, &error);
-    return connection_ != nullptr;
+    auto opened = MovieReader::open(*path, AVMEDIA_TYPE_AUDIO);
+    if (!opened || !(*opened)->seek(from_)) return false;
+    reader_ = std::move(*opened);
+    auto stream = server_.open(PA_STREAM_PLAYBACK, "movie", kRate, kChannels, {.target = kBuffered});
+    if (stream) stream_ = std::move(*stream);
+    return stream_ != nullptr;
   }
 
   /// Decodes a frame and hands it to the server, which waits until there is room. False at the end.
   bool playSome() {
-    MediaFailure failure;
-    const AVFrame* frame = reader_->next(failure);
+    const AVFrame* frame = reader_->next().value_or(nullptr);
     if (!frame || !prepare(*frame)) return false;
     const int most = swr_get_out_samples(resampler_.get(), frame->nb_samples);
     if (most < 0) return false;
@@ -79,14 +68,11 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
     if (got < 0) return false;
     samples.resize(static_cast<std::size_t>(got) * kChannels);
     align(samples, reader_->timeOf(*frame));
-    if (samples.empty()) return true;
-    int error = 0;
-    const WorkerPool::BlockedThread blocked;
-    return library_.write(connection_, samples.data(), samples.size() * sizeof(std::int16_t), &error) >= 0;
+    return samples.empty() || stream_->write(samples.data(), samples.size() * sizeof(std::int16_t));
   }
 
-  /// Sound may change its kind in the middle of a movie; the resampler reads as many channels as it was made
-  /// for.
+  /// Sound may change its kind in the middle of a movie; the resampler reads as many channels as it
+  /// was made for.
   bool prepare(const AVFrame& frame) {
     const Kind kind{frame.format, frame.sample_rate, frame.ch_layout.nb_channels};
     if (resampler_ && kind == kind_) return true;
@@ -117,12 +103,12 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
     }
   }
 
-  const pulse::Library& library_;
+  const PulseAudio& server_;
   const std::function<std::optional<std::filesystem::path>()> find_;
   const double from_;
   const dispatch_queue_t queue_ = dispatch_queue_create("AVPlayer.sound");
   std::atomic<bool> stopped_ = false;
-  void* connection_ = nullptr;
+  std::unique_ptr<PulseAudio::Stream> stream_;
   std::unique_ptr<MovieReader> reader_;
   ffmpeg::Resampler resampler_;
   Kind kind_;  // of sound that the resampler takes
@@ -131,9 +117,9 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
 
 std::unique_ptr<PlayedSound> PlayedSound::start(std::function<std::optional<std::filesystem::path>()> find,
                                                 double fromSeconds) {
-  const pulse::Library* library = pulse::Library::reachable();
-  if (!library) return nullptr;
-  auto output = std::make_shared<Output>(*library, std::move(find), fromSeconds);
+  const PulseAudio* server = PulseAudio::reachable();
+  if (!server) return nullptr;
+  auto output = std::make_shared<Output>(*server, std::move(find), fromSeconds);
   output->goOn();
   return std::unique_ptr<PlayedSound>(new PlayedSound(std::move(output)));
 }

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <utility>
 
-#include "AVFoundation/MovieInputs+Private.h"
-#include "AVFoundation/MovieWriter+Private.h"
+#include "AVFoundation/Private/MovieInputs.h"
+#include "AVFoundation/Private/MovieWriter.h"
 
 namespace ios {
 namespace {
@@ -20,13 +20,13 @@ std::shared_ptr<AVAssetWriter> AVAssetWriter::initWithURL(const NSURL& outputURL
                                                           const AVFileType& outputFileType,
                                                           std::shared_ptr<NSError>& error) {
   const auto refuse = [&](const std::string& reason) {
-    error = MediaError::refusal("make a movie writer", reason).asError();
+    error = MediaError{"make a movie writer", 0, reason}.asError();
     return nullptr;
   };
   if (!outputURL.isFileURL()) return refuse("the URL is not one of a file");
   std::error_code problem;
   const std::filesystem::path path = outputURL.filePath();
-  if (!path.has_filename()) return refuse("the URL names no file");
+  if (!path.has_filename()) return refuse("the URL does not name a file");
   if (!std::filesystem::is_directory(path.parent_path(), problem)) return refuse("its folder does not exist");
   const std::string container = containerOf(outputFileType);
   if (container.empty()) return refuse("the file type " + outputFileType + " is not supported");
@@ -51,9 +51,9 @@ std::shared_ptr<NSError> AVAssetWriter::error() const {
   return writer_->error();
 }
 
-MediaFailure AVAssetWriter::refusal(const std::shared_ptr<AVAssetWriterInput>& input) const {
-  const auto refuse = [](const std::string& reason) { return MediaError::refusal("add the input", reason); };
-  if (!input) return refuse("there is none");
+std::optional<MediaError> AVAssetWriter::refusal(const std::shared_ptr<AVAssetWriterInput>& input) const {
+  const auto refuse = [](const std::string& reason) { return MediaError{"add the input", 0, reason}; };
+  if (!input) return refuse("there is no input");
   if (input->track()) return refuse("it belongs to a writer");
   for (const auto& other : inputs_) {
     if (other->mediaType() == input->mediaType()) return refuse("the movie has one of its media type");
@@ -76,6 +76,10 @@ void AVAssetWriter::addInput(const std::shared_ptr<AVAssetWriterInput>& input) {
   if (!writer_->addTrack(track)) return;
   input->attach(track);
   inputs_.push_back(input);
+}
+
+void AVAssetWriter::setMovieFragmentInterval(const CMTime& interval) {
+  writer_->keepWhatThereIs(CMTIME_IS_NUMERIC(interval));
 }
 
 bool AVAssetWriter::startWriting() {

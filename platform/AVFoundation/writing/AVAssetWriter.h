@@ -30,15 +30,16 @@ enum AVAssetWriterStatus : long {
 ///
 /// Unknown → `startWriting` → writing → `finishWriting…` → completed. Any failure (of the disk, of a codec,
 /// of the times a caller gives) ends in failed, with `error` saying what was being done and the code; nothing
-/// is written any more and no part of the file remains. What is encoded waits in a nameless file in the
+/// is written any more and, without a fragment interval, no part of the file remains. What is encoded waits in a nameless file in the
 /// folder of `outputURL`; the movie appears there when it is complete, so a file at `outputURL` always plays.
 ///
-/// Usable from any thread. Encoding runs on the thread that appends; finishing on a queue of the writer's
-/// own.
+/// Usable from any thread. Sound is encoded on the thread that appends it. A picture is converted there and
+/// encoded on a thread of the writer's own, so what that makes of it, a failure included, shows at the next
+/// append or at the end. The movie is put together on a queue of the writer's own.
 class AVAssetWriter : public NSObject {
  public:
-  /// Empty, with `error` set, when `outputURL` is no file URL or its folder does not exist, or
-  /// `outputFileType` is neither AVFileTypeQuickTimeMovie nor AVFileTypeMPEG4. Touches no file.
+  /// Empty, with `error` set, when `outputURL` is not a file URL or its folder does not exist, or
+  /// `outputFileType` is neither AVFileTypeQuickTimeMovie nor AVFileTypeMPEG4. Does not touch the disk.
   static std::shared_ptr<AVAssetWriter> initWithURL(const NSURL& outputURL, const AVFileType& outputFileType,
                                                     std::shared_ptr<NSError>& error);
   explicit AVAssetWriter(std::shared_ptr<MovieWriter> writer, NSURL outputURL, AVFileType outputFileType);
@@ -59,9 +60,14 @@ class AVAssetWriter : public NSObject {
   void addInput(const std::shared_ptr<AVAssetWriterInput>& input);
   const std::vector<std::shared_ptr<AVAssetWriterInput>>& inputs() const { return inputs_; }
 
-  /// Creates the file and sets up the encoders. False, and status failed, when that fails, when a file exists
-  /// at `outputURL` (AVErrorFileAlreadyExists), or when no input was added. False without effect when called
-  /// again.
+  /// A numeric time: what was encoded until the writer fails becomes the movie at `outputURL`, soon after and
+  /// before the handler of `finishWriting…`, if the disk still takes it. To be set before writing; how long the
+  /// time is does not matter.
+  void setMovieFragmentInterval(const CMTime& interval);
+
+  /// Creates the file and sets up the encoders. False, and status failed, when that fails, when a file
+  /// exists at `outputURL` (AVErrorFileAlreadyExists), or when no input was added. False without effect
+  /// when called again.
   bool startWriting();
   /// `startTime` becomes the movie's time zero. Sound from before it is cut off, to the frame; pictures from
   /// before it are left out. Once, while writing; a time that is not numeric fails the writer.

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "AVFoundation/AudioTrack+Private.h"
-#include "AVFoundation/MovieInputs+Private.h"
-#include "AVFoundation/VideoTrack+Private.h"
+#include "AVFoundation/Private/AudioTrack.h"
+#include "AVFoundation/Private/MovieInputs.h"
+#include "AVFoundation/Private/VideoTrack.h"
 
 namespace ios {
 
@@ -19,7 +19,7 @@ std::shared_ptr<MovieTrack> makeTrack(const AVAssetWriterInput& input, const std
     // Plain samples have no place in MPEG-4.
     return container == "mov" ? std::make_shared<AudioTrack>(std::nullopt) : nullptr;
   }
-  const auto sound = SoundEncoder::Settings::from(*settings);
+  const auto sound = SoundSettings::from(*settings);
   return sound ? std::make_shared<AudioTrack>(sound) : nullptr;
 }
 

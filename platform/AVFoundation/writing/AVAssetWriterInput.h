@@ -7,22 +7,22 @@
 #include "AVFoundation/AVAudioSettings.h"
 #include "AVFoundation/AVMediaFormat.h"
 #include "AVFoundation/AVVideoSettings.h"
+#include "Base/Mutex.h"
 #include "CoreFoundation/PropertyList.h"
 #include "CoreMedia/CMSampleBuffer.h"
 #include "CoreVideo/CVPixelBuffer.h"
-#include "ObjectiveC/Mutex.h"
 #include "ObjectiveC/NSObject.h"
 
 namespace ios {
 
 class MovieTrack;
 
-/// One track of a movie that is being written. Appends come from one thread at a time and in order of time;
-/// they encode on that thread. An append that is refused returns false:
+/// One track of a movie that is being written. Appends come from one thread at a time and in order of time.
+/// An append that is refused returns false:
 ///   - before `startWriting` and after the input or the writer has ended, in any way: without further effect;
-///   - before the session has started, at a time that is not numeric or not later than the last one, of
-///   another kind
-///     of media, or when encoding or the disk fails: the writer's status becomes failed.
+///   - before the session has started, at a time that is not numeric or not later than the last one, with
+///     another kind of media, or when encoding or the disk fails: the writer's status becomes failed. A
+///     picture's encoding is still under way when its append returns, so its failure is that of the next one.
 class AVAssetWriterInput : public NSObject {
  public:
   /// `outputSettings`: AVVideoSettings.h or AVAudioSettings.h. Sound without settings is written as it comes:

@@ -1,6 +1,6 @@
 #include "AVFoundation/AVAssetWriterInputPixelBufferAdaptor.h"
 
-#include "AVFoundation/MovieTrack+Private.h"
+#include "AVFoundation/Private/MovieTrack.h"
 
 namespace ios {
 

@@ -15,17 +15,16 @@ namespace ios {
 /// those of a display (sRGB), stored as BT.601 of limited range and tagged so.
 class AVAssetWriterInputPixelBufferAdaptor : public NSObject {
  public:
-  /// `sourcePixelBufferAttributes` may be absent; none is heeded.
+  /// `sourcePixelBufferAttributes` may be absent; they make no difference.
   static std::shared_ptr<AVAssetWriterInputPixelBufferAdaptor> initWithAssetWriterInput(
       const std::shared_ptr<AVAssetWriterInput>& input,
       const std::optional<NSDictionary>& sourcePixelBufferAttributes);
   explicit AVAssetWriterInputPixelBufferAdaptor(std::shared_ptr<AVAssetWriterInput> input)
       : input_(std::move(input)) {}
 
-  const std::shared_ptr<AVAssetWriterInput>& assetWriterInput() const { return input_; }
-
-  /// Encodes the picture before it returns; the buffer is free again then. It may be locked or not. False as
-  /// described at AVAssetWriterInput.
+  /// Copies the picture, in the encoder's own form, before it returns: then the buffer may be drawn into
+  /// again. It waits while the picture before it is still being encoded. The buffer may be locked or not.
+  /// False as described at AVAssetWriterInput.
   bool appendPixelBuffer(const CVPixelBufferRef& buffer, const CMTime& presentationTime);
 
  private:

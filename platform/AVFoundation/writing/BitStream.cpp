@@ -1,4 +1,4 @@
-#include "AVFoundation/BitStream+Private.h"
+#include "AVFoundation/Private/BitStream.h"
 
 namespace ios {
 

@@ -1,4 +1,4 @@
-#include "AVFoundation/EncodingThread+Private.h"
+#include "AVFoundation/Private/EncodingThread.h"
 
 #include <system_error>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "AVFoundation/MovieFile+Private.h"
+#include "AVFoundation/Private/MovieFile.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -15,8 +15,8 @@ namespace ios {
 namespace {
 
 constexpr int kBufferSize = 32 * 1024;
-// Starts of tracks are written in these units: fine enough for the start of sound to be exact to a frame or
-// so.
+// Starts of tracks are written in these units: fine enough for the start of sound to be
+// exact to a frame or so.
 constexpr int kMovieTimescale = 90000;
 
 const std::string kStart = "start the movie file";
@@ -33,32 +33,29 @@ std::string iso8601(std::time_t seconds) {
 
 }  // namespace
 
-std::unique_ptr<MovieFile> MovieFile::create(const std::filesystem::path& path, const std::string& container,
-                                             Clock::WallTime begun, MediaFailure& failure) {
+MediaResult<std::unique_ptr<MovieFile>> MovieFile::create(const std::filesystem::path& path,
+                                                          const std::string& container,
+                                                          Clock::WallTime begun) {
   ffmpeg::keepQuiet();
-  const auto fail = [&](int code) {
-    failure = MediaError::disk({code, "create", path});
-    return nullptr;
-  };
-  if ((failure = checkFree(path))) return nullptr;
-  if (const auto refused = diskRefusal("create", path)) return fail(refused->code);
+  IOS_TRY(checkFree(path));
+  if (const auto problem = diskRefusal("create", path)) return failed(*problem);
   // What a process that was ended while it completed a movie left here.
   sweepTemporaryFiles(path.parent_path());
 
   std::unique_ptr<MovieFile> file(new MovieFile(path, temporaryNameBeside(path)));
-  file->descriptor_ = ::open(file->temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
-  if (file->descriptor_ < 0) return fail(errno);
+  file->file_ =
+      FileDescriptor(::open(file->temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+  if (!file->file_) return failed(FileError{errno, "create", path});
 
   AVFormatContext* format = nullptr;
-  failure = failed(kStart, avformat_alloc_output_context2(&format, nullptr, container.c_str(), nullptr));
+  const int made = avformat_alloc_output_context2(&format, nullptr, container.c_str(), nullptr);
   file->format_.reset(format);
-  if (failure) return nullptr;
+  IOS_TRY(checked(kStart, made));
   auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
   file->io_.reset(avio_alloc_context(buffer, kBufferSize, 1, file.get(), nullptr, &writeBytes, &seek));
   if (!buffer || !file->io_) {
     if (!file->io_) av_free(buffer);
-    failure = failed(kStart, AVERROR(ENOMEM));
-    return nullptr;
+    return failed(kStart, AVERROR(ENOMEM));
   }
   format->pb = file->io_.get();
   // Files repeat to the byte: no version of the writer, and no date but the device's.
@@ -75,8 +72,7 @@ MovieFile::MovieFile(std::filesystem::path path, std::filesystem::path temporary
 MovieFile::~MovieFile() {
   format_ = nullptr;
   io_ = nullptr;
-  if (descriptor_ >= 0) ::close(descriptor_);
-  // After a success there is none: the file has its own name.
+  // After a success nothing has this name: the file has its own.
   ::unlink(temporary_.c_str());
 }
 
@@ -84,7 +80,7 @@ int MovieFile::writeBytes(void* self, std::uint8_t* bytes, int count) {
   auto& file = *static_cast<MovieFile*>(self);
   if (const auto refused = diskRefusal("write", file.path_)) return AVERROR(refused->code);
   for (int written = 0; written < count;) {
-    const ssize_t result = ::pwrite(file.descriptor_, bytes + written,
+    const ssize_t result = ::pwrite(file.file_.number(), bytes + written,
                                     static_cast<std::size_t>(count - written), file.position_);
     if (result < 0 && errno == EINTR) continue;
     if (result < 0) return AVERROR(errno);
@@ -111,21 +107,21 @@ std::int64_t MovieFile::seek(void* self, std::int64_t offset, int whence) {
   }
 }
 
-MediaFailure MovieFile::outcome(const std::string& operation, int result) const {
-  if (io_->error < 0) return MediaError::disk({AVUNERROR(io_->error), "write", path_});
-  return failed(operation, result);
+MediaResult<> MovieFile::outcome(const std::string& operation, int result) const {
+  if (io_->error < 0) return failed(FileError{AVUNERROR(io_->error), "write", path_});
+  return checked(operation, result);
 }
 
-MediaFailure MovieFile::addStream(const ffmpeg::Stream& description) {
+MediaResult<> MovieFile::addStream(const ffmpeg::Stream& description) {
   AVStream* stream = avformat_new_stream(format_.get(), nullptr);
   if (!stream || !description.parameters) return failed(kStart, AVERROR(ENOMEM));
   stream->time_base = description.timeBase;
   timeBases_.push_back(description.timeBase);
-  return failed(kStart, avcodec_parameters_copy(stream->codecpar, description.parameters.get()));
+  return checked(kStart, avcodec_parameters_copy(stream->codecpar, description.parameters.get()));
 }
 
-MediaFailure MovieFile::start() {
-  if (auto fault = codecFault(kStart)) return fault;
+MediaResult<> MovieFile::start() {
+  IOS_TRY(codecFault(kStart));
   AVDictionary* options = nullptr;
   av_dict_set_int(&options, "movie_timescale", kMovieTimescale, 0);
   const int result = avformat_write_header(format_.get(), &options);
@@ -133,30 +129,30 @@ MediaFailure MovieFile::start() {
   return outcome(kStart, result);
 }
 
-MediaFailure MovieFile::write(int stream, AVPacket& packet) {
-  if (auto fault = codecFault(kWrite)) return fault;
+MediaResult<> MovieFile::write(int stream, AVPacket& packet) {
+  IOS_TRY(codecFault(kWrite));
   packet.stream_index = stream;
   av_packet_rescale_ts(&packet, timeBases_[static_cast<std::size_t>(stream)],
                        format_->streams[stream]->time_base);
   return outcome(kWrite, av_write_frame(format_.get(), &packet));
 }
 
-MediaFailure MovieFile::checkFree(const std::filesystem::path& path) {
+MediaResult<> MovieFile::checkFree(const std::filesystem::path& path) {
   std::error_code error;
-  if (!std::filesystem::exists(std::filesystem::symlink_status(path, error))) return std::nullopt;
-  return MediaError::disk({EEXIST, "create", path});
+  if (!std::filesystem::exists(std::filesystem::symlink_status(path, error))) return {};
+  return failed(FileError{EEXIST, "create", path});
 }
 
-MediaFailure MovieFile::complete() {
-  if (auto fault = codecFault(kComplete)) return fault;
+MediaResult<> MovieFile::complete() {
+  IOS_TRY(codecFault(kComplete));
   const int result = av_write_trailer(format_.get());
   avio_flush(io_.get());
-  if (auto failure = outcome(kComplete, result)) return failure;
-  if (::close(std::exchange(descriptor_, -1)) != 0) return MediaError::disk({errno, "write", path_});
+  IOS_TRY(outcome(kComplete, result));
+  if (const int code = file_.close()) return failed(FileError{code, "write", path_});
   // Somebody else's file that came in the meantime stays.
-  if (auto failure = checkFree(path_)) return failure;
-  if (const auto problem = renameFile(temporary_, path_)) return MediaError::disk(*problem);
-  return std::nullopt;
+  IOS_TRY(checkFree(path_));
+  if (const auto problem = renameFile(temporary_, path_)) return failed(*problem);
+  return {};
 }
 
 }  // namespace ios

@@ -1,8 +1,8 @@
-#include "AVFoundation/MovieTrack+Private.h"
+#include "AVFoundation/Private/MovieTrack.h"
 
 #include <utility>
 
-#include "AVFoundation/MovieWriter+Private.h"
+#include "AVFoundation/Private/MovieWriter.h"
 
 namespace ios {
 namespace {
@@ -12,8 +12,8 @@ const std::string kAppend = "append to the movie";
 // Eleven days; far from what a file can count.
 constexpr double kLongestMovie = 1e6;
 
-MediaFailure wrongMedia() {
-  return MediaError::refusal(kAppend, "the input takes another kind of media");
+tl::unexpected<MediaError> wrongMedia() {
+  return refused(kAppend, "the input takes another kind of media");
 }
 
 }  // namespace
@@ -42,23 +42,22 @@ bool MovieTrack::appendAt(const Buffer& buffer, const CMTime& time) {
   if (!writer || !buffer) return false;
   MutexLock lock(mutex_);
   if (finished_ || !writer->accepts()) return false;
-  const auto failure = [&]() IOS_REQUIRES(mutex_) -> MediaFailure {
+  const auto taken = [&]() IOS_REQUIRES(mutex_) -> MediaResult<> {
     const auto start = writer->sessionStart();
-    if (!start) return MediaError::refusal(kAppend, "the session has not been started");
-    if (!CMTIME_IS_NUMERIC(time)) return MediaError::refusal(kAppend, "the time is no number");
+    if (!start) return refused(kAppend, "the session has not been started");
+    if (!CMTIME_IS_NUMERIC(time)) return refused(kAppend, "the time is not a number");
     if (CMTIME_IS_VALID(last_) && CMTimeCompare(time, last_) <= 0) {
-      return MediaError::refusal(kAppend, "the time is not later than the last one");
+      return refused(kAppend, "the time is not later than the last one");
     }
     last_ = time;
     const CMTime offset = CMTimeSubtract(time, *start);
     if (!CMTIME_IS_NUMERIC(offset) || CMTimeGetSeconds(offset) > kLongestMovie) {
-      return MediaError::refusal(kAppend, "the time is out of range");
+      return refused(kAppend, "the time is out of range");
     }
     return take(*writer, buffer, offset);
   }();
-  if (!failure) return true;
-  writer->fail(*failure);
-  return false;
+  if (!taken) writer->fail(taken.error());
+  return taken.has_value();
 }
 
 void MovieTrack::markAsFinished() {
@@ -66,16 +65,16 @@ void MovieTrack::markAsFinished() {
   MutexLock lock(mutex_);
 }
 
-MediaFailure MovieTrack::finish(MovieWriter& writer) {
+MediaResult<> MovieTrack::finish(MovieWriter& writer) {
   finished_ = true;
   MutexLock lock(mutex_);
   return flush(writer);
 }
 
-MediaFailure MovieTrack::take(MovieWriter&, const CMSampleBufferRef&, const CMTime&) {
+MediaResult<> MovieTrack::take(MovieWriter&, const CMSampleBufferRef&, const CMTime&) {
   return wrongMedia();
 }
-MediaFailure MovieTrack::take(MovieWriter&, const CVPixelBufferRef&, const CMTime&) {
+MediaResult<> MovieTrack::take(MovieWriter&, const CVPixelBufferRef&, const CMTime&) {
   return wrongMedia();
 }
 

@@ -1,10 +1,11 @@
-#include "AVFoundation/MovieWriter+Private.h"
+#include "AVFoundation/Private/MovieWriter.h"
 
 #include <utility>
 
-#include "AVFoundation/MovieFile+Private.h"
+#include "AVFoundation/Private/MovieFile.h"
 
 namespace ios {
+
 MovieWriter::MovieWriter(std::filesystem::path path, std::string container)
     : path_(std::move(path)),
       container_(std::move(container)),
@@ -33,34 +34,36 @@ void MovieWriter::refuseStart(const MediaError& reason) {
   if (!refusal_) refusal_ = reason;
 }
 
+void MovieWriter::keepWhatThereIs(bool keep) {
+  MutexLock lock(mutex_);
+  keepsWhatThereIs_ = keep;
+}
+
 bool MovieWriter::start() {
   MutexLock lock(mutex_);
   if (status_ != AVAssetWriterStatusUnknown) return false;
-  if (const auto failure = prepare()) {
-    end(AVAssetWriterStatusFailed, failure->asError());
+  if (const auto prepared = prepare(); !prepared) {
+    end(AVAssetWriterStatusFailed, prepared.error().asError());
     return false;
   }
   status_ = AVAssetWriterStatusWriting;
   return true;
 }
 
-MediaFailure MovieWriter::prepare() {
-  if (refusal_) return refusal_;
-  if (tracks_.empty()) return MediaError::refusal("start the movie", "it has no input");
-  if (auto failure = MovieFile::checkFree(path_)) return failure;
+MediaResult<> MovieWriter::prepare() {
+  if (refusal_) return failure(*refusal_);
+  if (tracks_.empty()) return refused("start the movie", "it has no input");
+  IOS_TRY(MovieFile::checkFree(path_));
   begun_ = Clock::shared().wallTime();
-  MediaFailure failure;
-  spool_ = PacketSpool::create(path_, failure);
-  for (auto& track : tracks_) {
-    if (!failure) failure = track.media->open();
-  }
-  return failure;
+  spool_ = IOS_TRY(PacketSpool::create(path_));
+  for (auto& track : tracks_) IOS_TRY(track.media->open());
+  return {};
 }
 
 void MovieWriter::startSession(const CMTime& time) {
   if (!accepts()) return;
   if (!CMTIME_IS_NUMERIC(time)) {
-    fail(MediaError::refusal("start the session", "the time is no number"));
+    fail({"start the session", 0, "the time is not a number"});
     return;
   }
   MutexLock lock(errorMutex_);
@@ -77,26 +80,28 @@ void MovieWriter::finish(std::function<void()> handler) {
 
 void MovieWriter::complete() {
   // Not under the lock: what the encoders still hold comes in through `write`.
-  const auto failure = finishTracks();
-  if (failure) fail(*failure);
+  if (const auto finished = finishTracks(); !finished) fail(finished.error());
   MutexLock lock(mutex_);
-  if (status_ != AVAssetWriterStatusWriting) return;
-  const auto problem = assemble();
-  end(problem ? AVAssetWriterStatusFailed : AVAssetWriterStatusCompleted,
-      problem ? problem->asError() : nullptr);
+  if (!spool_) return;
+  const auto assembled = assemble();
+  spool_ = nullptr;
+  if (status_ != AVAssetWriterStatusWriting) return;  // the movie is what was encoded before the failure
+  end(assembled ? AVAssetWriterStatusCompleted : AVAssetWriterStatusFailed,
+      assembled ? nullptr : assembled.error().asError());
 }
 
-MediaFailure MovieWriter::finishTracks() {
+MediaResult<> MovieWriter::finishTracks() {
   std::vector<std::shared_ptr<MovieTrack>> tracks;
   {
     MutexLock lock(mutex_);
     for (const auto& track : tracks_) tracks.push_back(track.media);
   }
-  MediaFailure failure;
+  MediaResult<> outcome;
   for (const auto& track : tracks) {
-    if (!failure) failure = track->finish(*this);
+    auto finished = track->finish(*this);
+    if (outcome) outcome = std::move(finished);
   }
-  return failure;
+  return outcome;
 }
 
 void MovieWriter::cancel() {
@@ -105,46 +110,55 @@ void MovieWriter::cancel() {
 }
 
 void MovieWriter::abandon() {
-  if (!finishing_) cancel();
+  if (finishing_) return;
+  cancel();
+  MutexLock lock(mutex_);
+  spool_ = nullptr;
 }
 
 void MovieWriter::fail(const MediaError& reason) {
   MutexLock lock(mutex_);
-  if (status_ == AVAssetWriterStatusWriting) end(AVAssetWriterStatusFailed, reason.asError());
+  if (status_ != AVAssetWriterStatusWriting) return;
+  if (!keepsWhatThereIs_) return end(AVAssetWriterStatusFailed, reason.asError());
+  setStatus(AVAssetWriterStatusFailed, reason.asError());
+  // Behind the append that failed, which holds its track.
+  if (!finishing_) dispatch_async(queue_, [self = shared_from_this()] { self->complete(); });
 }
 
 void MovieWriter::end(AVAssetWriterStatus status, std::shared_ptr<NSError> error) {
+  setStatus(status, std::move(error));
+  spool_ = nullptr;
+}
+
+void MovieWriter::setStatus(AVAssetWriterStatus status, std::shared_ptr<NSError> error) {
   {
     MutexLock lock(errorMutex_);
     error_ = std::move(error);
   }
   status_ = status;  // after the error: who sees it failed finds out why
-  spool_ = nullptr;
 }
 
-MediaFailure MovieWriter::write(std::size_t track, AVPacket& packet) {
+MediaResult<> MovieWriter::write(std::size_t track, AVPacket& packet) {
   MutexLock lock(mutex_);
-  if (!spool_) return std::nullopt;  // it ended meanwhile; the next append will tell
+  if (!spool_) return {};  // it ended meanwhile; the next append will tell
   ++tracks_[track].packets;
   return spool_->append(track, packet);
 }
 
-MediaFailure MovieWriter::assemble() {
-  MediaFailure failure;
-  const auto file = MovieFile::create(path_, container_, begun_, failure);
-  if (failure) return failure;
+MediaResult<> MovieWriter::assemble() {
+  const auto file = IOS_TRY(MovieFile::create(path_, container_, begun_));
   std::vector<int> streams;  // the file's numbers of the tracks that have anything
   int count = 0;
   for (const Track& track : tracks_) {
     streams.push_back(track.packets > 0 ? count++ : -1);
     if (track.packets == 0) continue;
-    if ((failure = file->addStream(track.media->description()))) return failure;
+    IOS_TRY(file->addStream(track.media->description()));
   }
-  if (count == 0) return MediaError::refusal("complete the movie", "nothing was appended");
-  if ((failure = file->start())) return failure;
-  failure =
-      spool_->drain([&](std::size_t track, AVPacket& packet) { return file->write(streams[track], packet); });
-  return failure ? failure : file->complete();
+  if (count == 0) return refused("complete the movie", "nothing was appended");
+  IOS_TRY(file->start());
+  IOS_TRY(spool_->drain(
+      [&](std::size_t track, AVPacket& packet) { return file->write(streams[track], packet); }));
+  return file->complete();
 }
 
 }  // namespace ios

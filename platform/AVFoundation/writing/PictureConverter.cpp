@@ -4,16 +4,28 @@
 #include <utility>
 #include <vector>
 
-#include "AVFoundation/PictureConverter+Private.h"
-#include "CoreVideo/CVPixelBuffer+Private.h"
+#include "AVFoundation/Private/PictureConverter.h"
 
 namespace ios {
 namespace {
 
 const std::string kConvert = "convert a picture";
 
-/// Repeats the last column and row of `plane` where the picture, `width` by `height`, falls short of the
-/// frame.
+class LockedForReading {
+ public:
+  explicit LockedForReading(const CVPixelBufferRef& buffer) : buffer_(buffer) {
+    CVPixelBufferLockBaseAddress(buffer_, kReading);
+  }
+  ~LockedForReading() { CVPixelBufferUnlockBaseAddress(buffer_, kReading); }
+  LockedForReading(const LockedForReading&) = delete;
+
+ private:
+  static constexpr CVPixelBufferLockFlags kReading = 1;
+  const CVPixelBufferRef& buffer_;
+};
+
+/// Repeats the last column and row of `plane` where the picture, `width` by `height`, falls short
+/// of the frame.
 void repeatEdges(std::uint8_t* plane, int stride, const CVPixelSize& picture, const CVPixelSize& frame) {
   if (frame.width > picture.width) {
     for (std::size_t row = 0; row < picture.height; ++row) {
@@ -33,21 +45,17 @@ CVPixelSize PictureConverter::evenSize(const CVPixelSize& size) {
   return {(size.width + 1) / 2 * 2, (size.height + 1) / 2 * 2};
 }
 
-MediaFailure PictureConverter::convert(const CVPixelBufferRef& buffer, bool& changed) {
-  changed = false;
-  const std::uint64_t generation = buffer->generation();
-  if (current_ && generation != 0 && generation == generation_) return std::nullopt;
-  if (auto failure = prepareSpare()) return failure;
-  if (auto failure = fillSpare(buffer)) return failure;
-  generation_ = generation;
+MediaResult<bool> PictureConverter::convert(const CVPixelBufferRef& buffer) {
+  IOS_TRY(prepareSpare());
+  IOS_TRY(fillSpare(buffer));
   // The encoder's own pictures are compared: they are less than half of the buffer, and what does not show in
-  // them is no change.
-  changed = !current_ || !spareEqualsCurrent();
+  // them does not count as a change.
+  const bool changed = !current_ || !spareEqualsCurrent();
   std::swap(current_, spare_);
-  return std::nullopt;
+  return changed;
 }
 
-MediaFailure PictureConverter::prepareSpare() {
+MediaResult<> PictureConverter::prepareSpare() {
   if (!spare_) {
     spare_.reset(av_frame_alloc());
     if (!spare_) return failed(kConvert, AVERROR(ENOMEM));
@@ -55,21 +63,21 @@ MediaFailure PictureConverter::prepareSpare() {
     spare_->format = AV_PIX_FMT_YUV420P;
     spare_->width = static_cast<int>(even.width);
     spare_->height = static_cast<int>(even.height);
-    return failed(kConvert, av_frame_get_buffer(spare_.get(), 0));
+    return checked(kConvert, av_frame_get_buffer(spare_.get(), 0));
   }
-  return failed(kConvert, av_frame_make_writable(spare_.get()));
+  return checked(kConvert, av_frame_make_writable(spare_.get()));
 }
 
-MediaFailure PictureConverter::fillSpare(const CVPixelBufferRef& buffer) {
-  const PixelLayout& layout = buffer->layout();
-  const std::uint8_t* pixels = buffer->pixels();
-  int stride = static_cast<int>(layout.bytesPerRow);
+MediaResult<> PictureConverter::fillSpare(const CVPixelBufferRef& buffer) {
+  const LockedForReading lock(buffer);
+  const auto* pixels = static_cast<const std::uint8_t*>(CVPixelBufferGetBaseAddress(buffer));
+  int stride = static_cast<int>(CVPixelBufferGetBytesPerRow(buffer));
+  const CVPixelSize drawn{CVPixelBufferGetWidth(buffer), CVPixelBufferGetHeight(buffer)};
   const int width = static_cast<int>(size_.width), height = static_cast<int>(size_.height);
-  if (layout.size != size_) {
+  if (drawn != size_) {
     stretched_.resize(size_.width * size_.height * 4);
-    if (libyuv::ARGBScale(pixels, stride, static_cast<int>(layout.size.width),
-                          static_cast<int>(layout.size.height), stretched_.data(), width * 4, width, height,
-                          libyuv::kFilterBox) != 0) {
+    if (libyuv::ARGBScale(pixels, stride, static_cast<int>(drawn.width), static_cast<int>(drawn.height),
+                          stretched_.data(), width * 4, width, height, libyuv::kFilterBox) != 0) {
       return failed(kConvert, AVERROR(ENOMEM));
     }
     pixels = stretched_.data();
@@ -81,7 +89,7 @@ MediaFailure PictureConverter::fillSpare(const CVPixelBufferRef& buffer) {
     return failed(kConvert, AVERROR(EINVAL));
   }
   repeatEdges(spare_->data[0], spare_->linesize[0], size_, evenSize(size_));
-  return std::nullopt;
+  return {};
 }
 
 bool PictureConverter::spareEqualsCurrent() const {

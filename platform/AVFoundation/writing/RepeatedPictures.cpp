@@ -1,9 +1,9 @@
-#include "AVFoundation/RepeatedPictures+Private.h"
+#include "AVFoundation/Private/RepeatedPictures.h"
 
 #include <array>
 #include <utility>
 
-#include "AVFoundation/BitStream+Private.h"
+#include "AVFoundation/Private/BitStream.h"
 
 namespace ios {
 namespace {
@@ -11,8 +11,8 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using View = std::span<const std::uint8_t>;
 
-// Kinds of units, the low five bits of their first byte, and what the next two say of a picture others refer
-// to.
+// Kinds of units, the low five bits of their first byte, and what the next two say of a picture
+// others refer to.
 constexpr int kSlice = 1, kKeySlice = 5, kSequenceParameters = 7, kPictureParameters = 8;
 constexpr std::uint8_t kReference = 3 << 5;
 // The encoder's only picture parameter set is number 0.

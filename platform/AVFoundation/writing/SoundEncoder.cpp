@@ -1,12 +1,8 @@
-#include "AVFoundation/SoundEncoder+Private.h"
+#include "AVFoundation/Private/SoundEncoder.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <utility>
-
-#include "AVFoundation/AVAudioSettings.h"
-#include "CoreVideo/CVPixelBuffer+Private.h"
 
 namespace ios {
 namespace {
@@ -17,17 +13,6 @@ const std::string kEncode = "encode sound";
 const std::string kFlush = "flush the audio encoder";
 
 constexpr int kMostFrames = 1024;
-
-const AVCodec* aacCodec() {
-  return avcodec_find_encoder_by_name("aac");
-}
-
-bool supportsRate(const AVCodec& codec, double rate) {
-  for (const int* supported = codec.supported_samplerates; supported && *supported; ++supported) {
-    if (*supported == rate) return true;
-  }
-  return false;
-}
 
 /// The standard arrangement of so many loudspeakers.
 AVChannelLayout layoutOf(const CMAudioFormat& format) {
@@ -42,37 +27,19 @@ int rateOf(const CMAudioFormat& format) {
 
 }  // namespace
 
-std::optional<SoundEncoder::Settings> SoundEncoder::Settings::from(const NSDictionary& output) {
-  const AVCodec* codec = aacCodec();
-  Settings settings;
-  settings.format.sampleRate = numberAt(output, AVSampleRateKey, 0);
-  const double channels = numberAt(output, AVNumberOfChannelsKey, 0);
-  if (numberAt(output, AVFormatIDKey, 0) != static_cast<double>(kAudioFormatMPEG4AAC) ||
-      (channels != 1 && channels != 2)) {
-    return std::nullopt;
-  }
-  if (codec && !supportsRate(*codec, settings.format.sampleRate)) return std::nullopt;
-  settings.format.channels = static_cast<std::uint32_t>(channels);
-  const double bitRate = numberAt(output, AVEncoderBitRateKey, 64000 * channels);
-  if (!(bitRate >= 1000 && bitRate <= 1e6)) return std::nullopt;
-  settings.bitRate = std::llround(bitRate);
-  return settings;
-}
-
 SoundEncoder::SoundEncoder(const CMAudioFormat& format, AVSampleFormat sampleFormat)
     : format_(format),
       sampleFormat_(sampleFormat),
       queue_(av_audio_fifo_alloc(sampleFormat, static_cast<int>(format.channels), 4 * kMostFrames)) {}
 
-std::unique_ptr<SoundEncoder> SoundEncoder::openAAC(const Settings& settings, MediaFailure& failure) {
+MediaResult<std::unique_ptr<SoundEncoder>> SoundEncoder::openAAC(const SoundSettings& settings) {
   ffmpeg::keepQuiet();
-  if ((failure = codecFault(kOpen))) return nullptr;
-  const AVCodec* codec = aacCodec();
+  IOS_TRY(codecFault(kOpen));
+  const AVCodec* codec = ffmpeg::aacEncoder();
   ffmpeg::CodecContext context(codec ? avcodec_alloc_context3(codec) : nullptr);
   std::unique_ptr<SoundEncoder> encoder(new SoundEncoder(settings.format, AV_SAMPLE_FMT_FLTP));
   if (!codec || !context || !encoder->queue_) {
-    failure = failed(kOpen, codec ? AVERROR(ENOMEM) : AVERROR_ENCODER_NOT_FOUND);
-    return nullptr;
+    return failed(kOpen, codec ? AVERROR(ENOMEM) : AVERROR_ENCODER_NOT_FOUND);
   }
   context->sample_fmt = AV_SAMPLE_FMT_FLTP;
   context->sample_rate = rateOf(settings.format);
@@ -80,18 +47,17 @@ std::unique_ptr<SoundEncoder> SoundEncoder::openAAC(const Settings& settings, Me
   context->time_base = {1, context->sample_rate};
   context->bit_rate = settings.bitRate;
   context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER | AV_CODEC_FLAG_BITEXACT;
-  if ((failure = failed(kOpen, avcodec_open2(context.get(), codec, nullptr)))) return nullptr;
+  IOS_TRY(checked(kOpen, avcodec_open2(context.get(), codec, nullptr)));
   encoder->codec_ = std::move(context);
   return encoder;
 }
 
-std::unique_ptr<SoundEncoder> SoundEncoder::openPCM(const CMAudioFormat& format, MediaFailure& failure) {
+MediaResult<std::unique_ptr<SoundEncoder>> SoundEncoder::openPCM(const CMAudioFormat& format) {
   ffmpeg::keepQuiet();
-  if ((failure = codecFault(kOpen))) return nullptr;
+  IOS_TRY(codecFault(kOpen));
   std::unique_ptr<SoundEncoder> encoder(new SoundEncoder(format, AV_SAMPLE_FMT_S16));
   if (!encoder->queue_) {
-    failure = failed(kOpen, AVERROR(ENOMEM));
-    return nullptr;
+    return failed(kOpen, AVERROR(ENOMEM));
   }
   return encoder;
 }
@@ -112,10 +78,10 @@ ffmpeg::Stream SoundEncoder::stream() const {
   return {std::move(parameters), {1, rateOf(format_)}};
 }
 
-MediaFailure SoundEncoder::prepareResampler(const CMAudioFormat& source) {
-  if (resampler_ && source == source_) return std::nullopt;
+MediaResult<> SoundEncoder::prepareResampler(const CMAudioFormat& source) {
+  if (resampler_ && source == source_) return {};
   if (resampler_) {
-    if (auto failure = resample(nullptr, 0)) return failure;
+    IOS_TRY(resample(nullptr, 0));
   }
   source_ = source;
   AVChannelLayout from = layoutOf(source), to = layoutOf(format_);
@@ -123,57 +89,57 @@ MediaFailure SoundEncoder::prepareResampler(const CMAudioFormat& source) {
   const int result = swr_alloc_set_opts2(&context, &to, sampleFormat_, rateOf(format_), &from,
                                          AV_SAMPLE_FMT_S16, rateOf(source), 0, nullptr);
   resampler_.reset(context);
-  if (auto failure = failed(kConvert, result)) return failure;
-  return failed(kConvert, swr_init(context));
+  IOS_TRY(checked(kConvert, result));
+  return checked(kConvert, swr_init(context));
 }
 
-MediaFailure SoundEncoder::resample(const std::int16_t* samples, int frames) {
+MediaResult<> SoundEncoder::resample(const std::int16_t* samples, int frames) {
   const int most = swr_get_out_samples(resampler_.get(), frames);
-  if (most <= 0) return failed(kConvert, most);
+  if (most <= 0) return checked(kConvert, most);
   ffmpeg::Frame out(av_frame_alloc());
   if (!out) return failed(kConvert, AVERROR(ENOMEM));
   out->format = sampleFormat_;
   out->ch_layout = layoutOf(format_);
   out->sample_rate = rateOf(format_);
   out->nb_samples = most;
-  if (auto failure = failed(kConvert, av_frame_get_buffer(out.get(), 0))) return failure;
+  IOS_TRY(checked(kConvert, av_frame_get_buffer(out.get(), 0)));
   const auto* input = reinterpret_cast<const std::uint8_t*>(samples);
   const int converted =
       swr_convert(resampler_.get(), out->extended_data, most, samples ? &input : nullptr, frames);
-  if (auto failure = failed(kConvert, converted)) return failure;
-  return failed(kConvert,
-                av_audio_fifo_write(queue_.get(), reinterpret_cast<void**>(out->extended_data), converted));
+  IOS_TRY(checked(kConvert, converted));
+  return checked(kConvert,
+                 av_audio_fifo_write(queue_.get(), reinterpret_cast<void**>(out->extended_data), converted));
 }
 
-MediaFailure SoundEncoder::encode(std::span<const std::int16_t> samples, const CMAudioFormat& format,
-                                  const ffmpeg::PacketSink& sink) {
-  if (auto fault = codecFault(kEncode)) return fault;
-  if (auto failure = prepareResampler(format)) return failure;
-  if (auto failure = resample(samples.data(), static_cast<int>(samples.size() / format.channels)))
-    return failure;
+MediaResult<> SoundEncoder::encode(std::span<const std::int16_t> samples, const CMAudioFormat& format,
+                                   const ffmpeg::PacketSink& sink) {
+  IOS_TRY(codecFault(kEncode));
+  IOS_TRY(prepareResampler(format));
+  IOS_TRY(resample(samples.data(), static_cast<int>(samples.size() / format.channels)));
   return encodeQueued(false, sink);
 }
 
-MediaFailure SoundEncoder::flush(const ffmpeg::PacketSink& sink) {
-  if (auto fault = codecFault(kFlush)) return fault;
+MediaResult<> SoundEncoder::flush(const ffmpeg::PacketSink& sink) {
+  IOS_TRY(codecFault(kFlush));
   if (resampler_) {
-    if (auto failure = resample(nullptr, 0)) return failure;
+    IOS_TRY(resample(nullptr, 0));
   }
-  if (auto failure = encodeQueued(true, sink)) return failure;
-  return codec_ ? ffmpeg::encode(*codec_, nullptr, kFlush, sink) : std::nullopt;
+  IOS_TRY(encodeQueued(true, sink));
+  if (!codec_) return {};
+  return ffmpeg::encode(*codec_, nullptr, kFlush, sink);
 }
 
-MediaFailure SoundEncoder::encodeQueued(bool everything, const ffmpeg::PacketSink& sink) {
+MediaResult<> SoundEncoder::encodeQueued(bool everything, const ffmpeg::PacketSink& sink) {
   // AAC has frames of one size, but for the last; plain samples go as they are.
   const int size = codec_ ? codec_->frame_size : kMostFrames;
   const int least = codec_ && !everything ? size : 1;
   while (av_audio_fifo_size(queue_.get()) >= least) {
-    if (auto failure = encodeFrame(std::min(size, av_audio_fifo_size(queue_.get())), sink)) return failure;
+    IOS_TRY(encodeFrame(std::min(size, av_audio_fifo_size(queue_.get())), sink));
   }
-  return std::nullopt;
+  return {};
 }
 
-MediaFailure SoundEncoder::encodeFrame(int frames, const ffmpeg::PacketSink& sink) {
+MediaResult<> SoundEncoder::encodeFrame(int frames, const ffmpeg::PacketSink& sink) {
   const std::int64_t time = time_;
   time_ += frames;
   if (!codec_) {
@@ -182,7 +148,7 @@ MediaFailure SoundEncoder::encodeFrame(int frames, const ffmpeg::PacketSink& sin
       return failed(kEncode, AVERROR(ENOMEM));
     }
     void* planes[] = {packet->data};
-    if (auto failure = failed(kEncode, av_audio_fifo_read(queue_.get(), planes, frames))) return failure;
+    IOS_TRY(checked(kEncode, av_audio_fifo_read(queue_.get(), planes, frames)));
     packet->pts = packet->dts = time;
     packet->duration = frames;
     packet->flags |= AV_PKT_FLAG_KEY;
@@ -195,12 +161,9 @@ MediaFailure SoundEncoder::encodeFrame(int frames, const ffmpeg::PacketSink& sin
   frame->sample_rate = rateOf(format_);
   frame->nb_samples = frames;
   frame->pts = time;
-  if (auto failure = failed(kEncode, av_frame_get_buffer(frame.get(), 0))) return failure;
-  if (auto failure =
-          failed(kEncode,
-                 av_audio_fifo_read(queue_.get(), reinterpret_cast<void**>(frame->extended_data), frames))) {
-    return failure;
-  }
+  IOS_TRY(checked(kEncode, av_frame_get_buffer(frame.get(), 0)));
+  IOS_TRY(checked(kEncode,
+                  av_audio_fifo_read(queue_.get(), reinterpret_cast<void**>(frame->extended_data), frames)));
   return ffmpeg::encode(*codec_, frame.get(), kEncode, sink);
 }
 

@@ -31,7 +31,7 @@ class PlayerBar : public Subclass<PlayerBar, UIControl> {
   double share() const { return share_; }
   void setShare(double share);
   void drawRect(const CGRect& rect) override;
-  /// Tell of UIControlEventValueChanged, with `share` set.
+  /// Send UIControlEventValueChanged, with `share` set.
   void touchesBegan(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
   void touchesMoved(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
 
@@ -56,10 +56,10 @@ class PlayerControls : public Subclass<PlayerControls, UIView> {
   static MethodList methods();
   void setPlayer(std::shared_ptr<AVPlayer> player);
   void update();
-  /// Called when a finger moved along the bar.
+  /// Called when a finger has moved along the bar.
   void setOnMove(std::function<void()> moved) { onMove_ = std::move(moved); }
   void layoutSubviews() override;
-  /// Beside the controls, touches are the picture's.
+  /// Touches beside the controls go to the picture.
   bool pointInside(CGPoint point, const std::shared_ptr<UIEvent>& event) const override;
 
  private:

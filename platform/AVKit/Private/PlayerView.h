@@ -3,12 +3,12 @@
 #include <memory>
 
 #include "AVFoundation/AVPlayer.h"
-#include "AVKit/PlayerControls+Private.h"
+#include "AVKit/Private/PlayerControls.h"
 #include "UIKit/UIImageView.h"
 
 namespace ios {
 
-/// A movie's picture. While it plays there is a new one many times a second, and none is looked at for long.
+/// A movie's picture, replaced many times a second while the movie plays.
 class PlayerPicture : public Subclass<PlayerPicture, UIImageView> {
  public:
   PlayerPicture();

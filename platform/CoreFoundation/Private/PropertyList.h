@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <span>
 #include <string>
 
+#include "Base/Result.h"
 #include "CoreFoundation/PropertyList.h"
 
 namespace ios::plist {
@@ -17,8 +17,11 @@ inline const std::string kTooDeep = "nests deeper than 512 levels";
 inline const std::string kTooMany = "unfolds to more than 1,000,000 values";
 inline const std::string kTooLarge = "unfolds to more than 256 MB of texts and data";
 
-/// Empty, with `problem` set, when the bytes are damaged or exceed the limits above.
-std::optional<PropertyList> parseXML(std::span<const std::uint8_t> bytes, std::string& problem);
-std::optional<PropertyList> parseBinary(std::span<const std::uint8_t> bytes, std::string& problem);
+/// What was read, or what is wrong with it: "is a binary property list cut short".
+using Parsed = Result<PropertyList, std::string>;
+
+/// Fail when the bytes are damaged or exceed the limits above.
+Parsed parseXML(std::span<const std::uint8_t> bytes);
+Parsed parseBinary(std::span<const std::uint8_t> bytes);
 
 }  // namespace ios::plist

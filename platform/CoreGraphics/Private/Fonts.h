@@ -21,9 +21,9 @@ using PangoHandle = std::unique_ptr<T, PangoDeleter>;
 
 /// The calling thread's fonts; they live until it ends.
 PangoFontMap* threadFontMap();
-/// A context for layouts in points, whose measures do not depend on the scale they are drawn at.
+/// A context for layouts in points, whose metrics do not depend on the scale they are drawn at.
 PangoHandle<PangoContext> makeTextContext();
-/// The machine's font for the platform's one.
+/// The machine's font that stands in for the platform's.
 PangoHandle<PangoFontDescription> resolveFont(const FontDescription& font);
 
 }  // namespace ios

@@ -6,8 +6,9 @@
 #include <functional>
 #include <memory>
 
+#include "Base/Mutex.h"
+#include "Base/Result.h"
 #include "CoreVideo/CVPixelBuffer.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
@@ -23,9 +24,8 @@ struct PixelLayout {
   std::size_t bytesPerRow = 0;
   std::size_t byteCount() const { return bytesPerRow * size.height; }
 
-  /// The row alignment is taken from `attributes`. False, with `problem` set, for one that cannot be met.
-  static bool make(const CVPixelSize& size, const NSDictionary& attributes, PixelLayout& layout,
-                   CVReturn& problem);
+  /// The row alignment is taken from `attributes`. Fails for a size or an alignment that cannot be met.
+  static Result<PixelLayout, CVReturn> make(const CVPixelSize& size, const NSDictionary& attributes);
   /// Zeroed; null when there is no memory.
   PixelMemory allocate() const;
 };
@@ -42,10 +42,6 @@ class CVPixelBuffer {
   void lock();
   bool unlock();
   void* address() const;
-  /// For the platform's own readers, who hold no lock.
-  const std::uint8_t* pixels() const { return memory_.get(); }
-  void setGeneration(std::uint64_t generation);
-  std::uint64_t generation() const;
 
  private:
   const PixelLayout layout_;
@@ -53,10 +49,6 @@ class CVPixelBuffer {
   const Recycle recycle_;
   mutable Mutex mutex_;
   std::size_t locks_ IOS_GUARDED_BY(mutex_) = 0;
-  std::uint64_t generation_ IOS_GUARDED_BY(mutex_) = 0;
 };
-
-/// A number of a property list, whatever its kind; `missing` when there is none, NaN for what is no number.
-double numberAt(const NSDictionary& values, const std::string& key, double missing);
 
 }  // namespace ios

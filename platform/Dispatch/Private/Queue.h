@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
+#include "Base/Mutex.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
@@ -48,7 +48,7 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   void run(const dispatch_block_t& block) noexcept;
   void enqueue(Item item);
   void askForTurn();
-  /// A turn: takes items until there is none.
+  /// A turn: runs items until none is left.
   void drain();
   bool takeFreeTurn();
   void giveUpTurn();

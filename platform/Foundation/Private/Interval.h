@@ -7,10 +7,10 @@
 
 namespace ios {
 
-/// `seconds` as the clock counts; beyond its range a time that never comes, and 0 for what is no number.
+/// `seconds` as the clock counts; beyond its range a time that never comes, and 0 for NaN.
 inline Clock::Duration durationFromSeconds(double seconds) {
-  constexpr double kNever =
-      4e18;  // ns: more than a century, and far enough from the end of the range to be added to
+  // ns: more than a century, and far enough from the end of the range to be added to
+  constexpr double kNever = 4e18;
   const double nanoseconds = seconds * 1e9;
   if (std::isnan(nanoseconds)) return Clock::Duration(0);
   if (nanoseconds >= kNever) return Clock::Duration(static_cast<std::int64_t>(kNever));

@@ -10,8 +10,8 @@ namespace ios {
 /// A table of localised texts by key.
 struct StringsTable {
   std::map<std::string, std::string> texts;
-  /// Empty, or what is wrong, beginning with the line ("12: expected ;"); then `texts` has what stands before
-  /// it.
+  /// Empty, or what is wrong, beginning with the line ("12: expected ;"); then `texts` has what
+  /// stands before it.
   std::string problem;
 };
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Foundation/NSError.h"
-#include "Photos/Identifier+Private.h"
+#include "Photos/Private/Identifier.h"
 
 namespace ios::photos {
 

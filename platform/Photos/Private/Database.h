@@ -3,10 +3,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
+
+#include "Base/Result.h"
 
 struct sqlite3;
 
@@ -21,33 +22,34 @@ struct DatabaseFailure {
   /// "could not write the photo library: database or disk is full (13)"
   std::string description() const;
 };
-using DatabaseResult = std::optional<DatabaseFailure>;
+template <class Value = void>
+using DatabaseResult = Result<Value, DatabaseFailure>;
 
 /// A connection to the library's file; one thread at a time.
 class Database {
  public:
   enum class Mode { read, change };
-  /// For changes the file is made if there is none. `patience`: how long a statement waits for another
-  /// process.
-  static std::unique_ptr<Database> open(const std::filesystem::path& file, Mode mode,
-                                        int patienceMilliseconds, DatabaseFailure& failure);
+  /// For changes the file is made if there is none. `patience`: how long a statement waits
+  /// for another process.
+  static DatabaseResult<std::unique_ptr<Database>> open(const std::filesystem::path& file, Mode mode,
+                                                        int patienceMilliseconds);
   ~Database();
   Database(const Database&) = delete;
 
   using Value = std::variant<std::int64_t, double, std::string>;
   /// Values of the result; NULL and data read as 0.
   using Row = std::vector<Value>;
+  using Rows = std::vector<Row>;
 
   /// Runs one statement with its parameters; `operation` is what a failure says could not be done.
-  [[nodiscard]] DatabaseResult run(const char* operation, const char* statement,
-                                   const std::vector<Value>& parameters = {},
-                                   std::vector<Row>* rows = nullptr);
+  [[nodiscard]] DatabaseResult<Rows> run(const char* operation, const char* statement,
+                                         const std::vector<Value>& parameters = {});
   /// Ends a transaction that failed; whatever state it is in.
   void rollBack();
 
  private:
   explicit Database(sqlite3* handle) : handle_(handle) {}
-  DatabaseFailure failure(const char* operation) const;
+  tl::unexpected<DatabaseFailure> failed(const char* operation) const;
   sqlite3* handle_;
 };
 

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "Base/FileDescriptor.h"
+
 namespace ios::photos {
 
 /// Orders readers of the library and whoever moves it out of the way, of all processes and threads. SQLite
@@ -13,12 +15,9 @@ class FolderLock {
   enum class Mode { reading, moving };
   /// Waits while another one moves, or, to move, while others read. That takes as long as one statement.
   FolderLock(const std::filesystem::path& folder, Mode mode);
-  ~FolderLock();
-  FolderLock(const FolderLock&) = delete;
-  FolderLock& operator=(const FolderLock&) = delete;
 
  private:
-  const int descriptor_;
+  const FileDescriptor folder_;
 };
 
 }  // namespace ios::photos

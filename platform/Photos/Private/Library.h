@@ -4,12 +4,16 @@
 #include <string>
 #include <vector>
 
+#include "Base/Result.h"
 #include "Device/Files.h"
 #include "Dispatch/Queue.h"
-#include "Photos/Changes+Private.h"
-#include "Photos/LibraryReader+Private.h"
+#include "Photos/Private/Changes.h"
+#include "Photos/Private/LibraryReader.h"
 
 namespace ios::photos {
+
+template <class Value = void>
+using LibraryResult = Result<Value, std::shared_ptr<NSError>>;
 
 /// The library of this process's device. What changes it runs on `queue()`, one transaction after another;
 /// `reader()` is for any thread.
@@ -23,27 +27,29 @@ class Library {
   const dispatch_queue_t& completionQueue() const { return completionQueue_; }
   LibraryReader& reader() { return reader_; }
 
-  using Failure = std::shared_ptr<NSError>;
-  /// All of it or nothing; empty when it happened. On `queue()`.
-  [[nodiscard]] Failure apply(const Changes& changes);
-  /// A UUID that no object has, in any process; empty with `failure` set. On `queue()`.
-  std::string newUUID(Failure& failure);
+  /// All of it or nothing. On `queue()`.
+  [[nodiscard]] LibraryResult<> apply(const Changes& changes);
+  /// A UUID that no object has, in any process. On `queue()`.
+  LibraryResult<std::string> newUUID();
 
  private:
   explicit Library(MediaFolder folder);
 
   struct Incoming;
-  Failure open() IOS_REQUIRES(mutex_);
-  Failure openChecked() IOS_REQUIRES(mutex_);
-  Failure sweep() IOS_REQUIRES(mutex_);
+  LibraryResult<> open() IOS_REQUIRES(mutex_);
+  LibraryResult<> openChecked() IOS_REQUIRES(mutex_);
+  LibraryResult<> sweep() IOS_REQUIRES(mutex_);
   bool isStillThere() const IOS_REQUIRES(mutex_);
-  Failure takeIn(const Changes& changes, std::vector<Incoming>& incoming) const;
-  Failure write(const Changes& changes, std::vector<Incoming>& incoming, std::vector<std::int64_t>& removed)
+  LibraryResult<std::vector<Incoming>> takeIn(const Changes& changes) const;
+  /// The numbers of the movies that are of no asset any more.
+  LibraryResult<std::vector<std::int64_t>> write(const Changes& changes, std::vector<Incoming>& incoming)
       IOS_REQUIRES(mutex_);
-  Failure place(Incoming& incoming) IOS_REQUIRES(mutex_);
-  Failure add(const Changes::Addition& addition) IOS_REQUIRES(mutex_);
-  /// After a failure; a damaged library is looked at closely when it is next opened.
-  Failure refused(const DatabaseFailure& failure) IOS_REQUIRES(mutex_);
+  LibraryResult<> place(Incoming& incoming) IOS_REQUIRES(mutex_);
+  LibraryResult<> add(const Changes::Addition& addition) IOS_REQUIRES(mutex_);
+  /// Runs a statement. A failure ends the transaction, and a damaged library is looked at closely
+  /// when it is next opened.
+  LibraryResult<Database::Rows> run(const char* operation, const char* statement,
+                                    const std::vector<Database::Value>& parameters = {}) IOS_REQUIRES(mutex_);
   void close();
 
   const MediaFolder folder_;
@@ -56,7 +62,7 @@ class Library {
   ino_t inode_ IOS_GUARDED_BY(mutex_) = 0;
 };
 
-Library::Failure failureOf(const FileError& error);
-Library::Failure failureOf(const DatabaseFailure& failure);
+tl::unexpected<std::shared_ptr<NSError>> failed(const FileError& error);
+tl::unexpected<std::shared_ptr<NSError>> failed(const DatabaseFailure& failure);
 
 }  // namespace ios::photos

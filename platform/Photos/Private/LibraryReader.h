@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "ObjectiveC/Mutex.h"
-#include "Photos/Database+Private.h"
-#include "Photos/MediaFolder+Private.h"
+#include "Base/Mutex.h"
+#include "Photos/Private/Database.h"
+#include "Photos/Private/MediaFolder.h"
 
 namespace ios::photos {
 
@@ -20,7 +20,6 @@ struct AssetFacts {
   std::string uuid;
   double duration = 0;  // seconds
   std::int64_t width = 0, height = 0;
-  double created = 0;  // seconds since 1970
 };
 
 /// Reads the library and never changes it. Any thread; a writer does not hold it up. Without a library there
@@ -32,8 +31,9 @@ class LibraryReader {
   LibraryReader(MediaFolder folder, int patienceMilliseconds)
       : folder_(std::move(folder)), patienceMilliseconds_(patienceMilliseconds) {}
 
-  // In the order in which they were added.
+  /// In the order in which they were added.
   std::vector<AlbumFacts> albums();
+  std::vector<AssetFacts> assets();
   std::vector<AssetFacts> assetsOf(const std::string& album);
   std::optional<AlbumFacts> album(const std::string& uuid);
   std::optional<AssetFacts> asset(const std::string& uuid);
@@ -43,9 +43,9 @@ class LibraryReader {
   void close();
 
  private:
-  std::vector<Database::Row> rows(const char* statement, const std::vector<Database::Value>& parameters = {});
-  /// The connection, anew when another file has taken the library's place; empty without a library.
-  Database* connection(DatabaseFailure& failure) IOS_REQUIRES(mutex_);
+  Database::Rows rows(const char* statement, const std::vector<Database::Value>& parameters = {});
+  /// The connection, anew when another file has taken the library's place; null without a library.
+  DatabaseResult<Database*> connection() IOS_REQUIRES(mutex_);
 
   const MediaFolder folder_;
   const int patienceMilliseconds_;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "Base/Result.h"
 #include "Device/Files.h"
 
 namespace ios::photos {
@@ -15,13 +16,13 @@ struct MovieFacts {
   std::optional<double> created;
 };
 
-/// Reads what a movie file says of itself. Empty, with `problem` set, unless it is a movie with pictures all
-/// of whose samples lie within the file.
-std::optional<MovieFacts> readMovie(const std::filesystem::path& file, std::string& problem);
+/// Reads what a movie file says of itself. Fails, saying why, unless it is a movie with pictures all of whose
+/// samples lie within the file.
+Result<MovieFacts, std::string> readMovie(const std::filesystem::path& file);
 
 /// Copies a file to `to`, which must not exist, sharing its blocks where the disk can, and syncs it. After a
 /// failure there is nothing at `to`.
-[[nodiscard]] std::optional<FileError> copyMovie(const std::filesystem::path& from,
-                                                 const std::filesystem::path& to);
+[[nodiscard]] Result<void, FileError> copyMovie(const std::filesystem::path& from,
+                                                const std::filesystem::path& to);
 
 }  // namespace ios::photos

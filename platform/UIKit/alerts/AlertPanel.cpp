@@ -1,8 +1,8 @@
-#include "UIKit/AlertPanel+Private.h"
+#include "UIKit/Private/AlertPanel.h"
 
 #include <algorithm>
 
-#include "UIKit/Chrome+Private.h"
+#include "UIKit/Private/Chrome.h"
 #include "UIKit/UILabel.h"
 #include "UIKit/UIScrollView.h"
 
@@ -103,8 +103,7 @@ void AlertPanel::setActions(const std::vector<std::shared_ptr<UIAlertAction>>& a
     (row->isCancel() ? cancel : rows_.emplace_back()) = row;
   }
   if (cancel && style_ == Style::actionSheet) cancel_ = cancel;
-  // Of two actions side by side cancel comes first, below one another last; `layoutRows` turns the order
-  // round.
+  // Cancel comes last when actions are stacked, but first of two side by side; `layoutRows` reverses those.
   if (cancel && style_ == Style::alert) rows_.push_back(cancel);
   for (const auto& row : rows_) list_->addSubview(row);
   if (cancel_) cancelGroup_->addSubview(cancel_);

@@ -1,10 +1,10 @@
-#include "UIKit/AlertRow+Private.h"
+#include "UIKit/Private/AlertRow.h"
 
 #include <algorithm>
 #include <cmath>
 #include <sstream>
 
-#include "UIKit/Chrome+Private.h"
+#include "UIKit/Private/Chrome.h"
 #include "UIKit/UILabel.h"
 
 namespace ios {

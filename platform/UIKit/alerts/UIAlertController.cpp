@@ -2,19 +2,10 @@
 
 #include <algorithm>
 
-#include "UIKit/AlertPanel+Private.h"
+#include "UIKit/Private/AlertPanel.h"
 #include "UIKit/UIDevice.h"
 
 namespace ios {
-
-namespace {
-
-bool inPopover(UIAlertControllerStyle style) {
-  return style == UIAlertControllerStyle::actionSheet &&
-         UIDevice::currentDevice()->userInterfaceIdiom() == UIUserInterfaceIdiom::pad;
-}
-
-}  // namespace
 
 std::shared_ptr<UIAlertAction> UIAlertAction::actionWithTitle(std::string title, UIAlertActionStyle style,
                                                               Handler handler) {
@@ -48,15 +39,14 @@ void UIAlertController::addAction(const std::shared_ptr<UIAlertAction>& action) 
   if (isViewLoaded()) view()->setNeedsLayout();
 }
 
-UIModalPresentationStyle UIAlertController::modalPresentationStyle() const {
-  return inPopover(style_) ? UIModalPresentationStyle::popover : UIViewController::modalPresentationStyle();
+PresentationStyle UIAlertController::presentationStyle() const {
+  if (style_ == UIAlertControllerStyle::alert) return PresentationStyle::alert;
+  const bool onPad = UIDevice::currentDevice()->userInterfaceIdiom() == UIUserInterfaceIdiom::pad;
+  return onPad ? PresentationStyle::popover : PresentationStyle::actionSheet;
 }
 
 void UIAlertController::loadView() {
-  const auto style = style_ == UIAlertControllerStyle::alert ? AlertPanel::Style::alert
-                     : inPopover(style_)                     ? AlertPanel::Style::popover
-                                                             : AlertPanel::Style::actionSheet;
-  setView(std::make_shared<AlertPanel>(style, alertTitle_, message_));
+  setView(std::make_shared<AlertPanel>(presentationStyle(), alertTitle_, message_));
 }
 
 std::shared_ptr<AlertPanel> UIAlertController::panel() {
@@ -68,7 +58,7 @@ std::shared_ptr<AlertPanel> UIAlertController::panel() {
   return panel;
 }
 
-CGSize UIAlertController::panelSize(CGSize available) {
+CGSize UIAlertController::presentedSize(CGSize available) {
   return panel() ? panel()->sizeThatFits(available) : available;
 }
 
@@ -94,14 +84,14 @@ void UIAlertController::choose(const std::shared_ptr<UIAlertAction>& action) {
   });
 }
 
-void UIAlertController::tappedOutside() {
+void UIAlertController::tappedBeside() {
   if (style_ != UIAlertControllerStyle::actionSheet) return;
   const auto cancel = std::find_if(actions_.begin(), actions_.end(), [](const auto& action) {
     return action->style() == UIAlertActionStyle::cancel;
   });
   if (cancel != actions_.end()) {
     choose(*cancel);
-  } else if (inPopover(style_)) {
+  } else if (presentationStyle() == PresentationStyle::popover) {
     choose(nullptr);
   }
 }

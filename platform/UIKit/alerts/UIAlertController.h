@@ -35,8 +35,9 @@ class UIAlertAction : public NSObject {
 
 /// An alert in the middle of the screen, or an action sheet at its lower edge (a popover on an iPad, which
 /// there needs an anchor). A tapped action first dismisses the alert; its handler runs when that has ended.
-/// The cancel action stands last, apart; tapping beside an action sheet that has one counts as cancel. In a
-/// popover it is not shown: there, tapping beside it always closes it, as cancel where there is that action.
+/// The cancel action stands last, apart; tapping outside an action sheet that has one counts as cancel. In
+/// a popover it is not shown; there, tapping outside always closes the popover, and runs the cancel action
+/// if there is one.
 class UIAlertController : public Subclass<UIAlertController, UIViewController> {
  public:
   static MethodList methods();
@@ -46,11 +47,9 @@ class UIAlertController : public Subclass<UIAlertController, UIViewController> {
   /// More than one action of cancel style is a programming error.
   void addAction(const std::shared_ptr<UIAlertAction>& action);
   const std::vector<std::shared_ptr<UIAlertAction>>& actions() const { return actions_; }
-  const std::optional<std::string>& alertTitle() const { return alertTitle_; }
   const std::optional<std::string>& message() const { return message_; }
   UIAlertControllerStyle preferredStyle() const { return style_; }
 
-  UIModalPresentationStyle modalPresentationStyle() const override;
   void loadView() override;
   void viewWillAppear(bool animated) override;
   void viewWillLayoutSubviews() override;
@@ -59,13 +58,13 @@ class UIAlertController : public Subclass<UIAlertController, UIViewController> {
                     UIAlertControllerStyle style);
 
  private:
-  friend class PresentationController;
-  /// What the panel with title, message and actions takes of a screen (of a popover's room) of that size.
-  CGSize panelSize(CGSize available);
+  PresentationStyle presentationStyle() const override;
+  /// The size of the panel with title, message and actions on a screen, or in a popover, of that size.
+  CGSize presentedSize(CGSize available) override;
+  void tappedBeside() override;
   std::shared_ptr<AlertPanel> panel();
   void choose(const std::shared_ptr<UIAlertAction>& action);
   void actionTapped(const id& sender);
-  void tappedOutside();
   std::optional<std::string> alertTitle_, message_;
   UIAlertControllerStyle style_;
   std::vector<std::shared_ptr<UIAlertAction>> actions_;

@@ -1,4 +1,4 @@
-#include "UIKit/PermissionAlert+Private.h"
+#include "UIKit/Private/PermissionAlert.h"
 
 #include <map>
 #include <optional>
@@ -34,11 +34,13 @@ std::string applicationName() {
 }  // namespace
 
 std::string PermissionAlert::title(const std::string& service) {
-  static const std::map<std::string, const char*> kNames = {
-      {"microphone", "the Microphone"}, {"photos", "Your Photos"}, {"camera", "the Camera"}};
+  static const std::map<std::string, const char*> kNames = {{"microphone", "Access the Microphone"},
+                                                            {"photos", "Access Your Photos"},
+                                                            {"camera", "Access the Camera"},
+                                                            {"screen", "Record the Screen"}};
   const auto known = kNames.find(service);
-  return "\"" + applicationName() + "\" Would Like to Access " +
-         (known == kNames.end() ? service : known->second);
+  return "\"" + applicationName() + "\" Would Like to " +
+         (known == kNames.end() ? "Access " + service : known->second);
 }
 
 std::shared_ptr<UIWindow> PermissionAlert::makeWindow() {
@@ -46,7 +48,7 @@ std::shared_ptr<UIWindow> PermissionAlert::makeWindow() {
   window->ofSystem_ = true;
   window->setWindowLevel(UIWindowLevelAlert);
   window->setRootViewController(std::make_shared<UIViewController>());
-  // Not made key: the key window is the application's, as it does not know of this one.
+  // Not made key: the application does not know of this window, and keeps its own key window.
   window->setHidden(false);
   return window;
 }
@@ -72,7 +74,7 @@ void PermissionAlert::show(const PermissionQuestion& question, std::function<voi
 void PermissionAlert::finish(bool granted, const std::function<void(bool)>& answer) {
   if (const auto window = std::exchange(shownWindow(), nullptr)) window->setHidden(true);
   answer(granted);
-  // Behind the answer, which is written down by then; the next question may be up already.
+  // Queued behind the answer, which has been stored by then; the next question may already be up.
   dispatch_async(dispatch_get_main_queue(), [] {
     if (!shownWindow()) UIApplication::sharedApplication()->setCovered(false);
   });

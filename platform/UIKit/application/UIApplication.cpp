@@ -2,16 +2,28 @@
 
 #include <algorithm>
 
+#include "CoreGraphics/Text.h"
 #include "Device/Device.h"
 #include "DeviceClock/Clock.h"
+#include "Foundation/NSLocale.h"
 #include "Foundation/NSNotificationCenter.h"
-#include "UIKit/PermissionAlert+Private.h"
+#include "UIKit/Private/PermissionAlert.h"
 #include "UIKit/UIDevice.h"
 #include "UIKit/UIScreen.h"
 
 namespace ios {
+namespace {
+
+/// Characters that languages share are drawn as the user's first one writes them.
+void adoptLanguage() {
+  const auto languages = NSLocale::preferredLanguages();
+  if (!languages.empty()) setTextLanguage(languages.front());
+}
+
+}  // namespace
 
 UIApplication::UIApplication() {
+  adoptLanguage();
   Device& device = Device::current();
   screenBounds_ = UIScreen::mainScreen()->bounds();
   orientation_ = device.settings().orientation;
@@ -25,12 +37,10 @@ MethodList UIApplication::methods() {
 }
 
 const std::shared_ptr<UIApplication>& UIApplication::sharedApplication() {
-  // Never destroyed: windows of static storage say goodbye to it.
+  // Never destroyed: windows with static storage unregister from it.
   static const auto& application = *new std::shared_ptr<UIApplication>(std::make_shared<UIApplication>());
   return application;
 }
-
-// --- Windows ---
 
 std::vector<std::shared_ptr<UIWindow>> UIApplication::windows() const {
   auto visible = windowsOnScreen();
@@ -63,6 +73,7 @@ void UIApplication::windowGone(const UIWindow& window) {
 }
 
 void UIApplication::deviceChanged() {
+  adoptLanguage();
   const CGRect old = std::exchange(screenBounds_, UIScreen::mainScreen()->bounds());
   if (screenBounds_ != old) {
     for (const auto& reference : std::vector(windows_)) {
@@ -75,8 +86,6 @@ void UIApplication::deviceChanged() {
   NSNotificationCenter::defaultCenter()->postNotificationName(UIDeviceOrientationDidChangeNotification,
                                                               UIDevice::currentDevice());
 }
-
-// --- Life ---
 
 void UIApplication::tell(void (UIApplicationDelegate::*call)(UIApplication&),
                          const std::string& notification) {

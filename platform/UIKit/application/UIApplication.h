@@ -49,18 +49,18 @@ class UIApplicationDelegate : public NSObject {
   }
 };
 
-/// The application: its windows, its state, what it opens. One a process. Main thread.
+/// The application: its windows, its state, what it opens. One per process. Main thread.
 class UIApplication : public Subclass<UIApplication, UIResponder> {
  public:
   UIApplication();
   static MethodList methods();
-  /// Made on first use.
+  /// Created on first use.
   static const std::shared_ptr<UIApplication>& sharedApplication();
 
   std::shared_ptr<UIWindow> keyWindow() const { return keyWindow_.lock(); }
   /// The application's visible windows, from back to front.
   std::vector<std::shared_ptr<UIWindow>> windows() const;
-  /// The same, and those in which the system shows its prompts.
+  /// The same, plus those in which the system shows its prompts.
   std::vector<std::shared_ptr<UIWindow>> windowsOnScreen() const;
   /// Any thread.
   UIApplicationState applicationState() const { return state_; }
@@ -70,13 +70,9 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
   /// https, the settings page).
   bool canOpenURL(const NSURL& url) const;
   /// Opens the URL in whatever claims it: this application becomes inactive, then goes to the background,
-  /// with the platform's notifications, and the other is launched as a process of its own. False, and nothing
-  /// changes, when nobody does. Returns before the other has run.
+  /// with the platform's notifications, and the other is launched as a process of its own. False, with
+  /// nothing changed, if nothing claims it. Returns before the other application runs.
   bool openURL(const NSURL& url);
-
-  /// Touches are ignored until each beginning has had its end.
-  void beginIgnoringInteractionEvents() { ++ignoringInteraction_; }
-  void endIgnoringInteractionEvents() { ignoringInteraction_ -= ignoringInteraction_ > 0; }
 
   virtual void sendEvent(const std::shared_ptr<UIEvent>& event);
 
@@ -87,16 +83,15 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
   /// To the background: inactive first, then background. `front` says what the display shows instead.
   void moveToBackground(const std::string& front);
   void moveToForeground();
-  /// A system prompt covers the application, or has gone: inactive, active again. Touches reach the prompt
-  /// alone.
+  /// A system prompt covers the application, which makes it inactive, or has gone, which makes it active
+  /// again. While it is covered, touches reach only the prompt.
   void setCovered(bool covered);
-  /// Tells the delegate and the observers, once; ending the process is the caller's.
+  /// Notifies the delegate and the observers, once; the caller ends the process.
   void terminate();
-  /// From now on the user is asked for permissions by alerts over the application; until then whoever was not
-  /// asked before is refused.
+  /// From now on the user is asked for permissions by alerts over the application; until then, permissions
+  /// that were not decided before are refused.
   void showPermissionAlerts();
-  bool isTerminated() const { return terminated_; }
-  /// What is in front: this application's bundle identifier, another's, a page's URL, or "home".
+  /// What the user sees: this application's bundle identifier, another's, a page's URL, or "home".
   const std::string& front() const { return front_; }
   /// The picture on the display while this application is in front: its windows, the status bar.
   std::shared_ptr<UIImage> displayImage();
@@ -121,7 +116,6 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
   std::vector<std::weak_ptr<UIWindow>> windows_;
   std::weak_ptr<UIWindow> keyWindow_;
   std::atomic<UIApplicationState> state_ = UIApplicationState::inactive;
-  int ignoringInteraction_ = 0;
   bool covered_ = false;
   bool terminated_ = false;
   std::string front_;
@@ -134,7 +128,7 @@ class UIApplication : public Subclass<UIApplication, UIResponder> {
 };
 
 /// Runs the process as an application: starts it with `delegate`, then the main loop, until it is told to
-/// end. Never returns before that; the result is the process's exit status.
+/// end. The result is the process's exit status.
 int UIApplicationMain(int argc, char** argv, std::shared_ptr<UIApplicationDelegate> delegate);
 
 }  // namespace ios

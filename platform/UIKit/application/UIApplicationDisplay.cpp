@@ -4,17 +4,17 @@
 
 #include "CoreGraphics/Text.h"
 #include "DeviceClock/Clock.h"
-#include "UIKit/BackingStore+Private.h"
+#include "UIKit/Private/BackingStore.h"
+#include "UIKit/Private/Chrome.h"
+#include "UIKit/Private/UIView.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIFont.h"
 #include "UIKit/UIGraphics.h"
 #include "UIKit/UIScreen.h"
-#include "UIKit/UIView+Private.h"
 
 namespace ios {
 namespace {
 
-constexpr CGFloat kStatusBarHeight = 20;
 constexpr CGColor kStatusBarInk{0, 0, 0, 1};
 
 /// Hours and minutes as the status bar has them: "9:41".
@@ -31,7 +31,7 @@ void drawSignal(const CGContextRef& context, CGFloat x) {
   CGContextSetFillColorWithColor(context, kStatusBarInk);
   for (int dot = 0; dot < 5; ++dot) {
     CGContextAddPath(
-        context, CGPath::ellipse(CGRectMake(x + dot * kPitch, (kStatusBarHeight - kDot) / 2, kDot, kDot)));
+        context, CGPath::ellipse(CGRectMake(x + dot * kPitch, (chrome::kStatusBar - kDot) / 2, kDot, kDot)));
   }
   CGContextFillPath(context);
 }
@@ -52,7 +52,7 @@ void drawBattery(const CGContextRef& context, CGFloat right) {
 void drawStatusBar(const CGContextRef& context, CGFloat width, const std::string& time) {
   const auto font = UIFont::systemFontOfSize(12, 600);
   const TextLayout text({TextRun{time, font->description(), kStatusBarInk}}, width, TextAlignment::center, 1);
-  text.draw(context, {0, std::floor((kStatusBarHeight - text.size().height) / 2)});
+  text.draw(context, {0, std::floor((chrome::kStatusBar - text.size().height) / 2)});
   drawSignal(context, 6.5);
   drawBattery(context, width - 5);
 }

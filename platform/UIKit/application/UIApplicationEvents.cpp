@@ -26,8 +26,8 @@ void UIApplication::receiveTouches(const std::vector<TouchSample>& samples) {
     auto known = std::find_if(fingers_.begin(), fingers_.end(),
                               [&](const auto& f) { return f.first == sample.finger; });
     if (known == fingers_.end()) {
-      // A finger that came down while touches were ignored, or beside every view, stays unknown.
-      if (sample.phase != TouchSample::Phase::began || ignoringInteraction_ > 0) continue;
+      // A finger that came down outside every view is not tracked.
+      if (sample.phase != TouchSample::Phase::began) continue;
       auto touch = touchAt(sample.location, event);
       if (!touch) continue;
       fingers_.emplace_back(sample.finger, std::move(touch));
@@ -35,7 +35,7 @@ void UIApplication::receiveTouches(const std::vector<TouchSample>& samples) {
       continue;
     }
     UITouch& touch = *known->second;
-    if (touch.phase_ == UITouchPhase::began || hasLeft(touch)) continue;  // one change of a finger an event
+    if (touch.phase_ == UITouchPhase::began || hasLeft(touch)) continue;  // one change per finger and event
     switch (sample.phase) {
       case TouchSample::Phase::began:
       case TouchSample::Phase::moved:
@@ -76,7 +76,7 @@ std::shared_ptr<UITouch> UIApplication::touchAt(CGPoint location,
 
 void UIApplication::dispatchTouches(const std::shared_ptr<UIEvent>& event) {
   for (const auto& [finger, touch] : fingers_) event->touches_.push_back(touch);
-  // Before the delivery, which may bring the next event about.
+  // Before the delivery, which may cause the next event.
   std::erase_if(fingers_, [](const auto& finger) { return hasLeft(*finger.second); });
   sendEvent(event);
 }

@@ -36,7 +36,7 @@ std::optional<Contents> contentsOf(const PropertyList& list) {
   return contents;
 }
 
-/// Any process may have changed the file, so every look is a fresh one.
+/// Read anew each time, as any process may have changed the file.
 Contents read() {
   const auto path = Device::current().pasteboardFile();
   std::error_code ignored;
@@ -82,7 +82,11 @@ void UIPasteboard::setItems(const std::vector<UIPasteboardItem>& items) {
   }
   const PropertyList contents(
       NSDictionary{{"changeCount", read().nextChangeCount()}, {"items", std::move(entries)}});
-  if (const auto error = writeFileAtomically(Device::current().pasteboardFile(), contents.binary())) {
+  const auto file = Device::current().pasteboardFile();
+  if (const auto error = writeFileAtomically(file, contents.binary())) {
+    std::error_code failure;
+    // Emptying must work on a full disk, too: deleting the file takes no space.
+    if (items.empty() && std::filesystem::remove(file, failure)) return;
     deviceLog("the pasteboard was not changed: " + error->description());
   }
 }

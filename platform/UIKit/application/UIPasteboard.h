@@ -10,7 +10,7 @@
 
 namespace ios {
 
-/// One thing on a pasteboard, in as many representations as its maker gave: type text → bytes.
+/// One item of a pasteboard, in all the representations it was given: type text → bytes.
 using UIPasteboardItem = std::map<std::string, std::shared_ptr<NSData>>;
 
 /// The pasteboard that all applications of the device share. It lives in one file, which is replaced whole;
@@ -20,9 +20,10 @@ class UIPasteboard : public NSObject {
   static const std::shared_ptr<UIPasteboard>& generalPasteboard();
   std::vector<UIPasteboardItem> items() const;
   /// Replaces all items. Representations without bytes are left out. A device that cannot be written keeps
-  /// the old items, with a line on standard error.
+  /// the old items, with a line on standard error; but if there are none to keep, the file goes, and the
+  /// count of changes begins anew.
   void setItems(const std::vector<UIPasteboardItem>& items);
-  /// Grows by one with every change, by whichever process.
+  /// Grows by one with every change, whichever process makes it.
   long changeCount() const;
 };
 

@@ -1,4 +1,4 @@
-#include "UIKit/Automation/ControlChannel.h"
+#include "UIKit/ControlChannel.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -10,7 +10,7 @@
 namespace ios {
 namespace {
 
-// Far above a picture of the largest screen; a length beyond it is a sign of garbage.
+// Far above a picture of the largest screen; a greater length means garbage.
 constexpr std::uint32_t kLongestMessage = 64 << 20;
 
 bool sendAll(int descriptor, std::span<const std::uint8_t> bytes) {
@@ -23,8 +23,9 @@ bool sendAll(int descriptor, std::span<const std::uint8_t> bytes) {
   return true;
 }
 
-bool receiveAll(int descriptor, std::span<std::uint8_t> bytes) {
+bool receiveAll(int descriptor, std::span<std::uint8_t> bytes, const ControlChannel::Wait& wait) {
   while (!bytes.empty()) {
+    if (wait && !wait()) return false;
     const ssize_t count = ::read(descriptor, bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) return false;
@@ -35,12 +36,8 @@ bool receiveAll(int descriptor, std::span<std::uint8_t> bytes) {
 
 }  // namespace
 
-ControlChannel::ControlChannel(int descriptor) : descriptor_(descriptor) {
-  ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-}
-
-ControlChannel::~ControlChannel() {
-  ::close(descriptor_);
+ControlChannel::ControlChannel(FileDescriptor stream) : stream_(std::move(stream)) {
+  ::fcntl(descriptor(), F_SETFD, FD_CLOEXEC);
 }
 
 bool ControlChannel::send(const NSDictionary& message) {
@@ -48,17 +45,17 @@ bool ControlChannel::send(const NSDictionary& message) {
   const auto length = static_cast<std::uint32_t>(body.size());
   const std::uint8_t head[4] = {std::uint8_t(length >> 24), std::uint8_t(length >> 16),
                                 std::uint8_t(length >> 8), std::uint8_t(length)};
-  return sendAll(descriptor_, head) && sendAll(descriptor_, body);
+  return sendAll(descriptor(), head) && sendAll(descriptor(), body);
 }
 
-std::optional<NSDictionary> ControlChannel::receive() {
+std::optional<NSDictionary> ControlChannel::receive(const Wait& wait) {
   std::uint8_t head[4];
-  if (!receiveAll(descriptor_, head)) return std::nullopt;
+  if (!receiveAll(descriptor(), head, wait)) return std::nullopt;
   const std::uint32_t length =
       std::uint32_t{head[0]} << 24 | std::uint32_t{head[1]} << 16 | std::uint32_t{head[2]} << 8 | head[3];
   if (length > kLongestMessage) return std::nullopt;
   Bytes body(length);
-  if (!receiveAll(descriptor_, body)) return std::nullopt;
+  if (!receiveAll(descriptor(), body, wait)) return std::nullopt;
   const auto message = PropertyList::parse(body);
   if (!message || !message->dictionary()) return std::nullopt;
   return *message->dictionary();

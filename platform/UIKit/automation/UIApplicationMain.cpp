@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "Device/Device.h"
-#include "UIKit/Automation/AutomationServer.h"
-#include "UIKit/Automation/ControlChannel.h"
+#include "UIKit/AutomationServer.h"
+#include "UIKit/ControlChannel.h"
 #include "UIKit/UIApplication.h"
 
 namespace ios {
@@ -13,20 +13,20 @@ namespace {
 
 volatile std::sig_atomic_t toldToEnd = 0;
 
-std::optional<int> controlDescriptor() {
+std::optional<FileDescriptor> controlDescriptor() {
   const char* text = std::getenv("IOS_CONTROL");
   if (!text || !*text) return std::nullopt;
   char* end = nullptr;
   const long number = std::strtol(text, &end, 10);
   if (*end || number < 0 || number > 1 << 20) {
-    deviceLog("IOS_CONTROL is no descriptor: " + std::string(text));
+    deviceLog("IOS_CONTROL is not a descriptor: " + std::string(text));
     return std::nullopt;
   }
-  return static_cast<int>(number);
+  return FileDescriptor(static_cast<int>(number));
 }
 
-void serve(UIApplication& application, int descriptor) {
-  ControlChannel channel(descriptor);
+void serve(UIApplication& application, FileDescriptor descriptor) {
+  ControlChannel channel(std::move(descriptor));
   AutomationServer server(application);
   while (!server.hasEnded()) {
     const auto request = channel.receive();
@@ -55,10 +55,10 @@ int UIApplicationMain(int argc, char** argv, std::shared_ptr<UIApplicationDelega
     const auto url = NSURL::URLWithString(text);
     if (url && application.delegate()) application.delegate()->applicationOpenURL(application, *url);
   }
-  if (const auto descriptor = controlDescriptor()) {
-    serve(application, *descriptor);
+  if (auto descriptor = controlDescriptor()) {
+    serve(application, std::move(*descriptor));
   } else if (Clock::shared().isVirtual()) {
-    // Nobody is there to move time: what can be done now is all that will be.
+    // Nothing moves time: only what can run now will ever run.
     Clock::shared().runUntilRest();
   } else {
     runInRealTime();

@@ -1,17 +1,29 @@
-#include "UIKit/Automation/VisibleElements.h"
+#include "UIKit/VisibleElements.h"
 
 #include <algorithm>
 
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIControl.h"
+#include "UIKit/UIImageView.h"
+#include "UIKit/UILabel.h"
 #include "UIKit/UIScreen.h"
 #include "UIKit/UIWindow.h"
 
 namespace ios {
 namespace {
 
-// Below the first, nobody sees it; from the second on, nobody sees through it.
+// Opacities: a view below the first cannot be seen; one from the second on hides what is behind it.
 constexpr CGFloat kFaintest = 0.05, kOpaque = 0.9;
+
+/// The view that a finger at this place of the screen would touch.
+std::shared_ptr<UIView> viewAt(const UIApplication& application, CGPoint place) {
+  const auto windows = application.windowsOnScreen();
+  for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
+    const CGPoint origin = (*window)->frame().origin;
+    if (auto view = (*window)->hitTest({place.x - origin.x, place.y - origin.y}, nullptr)) return view;
+  }
+  return nullptr;
+}
 
 class Survey {
  public:
@@ -21,9 +33,14 @@ class Survey {
     visit(window, UIScreen::mainScreen()->bounds(), 1, {});
   }
 
-  std::vector<VisibleElement> result() const {
+  std::vector<VisibleElement> result(const UIApplication& application) const {
     std::vector<VisibleElement> elements;
-    for (const Found& found : found_) elements.push_back(found.element);
+    for (const Found& found : found_) {
+      VisibleElement& element = elements.emplace_back(found.element);
+      if (!element.control || !element.enabled) continue;
+      const auto hit = viewAt(application, {element.frame.midX(), element.frame.midY()});
+      element.focusable = hit && hit->isDescendantOfView(*found.view);
+    }
     return elements;
   }
 
@@ -47,7 +64,13 @@ class Survey {
 
     const std::string text = view.accessibilityLabel();
     if (!text.empty() && text != enclosingText && CGRectContainsPoint(seen, {frame.midX(), frame.midY()})) {
-      found_.push_back({&view, {text, frame, dynamic_cast<UIControl*>(&view) != nullptr}});
+      const auto* control = dynamic_cast<UIControl*>(&view);
+      found_.push_back({&view,
+                        {.text = text,
+                         .frame = frame,
+                         .control = control != nullptr,
+                         .role = roleOf(view),
+                         .enabled = !control || control->isEnabled()}});
       enclosingText = text;
     }
     const auto subviews = view.subviews();
@@ -68,10 +91,17 @@ class Survey {
 
 }  // namespace
 
+std::string roleOf(const UIView& view) {
+  if (dynamic_cast<const UIControl*>(&view)) return "button";
+  if (dynamic_cast<const UILabel*>(&view)) return "text";
+  if (dynamic_cast<const UIImageView*>(&view)) return "image";
+  return "group";
+}
+
 std::vector<VisibleElement> visibleElements(const UIApplication& application) {
   Survey survey;
   for (const auto& window : application.windowsOnScreen()) survey.visitWindow(*window);
-  return survey.result();
+  return survey.result(application);
 }
 
 }  // namespace ios

@@ -1,6 +1,6 @@
-#include "UIKit/MoreListController+Private.h"
+#include "UIKit/Private/MoreListController.h"
 
-#include "UIKit/Chrome+Private.h"
+#include "UIKit/Private/Chrome.h"
 #include "UIKit/UIControl.h"
 #include "UIKit/UIGraphics.h"
 #include "UIKit/UILabel.h"

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "UIKit/Chrome+Private.h"
-#include "UIKit/NavigationBar+Private.h"
+#include "UIKit/Private/Chrome.h"
+#include "UIKit/Private/NavigationBar.h"
 #include "UIKit/UIGraphics.h"
 #include "UIKit/UILabel.h"
 
@@ -90,8 +90,8 @@ void NavigationBar::layoutSubviews() {
   const CGFloat titleWidth = std::min(title_->sizeThatFits({0, 0}).width, width - 2 * kSide);
   CGFloat left = kSide;
   if (!back_->isHidden()) {
-    // The former title gives way to "Back", and that to the arrow alone, before it pushes the title off the
-    // bar.
+    // The former title gives way to "Back", and that to the arrow alone, before it pushes
+    // the title off the bar.
     const CGFloat room =
         std::max(width / 2 - titleWidth / 2, width - kSide - std::max(titleWidth, kSmallestTitle));
     back_->setTitle(backTitle_);

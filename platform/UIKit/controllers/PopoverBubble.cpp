@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "UIKit/PopoverBubble+Private.h"
+#include "UIKit/Private/PopoverBubble.h"
 #include "UIKit/UIGraphics.h"
 
 namespace ios {
@@ -53,12 +53,13 @@ CGPoint tipFor(Arrow arrow, const CGRect& anchor) {
 
 /// The arrow as the platform draws it: two gentle curves that meet in a rounded tip.
 CGPath arrowPath(const PopoverPlacement& placement) {
-  const auto [content, arrow, tip] = placement;
+  const Arrow arrow = placement.arrow;
+  const CGPoint tip = placement.tip;
   const bool vertical = arrow == Arrow::up || arrow == Arrow::down;
   const CGFloat out = arrow == Arrow::up || arrow == Arrow::left ? -1 : 1;
   const CGFloat half = kArrowWidth / 2;
-  // `along` runs beside the content's edge, `away` from the edge towards the tip; one point of overlap hides
-  // the seam.
+  // `along` runs beside the content's edge, `away` from the edge towards the tip; one point of
+  // overlap hides the seam.
   const auto at = [&](CGFloat along, CGFloat away) {
     const CGFloat depth = out * (away - kArrowHeight);
     return vertical ? CGPoint{tip.x + along, tip.y + depth} : CGPoint{tip.x + depth, tip.y + along};

@@ -1,12 +1,9 @@
-#include "UIKit/PresentationController+Private.h"
+#include "UIKit/Private/PresentationController.h"
 
 #include <algorithm>
 
 #include "DeviceClock/Clock.h"
-#include "UIKit/Chrome+Private.h"
-#include "UIKit/UIAlertController.h"
 #include "UIKit/UIControl.h"
-#include "UIKit/UIDevice.h"
 #include "UIKit/UIPopoverPresentationController.h"
 #include "UIKit/UIWindow.h"
 
@@ -37,10 +34,6 @@ class PresentationContainer : public Subclass<PresentationContainer, UIView> {
   std::weak_ptr<PresentationController> presentation_;
 };
 
-bool onPad() {
-  return UIDevice::currentDevice()->userInterfaceIdiom() == UIUserInterfaceIdiom::pad;
-}
-
 }  // namespace
 
 MethodList PresentationController::methods() {
@@ -49,29 +42,10 @@ MethodList PresentationController::methods() {
 
 PresentationController::PresentationController(const std::shared_ptr<UIViewController>& presenter,
                                                const std::shared_ptr<UIViewController>& presented)
-    : presenter_(presenter), presented_(presented), style_(styleFor(*presented)) {}
-
-PresentationController::Style PresentationController::styleFor(UIViewController& controller) {
-  if (const auto* alert = dynamic_cast<UIAlertController*>(&controller)) {
-    if (alert->preferredStyle() == UIAlertControllerStyle::alert) return Style::alert;
-    return onPad() ? Style::popover : Style::actionSheet;
-  }
-  if (!onPad()) return Style::fullScreen;
-  switch (controller.modalPresentationStyle()) {
-    case UIModalPresentationStyle::pageSheet:
-      return Style::pageSheet;
-    case UIModalPresentationStyle::formSheet:
-      return Style::formSheet;
-    case UIModalPresentationStyle::popover:
-      return Style::popover;
-    case UIModalPresentationStyle::fullScreen:
-      break;
-  }
-  return Style::fullScreen;
-}
+    : presenter_(presenter), presented_(presented), style_(presented->presentationStyle()) {}
 
 std::string PresentationController::obstacle(UIViewController& controller) {
-  if (styleFor(controller) != Style::popover) return "";
+  if (controller.presentationStyle() != Style::popover) return "";
   const auto popover = controller.popoverPresentationController();
   const auto source = popover ? popover->sourceView.lock() : nullptr;
   if (source && source->window()) return "";
@@ -100,7 +74,7 @@ void PresentationController::begin(bool animated) {
   const auto presented = presented_.lock();
   if (coversPresenter()) presenter->beginAppearanceTransition(false, animated);
   presented->beginAppearanceTransition(true, animated);
-  // What the host did in there may have ended everything.
+  // The host's code in those calls may have ended the presentation.
   if (state_ != State::presenting) return;
   build();
   if (!animated || !container_) {
@@ -271,24 +245,13 @@ void PresentationController::place(bool shown) {
   if (!container_ || !presented || !presented->isViewLoaded()) return;
   const CGSize size = container_->bounds().size;
   const auto& view = presented->view();
-  auto* alert = dynamic_cast<UIAlertController*>(presented.get());
   if (dimming_) dimming_->setAlpha(shown ? 1 : 0);
   switch (style_) {
     case Style::fullScreen:
       return placePanel(view, {{0, 0}, size}, shown ? 0 : size.height);
-    case Style::pageSheet:
-    case Style::formSheet: {
-      const CGSize wanted =
-          style_ == Style::formSheet ? CGSize{540, 620} : CGSize{768, size.height - chrome::kStatusBar};
-      const CGSize panel{std::min(wanted.width, size.width), std::min(wanted.height, size.height)};
-      const CGPoint corner{(size.width - panel.width) / 2, style_ == Style::formSheet
-                                                               ? (size.height - panel.height) / 2
-                                                               : size.height - panel.height};
-      return placePanel(view, {corner, panel}, shown ? 0 : size.height - corner.y);
-    }
     case Style::alert: {
-      const CGSize panel = alert->panelSize(size);
-      // It grows smaller into place, but only fades on its way out.
+      const CGSize panel = presented->presentedSize(size);
+      // It shrinks into place, but only fades out.
       const CGFloat scale = shown || state_ == State::dismissing ? 1 : 1.2;
       view->setTransform(CGAffineTransformMakeScale(scale, scale));
       view->setAlpha(shown ? 1 : 0);
@@ -297,7 +260,7 @@ void PresentationController::place(bool shown) {
       return placePanel(view, {corner, panel}, 0);
     }
     case Style::actionSheet: {
-      const CGSize panel = alert->panelSize(size);
+      const CGSize panel = presented->presentedSize(size);
       const CGPoint corner{std::round((size.width - panel.width) / 2), size.height - panel.height - kMargin};
       return placePanel(view, {corner, panel}, shown ? 0 : panel.height + kMargin);
     }
@@ -322,19 +285,12 @@ PopoverPlacement PresentationController::popoverPlacement() {
   CGRect area = CGRectInset({{0, 0}, container_->bounds().size}, kMargin, kMargin);
   area.origin.y += kMargin;
   area.size.height -= kMargin;
-  auto* alert = dynamic_cast<UIAlertController*>(presented.get());
-  const CGSize size = alert ? alert->panelSize(area.size) : CGSize{320, 480};
-  return placePopover(size, anchor_, area, popover->permittedArrowDirections);
+  return placePopover(presented->presentedSize(area.size), anchor_, area, popover->permittedArrowDirections);
 }
 
 void PresentationController::tappedBeside() {
   const auto presented = presented_.lock();
-  if (!presented || state_ != State::shown) return;
-  if (auto* alert = dynamic_cast<UIAlertController*>(presented.get())) {
-    alert->tappedOutside();
-  } else if (style_ == Style::popover) {
-    dismiss(true, nullptr);
-  }
+  if (presented && state_ == State::shown) presented->tappedBeside();
 }
 
 void PresentationController::run(Completions completions, bool nextTurn) {

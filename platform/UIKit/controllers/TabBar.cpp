@@ -1,5 +1,5 @@
-#include "UIKit/Chrome+Private.h"
-#include "UIKit/TabBar+Private.h"
+#include "UIKit/Private/TabBar.h"
+#include "UIKit/Private/Chrome.h"
 #include "UIKit/UIGraphics.h"
 #include "UIKit/UILabel.h"
 

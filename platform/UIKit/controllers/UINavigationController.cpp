@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "UIKit/Chrome+Private.h"
-#include "UIKit/NavigationBar+Private.h"
-#include "UIKit/UIDevice.h"
+#include "UIKit/Private/Chrome.h"
+#include "UIKit/Private/NavigationBar.h"
 #include "UIKit/UILabel.h"
 
 namespace ios {
@@ -14,16 +13,6 @@ namespace {
 constexpr double kSlideSeconds = 0.35;
 /// How far the lower screen moves, as a share of the width.
 constexpr CGFloat kParallax = 0.3;
-
-/// A controller in a panel on an iPad does not lie under the status bar.
-bool liesUnderStatusBar(const UIViewController& controller) {
-  if (UIDevice::currentDevice()->userInterfaceIdiom() != UIUserInterfaceIdiom::pad) return true;
-  auto style = controller.modalPresentationStyle();
-  for (auto parent = controller.parentViewController(); parent; parent = parent->parentViewController()) {
-    style = parent->modalPresentationStyle();
-  }
-  return style == UIModalPresentationStyle::fullScreen || !controller.presentingViewController();
-}
 
 }  // namespace
 
@@ -115,7 +104,7 @@ void UINavigationController::layoutParts() {
   const CGSize size = view()->bounds().size;
   const auto top = topViewController();
   const bool barHidden = std::dynamic_pointer_cast<UINavigationController>(top) != nullptr;
-  const CGFloat barHeight = NavigationBar::kHeight + (liesUnderStatusBar(*this) ? chrome::kStatusBar : 0);
+  const CGFloat barHeight = NavigationBar::kHeight + chrome::kStatusBar;
   const CGFloat y = barHidden ? 0 : barHeight;
   bar_->setHidden(barHidden);
   bar_->setFrame({{0, 0}, {size.width, barHeight}});

@@ -10,8 +10,8 @@ namespace ios {
 class NavigationBar;
 
 /// A stack of screens under a bar with the title and a way back. The stack changes with the call; a new call
-/// ends a slide that is still under way. Of a navigation controller that is on top of another one only its
-/// own bar shows.
+/// ends a slide that is still running. When one navigation controller is on top of another, only the upper
+/// one's bar shows.
 class UINavigationController : public Subclass<UINavigationController, UIViewController> {
  public:
   UINavigationController() = default;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "UIKit/Chrome+Private.h"
+#include "UIKit/Private/Chrome.h"
 
 namespace ios {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "UIKit/Chrome+Private.h"
-#include "UIKit/MoreListController+Private.h"
-#include "UIKit/TabBar+Private.h"
+#include "UIKit/Private/Chrome.h"
+#include "UIKit/Private/MoreListController.h"
+#include "UIKit/Private/TabBar.h"
 #include "UIKit/UIDevice.h"
 
 namespace ios {

@@ -2,7 +2,7 @@
 
 #include "Device/Device.h"
 #include "Dispatch/Queue.h"
-#include "UIKit/PresentationController+Private.h"
+#include "UIKit/Private/PresentationController.h"
 #include "UIKit/UINib.h"
 #include "UIKit/UIScreen.h"
 #include "UIKit/UIWindow.h"
@@ -70,7 +70,7 @@ std::shared_ptr<UIResponder> UIViewController::nextResponder() {
 }
 
 void UIViewController::beginAppearanceTransition(bool appearing, bool animated) {
-  const auto self = weak_from_this().lock();  // an overriding operation may let go of the last reference
+  const auto self = weak_from_this().lock();  // an overriding method may release the last reference
   const bool towards = appearance_ == Appearance::appearing || appearance_ == Appearance::appeared;
   if (appearing == towards) return;
   appearance_ = appearing ? Appearance::appearing : Appearance::disappearing;
@@ -101,8 +101,8 @@ void UIViewController::endAppearanceTransition() {
 }
 
 void UIViewController::viewMovedToWindow() {
-  // Without an appeared parent somebody else is in charge: the window, a presentation or a container's
-  // transition.
+  // Without an appeared parent somebody else is in charge: the window, a presentation or a
+  // container's transition.
   const auto parent = parent_.lock();
   if (!parent || parent->appearance_ != Appearance::appeared) return;
   const bool inWindow = view_ && view_->window();

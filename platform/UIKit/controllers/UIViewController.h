@@ -17,17 +17,16 @@ class UITabBarController;
 class UISplitViewController;
 class UIPopoverPresentationController;
 class PresentationController;
-
-enum class UIModalPresentationStyle : long { fullScreen = 0, pageSheet = 1, formSheet = 2, popover = 7 };
+enum class PresentationStyle;
 
 /// A screen of the interface: owns a view, made when first asked for. It holds its children and what it
 /// presents; parent and presenter are back references. Main thread.
 class UIViewController : public Subclass<UIViewController, UIResponder> {
  public:
   UIViewController() = default;
-  /// `loadView` takes the view from the interface file of that name in `bundle` (the main bundle without
-  /// one), which connects its outlet "view" to it. Without a name, or when the file gives no view, it makes a
-  /// plain one.
+  /// `loadView` takes the view from the interface file of that name in `bundle` (the main bundle
+  /// without one), which connects its outlet "view" to it. Without a name, or when the file gives no
+  /// view, it makes a plain one.
   UIViewController(std::optional<std::string> nibName, std::shared_ptr<NSBundle> bundle);
   static MethodList methods();
 
@@ -49,8 +48,8 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   void setTitle(std::string title);
 
   // Containment.
-  /// A child of another controller leaves that one. A controller in its own line of parents stops the
-  /// process.
+  /// A child of another controller is removed from it first. Making a controller its own ancestor
+  /// stops the process.
   void addChildViewController(const std::shared_ptr<UIViewController>& child);
   void removeFromParentViewController();
   const std::vector<std::shared_ptr<UIViewController>>& childViewControllers() const { return children_; }
@@ -66,29 +65,26 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   /// on the main thread when the transition has ended; without animation, in its next turn.
   void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                              std::function<void()> completion = nullptr);
-  /// Dismisses what this controller presents (with all above it) or, if nothing, this controller itself.
-  /// Asked for once more, it only adds a completion; asked for while the presentation is still on its way, an
-  /// animated dismissal follows that. The completion runs on the main thread when the transition has ended;
-  /// without animation, or with nothing to dismiss, in its next turn.
+  /// Dismisses what this controller presents (with all above it) or, if nothing, this controller itself. A
+  /// second call only adds its completion; an animated dismissal during the presentation starts after it. The
+  /// completion runs on the main thread when the transition has ended; without animation, or with nothing to
+  /// dismiss, in its next turn.
   void dismissViewControllerAnimated(bool animated, std::function<void()> completion = nullptr);
-  /// What this controller, or the nearest ancestor that presents, presents; empty if nothing. Set by the call
-  /// that presents, and until the dismissal's transition has ended.
+  /// What this controller, or else its nearest presenting ancestor, presents; empty if nothing. Set from the
+  /// presenting call until the dismissal's transition has ended.
   std::shared_ptr<UIViewController> presentedViewController() const;
-  /// Who presented this controller or the nearest of its ancestors that was presented.
+  /// The presenter of this controller, or else of its nearest presented ancestor.
   std::shared_ptr<UIViewController> presentingViewController() const;
   bool isBeingPresented() const { return beingPresented_; }
   bool isBeingDismissed() const { return beingDismissed_; }
-  virtual UIModalPresentationStyle modalPresentationStyle() const { return presentationStyle_; }
-  void setModalPresentationStyle(UIModalPresentationStyle style) { presentationStyle_ = style; }
-  /// Anchor and arrows of a popover; made when first asked for, for controllers shown as one; empty for
-  /// others.
+  /// Anchor and arrows of a popover, created on first use; empty for controllers that are not shown as one.
   std::shared_ptr<UIPopoverPresentationController> popoverPresentationController();
 
   std::shared_ptr<UIResponder> nextResponder() override;
 
  protected:
-  /// Appearance calls in the platform's order, passed on to children whose views are in this one's. Calls
-  /// that repeat the state there is do nothing.
+  /// Appearance calls in the platform's order, passed on to children whose views are in this one's. A call
+  /// that repeats the current state does nothing.
   void beginAppearanceTransition(bool appearing, bool animated);
   void endAppearanceTransition();
   /// For containers that show `shown` in place of `old` (either may be empty): the children's appearance
@@ -105,8 +101,13 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   friend class UIView;
   friend class UIWindow;
   friend class PresentationController;
+  // What a presentation asks: how to show this controller, how large it is where it does not cover all of
+  // `available`, and what a tap beside it does.
+  virtual PresentationStyle presentationStyle() const;
+  virtual CGSize presentedSize(CGSize available) { return available; }
+  virtual void tappedBeside() {}
   enum class Appearance { disappeared, appearing, appeared, disappearing };
-  /// The outermost container of this controller; itself where there is none.
+  /// The outermost container of this controller; the controller itself if it has none.
   std::shared_ptr<UIViewController> outermost();
   /// Why `controller` cannot be presented here now; empty if it can.
   std::string refusal(const std::shared_ptr<UIViewController>& controller);
@@ -125,7 +126,6 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   std::weak_ptr<UIViewController> presenting_;
   std::shared_ptr<PresentationController> presentation_;  // the views around a presented controller's view
   std::shared_ptr<UIPopoverPresentationController> popover_;
-  UIModalPresentationStyle presentationStyle_ = UIModalPresentationStyle::fullScreen;
   Appearance appearance_ = Appearance::disappeared;
   bool transitionAnimated_ = false;
   bool beingPresented_ = false;

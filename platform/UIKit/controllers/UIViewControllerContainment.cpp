@@ -56,7 +56,7 @@ void UIViewController::beginExchange(const std::shared_ptr<UIViewController>& ol
 void UIViewController::endExchange(const std::shared_ptr<UIViewController>& old,
                                    const std::shared_ptr<UIViewController>& shown) {
   if (old && old->appearance_ == Appearance::disappearing) old->endAppearanceTransition();
-  // While the container itself is on its way, its own end is the child's end.
+  // While the container itself is appearing, the end of its transition also ends the child's.
   if (shown && shown->appearance_ == Appearance::appearing && appearance_ == Appearance::appeared) {
     shown->endAppearanceTransition();
   }

@@ -1,7 +1,7 @@
 #include "Device/Device.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
-#include "UIKit/PresentationController+Private.h"
+#include "UIKit/Private/PresentationController.h"
 #include "UIKit/UIPopoverPresentationController.h"
 #include "UIKit/UIViewController.h"
 #include "UIKit/UIWindow.h"
@@ -62,8 +62,12 @@ void UIViewController::dismissViewControllerAnimated(bool animated, std::functio
   }
 }
 
+PresentationStyle UIViewController::presentationStyle() const {
+  return PresentationStyle::fullScreen;
+}
+
 std::shared_ptr<UIPopoverPresentationController> UIViewController::popoverPresentationController() {
-  if (modalPresentationStyle() != UIModalPresentationStyle::popover) return nullptr;
+  if (presentationStyle() != PresentationStyle::popover) return nullptr;
   if (!popover_) popover_ = std::make_shared<UIPopoverPresentationController>();
   return popover_;
 }

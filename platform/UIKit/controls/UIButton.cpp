@@ -1,13 +1,14 @@
+#include "UIKit/UIButton.h"
+
 #include <cmath>
 
 #include "CoreGraphics/Text.h"
-#include "UIKit/UIControl.h"
+#include "UIKit/Private/Chrome.h"
 #include "UIKit/UIGraphics.h"
 
 namespace ios {
 namespace {
 
-constexpr unsigned kTint = 0x007AFF;
 constexpr CGFloat kTitleSize = 17;
 // The platform's looks: a pressed title is a shade of itself, one that cannot be pressed is grey.
 constexpr double kPressedShare = 0.3;
@@ -22,7 +23,7 @@ TextLayout layoutOf(const std::string& title, const UIFont& font, CGColor color,
 
 UIButton::UIButton(CGRect frame)
     : Subclass(frame),
-      titleColor_(UIColor::colorWithHex(kTint)),
+      titleColor_(UIColor::colorWithHex(chrome::kTint)),
       font_(UIFont::systemFontOfSize(kTitleSize)) {}
 
 void UIButton::setTitle(std::string title) {
@@ -31,7 +32,7 @@ void UIButton::setTitle(std::string title) {
 }
 
 void UIButton::setTitleColor(std::shared_ptr<UIColor> color) {
-  titleColor_ = color ? std::move(color) : UIColor::colorWithHex(kTint);
+  titleColor_ = color ? std::move(color) : UIColor::colorWithHex(chrome::kTint);
   setNeedsDisplay();
 }
 

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "UIKit/UIGestureRecognizer.h"
+#include "UIKit/UITapGestureRecognizer.h"
 
 namespace ios {
 namespace {
 
-// How far beside a control a finger that began on it still counts as inside: the platform's own allowance.
+// How far outside a control a finger that began on it still counts as inside, as on the platform.
 constexpr CGFloat kSlack = 70;
 
 bool isOn(const UIControl& control, const UITouches& touches) {

@@ -1,11 +1,8 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <vector>
 
-#include "UIKit/UIFont.h"
-#include "UIKit/UIImage.h"
 #include "UIKit/UIView.h"
 
 namespace ios {
@@ -16,17 +13,17 @@ enum UIControlEvents : unsigned {
   UIControlEventValueChanged = 1 << 12
 };
 
-/// A view that reports what a finger does to it to its targets, which it does not keep alive.
+/// A view that reports a finger's actions on it to its targets, which it does not keep alive.
 class UIControl : public Subclass<UIControl, UIView> {
  public:
   explicit UIControl(CGRect frame = CGRectZero);
   static MethodList methods() { return {}; }
-  /// `action` takes the control or nothing; one that the target lacks stops the process, here.
+  /// `action` takes the control or nothing; one that the target lacks stops the process in this call.
   void addTarget(const id& target, Selector action, unsigned events);
   void sendActionsForControlEvents(unsigned events);
   bool isEnabled() const { return enabled_; }
   void setEnabled(bool enabled);
-  /// While a finger is on it.
+  /// Whether a finger is on it.
   bool isHighlighted() const { return highlighted_; }
   virtual void setHighlighted(bool highlighted);
   /// A finger that taps a control means the control, not a single-tap recogniser of a view behind it.
@@ -45,27 +42,6 @@ class UIControl : public Subclass<UIControl, UIView> {
   std::vector<TargetAction> targets_;
   bool enabled_ = true;
   bool highlighted_ = false;
-};
-
-/// A control with a title.
-class UIButton : public Subclass<UIButton, UIControl> {
- public:
-  explicit UIButton(CGRect frame = CGRectZero);
-  static MethodList methods() { return {}; }
-  const std::string& title() const { return title_; }
-  void setTitle(std::string title);
-  void setTitleColor(std::shared_ptr<UIColor> color);
-  void setFont(std::shared_ptr<UIFont> font);
-  void setTitleAlignment(TextAlignment alignment);
-  CGSize sizeThatFits(CGSize size) const override;
-  void drawRect(const CGRect& rect) override;
-  std::string accessibilityLabel() const override;
-
- private:
-  std::string title_;
-  std::shared_ptr<UIColor> titleColor_;
-  std::shared_ptr<UIFont> font_;
-  TextAlignment alignment_ = TextAlignment::center;
 };
 
 }  // namespace ios

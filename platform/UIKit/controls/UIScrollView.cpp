@@ -5,7 +5,8 @@
 
 #include "Foundation/NSRunLoop.h"
 #include "QuartzCore/CAAnimation.h"
-#include "UIKit/UIScrollView+Private.h"
+#include "UIKit/Private/UIScrollView.h"
+#include "UIKit/UIScreen.h"
 
 namespace ios {
 namespace {
@@ -20,6 +21,12 @@ constexpr CGFloat kIndicatorWidth = 2.5;
 constexpr CGFloat kIndicatorMargin = 3;
 constexpr CGFloat kShortestIndicator = 36;
 constexpr CGColor kIndicatorColor{0, 0, 0, 0.35};
+
+/// Content moves by whole pixels: what scrolls stays as sharp as it was, and the same from frame to frame.
+CGPoint onPixels(CGPoint offset) {
+  const CGFloat scale = UIScreen::mainScreen()->scale();
+  return {std::round(offset.x * scale) / scale, std::round(offset.y * scale) / scale};
+}
 
 }  // namespace
 
@@ -43,7 +50,7 @@ void UIScrollView::didMoveToWindow() {
   }
   if (drag_ && !window()) {
     stopMoving();
-    drag_->setEnabled(false);  // lets go of the finger
+    drag_->setEnabled(false);  // ends the drag under way
     drag_->setEnabled(true);
   }
 }
@@ -57,7 +64,7 @@ void UIScrollView::setContentSize(CGSize size) {
 void UIScrollView::setContentOffset(CGPoint offset, bool animated) {
   stopMoving();
   const CGPoint from = contentOffset();
-  if (!animated) return setBounds({offset, bounds().size});
+  if (!animated) return setBounds({onPixels(offset), bounds().size});
   moveTo(kOffsetAnimation, [from, offset](double fraction) -> CGPoint {
     const double share = easeInEaseOut(fraction);
     return {from.x + (offset.x - from.x) * share, from.y + (offset.y - from.y) * share};
@@ -86,7 +93,7 @@ void UIScrollView::dragChanged(const id&) {
       break;
     case UIGestureRecognizerState::changed: {
       const CGPoint moved = drag->translation();
-      setBounds({clamped({dragStart_.x - moved.x, dragStart_.y - moved.y}), bounds().size});
+      setBounds({onPixels(clamped({dragStart_.x - moved.x, dragStart_.y - moved.y})), bounds().size});
       break;
     }
     case UIGestureRecognizerState::ended: {
@@ -121,7 +128,7 @@ void UIScrollView::moveTo(double seconds, std::function<CGPoint(double fraction)
       seconds,
       [motion, weakSelf, offset = std::move(offset)](double fraction) {
         const auto self = weakSelf.lock();
-        if (self && !motion->stopped) self->setBounds({offset(fraction), self->bounds().size});
+        if (self && !motion->stopped) self->setBounds({onPixels(offset(fraction)), self->bounds().size});
       },
       [motion, weakSelf] {
         const auto self = weakSelf.lock();

@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "DeviceClock/Clock.h"
-#include "UIKit/UIScrollView+Private.h"
+#include "UIKit/Private/UIScrollView.h"
 
 namespace ios {
 namespace {
@@ -11,7 +11,7 @@ using State = UIGestureRecognizerState;
 
 // A finger that strays less than this may still be tapping.
 constexpr CGFloat kThreshold = 10;
-// What the speed at the finger's end is taken from.
+// The span of time from which the speed at the drag's end is computed.
 constexpr double kVelocityWindow = 0.1;
 
 }  // namespace
@@ -60,7 +60,7 @@ void UIScrollView::DragRecognizer::touchesMoved(const UITouches& touches, const 
   if (std::hypot(moved.x, moved.y) <= kThreshold) return;
   const auto scroll = std::dynamic_pointer_cast<UIScrollView>(view());
   if (!scroll || !scroll->canScroll(moved)) return setState(State::failed);
-  start_ = finger_->locationInView(nullptr);  // the content does not jump by the threshold
+  start_ = finger_->locationInView(nullptr);  // so that the content does not jump by the threshold
   setState(State::began);
 }
 

@@ -4,7 +4,6 @@
 
 #include "CoreGraphics/CGGeometry.h"
 #include "ObjectiveC/NSObject.h"
-#include "UIKit/UIImage.h"
 
 namespace ios {
 

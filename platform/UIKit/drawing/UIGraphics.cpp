@@ -3,7 +3,6 @@
 #include <cmath>
 #include <vector>
 
-#include "CoreGraphics/CGContext+Private.h"
 #include "UIKit/UIScreen.h"
 
 namespace ios {
@@ -20,7 +19,7 @@ std::vector<Entry>& stack() {
   return entries;
 }
 
-// Whole pixels that hold so many points; 0 for none and for what is no number.
+// The number of whole pixels that cover so many points; 0 if there are none, or for NaN.
 std::size_t pixels(CGFloat points, CGFloat scale) {
   constexpr CGFloat kRounding = 1e-6;
   const CGFloat count = std::ceil(points * scale - kRounding);
@@ -34,7 +33,9 @@ void UIGraphicsBeginImageContextWithOptions(CGSize size, bool opaque, CGFloat sc
   if (!(scale > 0)) scale = UIScreen::mainScreen()->scale();
   Entry entry{nullptr, true, scale};
   const std::size_t width = pixels(size.width, scale), height = pixels(size.height, scale);
-  entry.context = CGContext::withOwnPixels(width, height, opaque);
+  const std::uint32_t alpha = opaque ? kCGImageAlphaNoneSkipFirst : kCGImageAlphaPremultipliedFirst;
+  entry.context = CGBitmapContextCreate(nullptr, width, height, 8, 0, CGColorSpaceCreateDeviceRGB(),
+                                        alpha | kCGBitmapByteOrder32Little);
   if (entry.context) {
     CGContextTranslateCTM(entry.context, 0, static_cast<CGFloat>(height));
     CGContextScaleCTM(entry.context, scale, -scale);
@@ -43,9 +44,9 @@ void UIGraphicsBeginImageContextWithOptions(CGSize size, bool opaque, CGFloat sc
 }
 
 std::shared_ptr<UIImage> UIGraphicsGetImageFromCurrentImageContext() {
-  if (stack().empty() || !stack().back().isImage || !stack().back().context) return nullptr;
+  if (stack().empty() || !stack().back().isImage) return nullptr;
   const Entry& top = stack().back();
-  CGImageRef image = top.context->takeImage();
+  CGImageRef image = CGBitmapContextCreateImage(top.context);
   return image ? std::make_shared<UIImage>(std::move(image), top.scale) : nullptr;
 }
 

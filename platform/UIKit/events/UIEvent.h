@@ -16,7 +16,7 @@ enum class UIEventType : long { touches = 0, motion = 1, remoteControl = 2 };
 enum class UIEventSubtype : long { none = 0, motionShake = 1 };
 enum class UITouchPhase : long { began, moved, stationary, ended, cancelled };
 
-/// One finger on the glass, from its first contact to its last; the same object all the while.
+/// One finger on the glass, from its first contact to its last; the same object throughout.
 class UITouch : public NSObject {
  public:
   UITouchPhase phase() const { return phase_; }

@@ -1,4 +1,4 @@
-#include "UIKit/GestureArbiter+Private.h"
+#include "UIKit/Private/GestureArbiter.h"
 
 #include <algorithm>
 

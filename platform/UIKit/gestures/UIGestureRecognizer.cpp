@@ -1,6 +1,6 @@
 #include "UIKit/UIGestureRecognizer.h"
 
-#include "UIKit/GestureArbiter+Private.h"
+#include "UIKit/Private/GestureArbiter.h"
 #include "UIKit/UIWindow.h"
 
 namespace ios {
@@ -56,11 +56,11 @@ void UIGestureRecognizer::setState(State state) {
   if (!allowed) return;
   state_ = state;
   stateWasSet_ = true;
-  if (delivering_) return;  // whoever delivers looks at it next
+  if (delivering_) return;  // the delivering code checks the state next
   const auto window = view_ ? view_->window() : nullptr;
   const auto self = sharedAs<UIGestureRecognizer>();
   if (window && self) {
-    window->arbiter_->stateWasSet(self, old == State::possible);
+    window->arbiter().stateWasSet(self, old == State::possible);
   } else if (state != State::began && state != State::changed) {
     backToPossible();
   }

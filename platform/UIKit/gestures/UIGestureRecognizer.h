@@ -40,7 +40,7 @@ class UIGestureRecognizer : public Subclass<UIGestureRecognizer, NSObject> {
   virtual void touchesMoved(const UITouches& touches, const std::shared_ptr<UIEvent>& event) = 0;
   virtual void touchesEnded(const UITouches& touches, const std::shared_ptr<UIEvent>& event) = 0;
   virtual void touchesCancelled(const UITouches& touches, const std::shared_ptr<UIEvent>& event);
-  /// Back to the start, after the gesture was made or has failed.
+  /// Returns to the initial state, after the gesture was recognised or has failed.
   virtual void reset() {}
   /// A change that the current state does not allow is ignored (only `possible` leads to `failed`).
   void setState(UIGestureRecognizerState state);
@@ -60,40 +60,13 @@ class UIGestureRecognizer : public Subclass<UIGestureRecognizer, NSObject> {
   bool cancelsTouchesInView_ = true;
   bool delivering_ = false;   // inside one of the touches operations
   bool stateWasSet_ = false;  // by the one that is being delivered
-  unsigned attachment_ = 0;   // counts attachments, so that one of an earlier time is told apart
+  unsigned attachment_ = 0;   // counts attachments, to tell them apart
 
   void attach(UIView* view);
   /// Stops watching the touches under way; a gesture that had begun is cancelled.
   void leaveTouches();
   void callTargets();
   void backToPossible();
-};
-
-/// Taps: so many in a row, each with so many fingers.
-class UITapGestureRecognizer : public Subclass<UITapGestureRecognizer, UIGestureRecognizer> {
- public:
-  using Subclass::Subclass;
-  ~UITapGestureRecognizer() override;
-  static MethodList methods() { return {}; }
-  unsigned long numberOfTapsRequired() const { return taps_; }
-  void setNumberOfTapsRequired(unsigned long taps) { taps_ = taps; }
-  unsigned long numberOfTouchesRequired() const { return touches_; }
-  void setNumberOfTouchesRequired(unsigned long touches) { touches_ = touches; }
-  CGPoint locationInView(const UIView* view) const override;
-  /// More taps than `other` takes: both may be made, the shorter one first.
-  bool canBePreventedByGestureRecognizer(const UIGestureRecognizer& other) const override;
-
- protected:
-  void touchesBegan(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
-  void touchesMoved(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
-  void touchesEnded(const UITouches& touches, const std::shared_ptr<UIEvent>& event) override;
-  void reset() override;
-
- private:
-  struct Progress;
-  void failAfter(double seconds);
-  unsigned long taps_ = 1, touches_ = 1;
-  std::shared_ptr<Progress> progress_;
 };
 
 }  // namespace ios

@@ -1,9 +1,10 @@
+#include "UIKit/UITapGestureRecognizer.h"
+
 #include <algorithm>
 #include <cmath>
 #include <optional>
 
 #include "DeviceClock/Clock.h"
-#include "UIKit/UIGestureRecognizer.h"
 
 namespace ios {
 namespace {

@@ -1,4 +1,4 @@
-#include "UIKit/NibConnections+Private.h"
+#include "UIKit/Private/NibConnections.h"
 
 #include <array>
 #include <cctype>
@@ -86,7 +86,7 @@ void connectNib(NibReading& reading) {
       if (connection.name == "outlet") {
         connector.outlet(from, connection);
       } else if (connection.name != "action") {
-        reading.report(described(connection) + " is no connection that is known");
+        reading.report(described(connection) + " is not a known connection");
       }
     }
   }

@@ -3,7 +3,7 @@
 #include <pugixml.hpp>
 
 #include "CoreFoundation/Unicode.h"
-#include "UIKit/NibDocument+Private.h"
+#include "UIKit/Private/NibDocument.h"
 
 namespace ios {
 namespace {
@@ -74,7 +74,7 @@ std::optional<NibElement> readNibDocument(std::span<const std::uint8_t> bytes, s
   pugi::xml_document xml;
   const auto result = xml.load_buffer(bytes.data(), bytes.size());
   if (!result) {
-    problem = "is no well-formed XML at byte " + std::to_string(result.offset) + ": " + result.description();
+    problem = "is not well-formed XML at byte " + std::to_string(result.offset) + ": " + result.description();
     return std::nullopt;
   }
   const auto root = xml.child("document");

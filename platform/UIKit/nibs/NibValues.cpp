@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <array>
 
-#include "UIKit/NibViews+Private.h"
+#include "UIKit/Private/NibViews.h"
 
 namespace ios {
 namespace {
@@ -52,7 +52,7 @@ std::shared_ptr<UIColor> nibColor(const NibElement& element, NibReading& reading
   for (const auto& known : kSystemColors) {
     if (known.name == name) return std::make_shared<UIColor>(known.color);
   }
-  reading.report(described(element) + " is no known color");
+  reading.report(described(element) + " is not a known color");
   return nullptr;
 }
 

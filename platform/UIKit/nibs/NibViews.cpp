@@ -1,9 +1,9 @@
-#include "UIKit/NibViews+Private.h"
+#include "UIKit/Private/NibViews.h"
 
 #include <algorithm>
 #include <array>
 
-#include "UIKit/Chrome+Private.h"
+#include "UIKit/Private/Chrome.h"
 #include "UIKit/UIImageView.h"
 
 namespace ios {
@@ -71,7 +71,7 @@ class ViewMaker {
 
   std::shared_ptr<UIView> make() {
     if (!create()) {
-      reading_.report(described(element_) + " is no element that is known");
+      reading_.report(described(element_) + " is not a known element");
       return nullptr;
     }
     if (const std::string* name = element_.find("customClass"))

@@ -3,15 +3,15 @@
 #include "Device/Device.h"
 #include "Device/Files.h"
 #include "Dispatch/Queue.h"
-#include "UIKit/Chrome+Private.h"
-#include "UIKit/NibConnections+Private.h"
+#include "UIKit/Private/Chrome.h"
+#include "UIKit/Private/NibConnections.h"
 #include "UIKit/UIImage.h"
 
 namespace ios {
 namespace {
 
 constexpr char kOwner[] = "IBFilesOwner";
-// A document that is wrong all over need not fill the log.
+// Keeps a document with many mistakes from filling the log.
 constexpr std::size_t kMostLines = 20;
 
 /// Lines about one document, each with its name.

@@ -14,8 +14,8 @@ namespace ios {
 ///
 /// Views, labels, buttons and image views are made, laid out by frames and autoresizing masks. An outlet is
 /// set by the owner's method "set<Outlet>:", an action goes to the method its selector names; both have to
-/// stand in the method table of the owner's class. What a document has beyond that, or wrong, costs a line on
-/// standard error each, and the rest is made.
+/// stand in the method table of the owner's class. Anything else in a document, and each mistake, is reported
+/// in a line on standard error; the rest is loaded.
 class UINib : public NSObject {
  public:
   UINib(std::string name, std::shared_ptr<NSBundle> bundle);
@@ -24,11 +24,10 @@ class UINib : public NSObject {
 
   /// Makes a new set of the document's objects, connects them to each other and to `owner` (may be empty),
   /// and returns those of the top level. In a document of the folder `Base.lproj` the texts are those of
-  /// `<name>.strings` in the user's language, under "<object id>.text" and "<object id>.normalTitle".
-  /// It is laid out as in a mirror when the user's first language is written from right to left, unless it
-  /// lies in a language's own folder.
-  /// Nothing, with a line on standard error, when there is no such file or it is none that can be read:
-  /// malformed, larger than 1 MB, deeper than 64 levels or of more than 10,000 elements.
+  /// `<name>.strings` in the user's language, under "<object id>.text" and "<object id>.normalTitle". It is
+  /// laid out as in a mirror when the user's first language is written from right to left, unless it lies in
+  /// a language's own folder. Returns nothing, with a line on standard error, when there is no such file or
+  /// it cannot be read: malformed, larger than 1 MB, deeper than 64 levels or of more than 10,000 elements.
   std::vector<id> instantiateWithOwner(const id& owner) const;
 
  private:

@@ -1,4 +1,4 @@
-#include "UIKit/BackingStore+Private.h"
+#include "UIKit/Private/BackingStore.h"
 
 #include <cmath>
 #include <cstring>
@@ -7,20 +7,18 @@
 #include <vector>
 
 #include "CoreGraphics/CGContext.h"
+#include "UIKit/Private/ViewRenderer.h"
 #include "UIKit/UIScreen.h"
 #include "UIKit/UIWindow.h"
-#include "UIKit/ViewRenderer+Private.h"
 
 namespace ios {
 namespace {
 
 constexpr std::size_t kLargestSide = 16384;
 
-/// The display's newest refresh.
+/// When the display's newest refresh began.
 Clock::Instant lastRefresh(Clock::Instant now) {
-  Clock::Instant refresh = Clock::nextRefresh(now - std::chrono::milliseconds(40));
-  while (Clock::nextRefresh(refresh) <= now) refresh = Clock::nextRefresh(refresh);
-  return refresh;
+  return Clock::refresh(Clock::newestRefresh(now));
 }
 
 }  // namespace
@@ -66,7 +64,7 @@ CGImageRef BackingStore::image(UIWindow& window, bool afterScreenUpdates) {
   const auto width = static_cast<std::size_t>(std::lround(std::min(size.width * scale, 1e6)));
   const auto height = static_cast<std::size_t>(std::lround(std::min(size.height * scale, 1e6)));
   if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide) return nullptr;
-  // A view that asks for the window's picture while that is being drawn gets the one before.
+  // A view that asks for the window's picture while it is being drawn gets the previous one.
   if (rendering_) return image_;
 
   const bool fits = image_ && image_->width() == width && image_->height() == height;
@@ -77,7 +75,12 @@ CGImageRef BackingStore::image(UIWindow& window, bool afterScreenUpdates) {
 
 void BackingStore::render(UIWindow& window, std::size_t width, std::size_t height, CGFloat scale) {
   window.layoutIfNeeded();
-  dirtySince_.reset();
+  // Whatever fails, nothing is left half done: the next one to ask begins anew.
+  struct Rendering {
+    explicit Rendering(bool& flag) : flag(flag) { flag = true; }
+    ~Rendering() { flag = false; }
+    bool& flag;
+  };
 
   const std::size_t bytesPerRow = width * 4;
   const std::size_t size = bytesPerRow * height;
@@ -85,8 +88,8 @@ void BackingStore::render(UIWindow& window, std::size_t width, std::size_t heigh
   if (!pool_ || pool_->size() != size) pool_ = std::make_shared<PixelPool>(size);
   auto pixels = pool_->take();
   const auto& background = window.backgroundColor();
-  // The background must reach every pixel: a row or column that it covers in part would show what was there
-  // before.
+  // The background must reach every pixel: a row or column that it covers in part would show
+  // what was there before.
   const CGSize points = window.bounds().size;
   const bool wholePixels = std::abs(points.width * scale - static_cast<CGFloat>(width)) < 1e-6 &&
                            std::abs(points.height * scale - static_cast<CGFloat>(height)) < 1e-6;
@@ -101,9 +104,17 @@ void BackingStore::render(UIWindow& window, std::size_t width, std::size_t heigh
   CGContextTranslateCTM(context, 0, static_cast<CGFloat>(height));
   CGContextScaleCTM(context, scale, -scale);
   CGContextTranslateCTM(context, -bounds.origin.x, -bounds.origin.y);
-  rendering_ = true;
-  ViewRenderer(context).drawContents(window, bounds);
-  rendering_ = false;
+  {
+    const Rendering rendering(rendering_);
+    // What changes from here on is not in this picture.
+    const auto dirtySince = std::exchange(dirtySince_, std::nullopt);
+    try {
+      ViewRenderer(context).drawContents(window, bounds);
+    } catch (...) {
+      dirtySince_ = dirtySince;
+      throw;
+    }
+  }
   image_ = std::make_shared<const CGImage>(std::move(pixels), width, height, bytesPerRow, opaque);
 }
 

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 
-#include "UIKit/UIGestureRecognizer.h"
-#include "UIKit/UIView+Private.h"
-#include "UIKit/UIViewController.h"
+#include "UIKit/Private/UIView.h"
 #include "UIKit/UIWindow.h"
 
 namespace ios {
@@ -17,7 +15,7 @@ UIView::UIView(CGRect frame) : layer_(std::make_shared<ViewLayer>(this)) {
 UIView::~UIView() {
   static_cast<ViewLayer&>(*layer_).viewGone();
   for (const auto& view : subviews_) view->superview_ = nullptr;
-  for (const auto& recognizer : recognizers_) recognizer->attach(nullptr);
+  detachGestureRecognizers();
 }
 
 MethodList UIView::methods() {
@@ -72,7 +70,7 @@ void UIView::detach() {
 }
 
 void UIView::movedToWindow() {
-  if (auto controller = controller_.lock()) controller->viewMovedToWindow();
+  tellControllerOfWindow();
   didMoveToWindow();
   const auto subviews = subviews_;
   for (const auto& view : subviews) view->movedToWindow();
@@ -114,11 +112,6 @@ void UIView::setHidden(bool hidden) {
 void UIView::setClipsToBounds(bool clips) {
   layer_->masksToBounds = clips;
   setNeedsDisplay();
-}
-
-std::shared_ptr<UIResponder> UIView::nextResponder() {
-  if (auto controller = controller_.lock()) return controller;
-  return superview();
 }
 
 }  // namespace ios

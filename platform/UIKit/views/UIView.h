@@ -31,8 +31,8 @@ enum UIViewAutoresizing : unsigned {
 /// A rectangle of the interface. Coordinates are points, y downwards. A view holds its subviews; the
 /// superview, the window and the controller are back references. Main thread.
 ///
-/// Changes of what shows (frame, colours, contents, the tree) mark the window dirty by themselves; a subclass
-/// whose drawing changes says `setNeedsDisplay`.
+/// Changes of what is shown (frame, colours, contents, the tree) mark the window dirty; a subclass whose
+/// drawing changes calls `setNeedsDisplay`.
 class UIView : public Subclass<UIView, UIResponder> {
  public:
   explicit UIView(CGRect frame = CGRectZero);
@@ -75,7 +75,7 @@ class UIView : public Subclass<UIView, UIResponder> {
   virtual void setHidden(bool hidden);
   bool clipsToBounds() const { return layer_->masksToBounds; }
   void setClipsToBounds(bool clips);
-  /// Changing the layer's fields takes a `setNeedsDisplay`.
+  /// After changing the layer's fields, call `setNeedsDisplay`.
   const std::shared_ptr<CALayer>& layer() const { return layer_; }
   long tag() const { return tag_; }
   void setTag(long tag) { tag_ = tag; }
@@ -83,7 +83,7 @@ class UIView : public Subclass<UIView, UIResponder> {
   void setUserInteractionEnabled(bool enabled) { userInteractionEnabled_ = enabled; }
   bool isMultipleTouchEnabled() const { return multipleTouchEnabled_; }
   void setMultipleTouchEnabled(bool enabled) { multipleTouchEnabled_ = enabled; }
-  /// What assistive tools and drivers call it; a label's or button's own text without one.
+  /// The name that assistive tools and drivers use; by default a label's or button's text.
   virtual std::string accessibilityLabel() const { return accessibilityLabel_; }
   void setAccessibilityLabel(std::string label) { accessibilityLabel_ = std::move(label); }
 
@@ -95,7 +95,6 @@ class UIView : public Subclass<UIView, UIResponder> {
     (void)size;
     return bounds_.size;
   }
-  void sizeToFit();
   void setNeedsDisplay();
   /// Draws the view's own content (background and subviews are drawn by the platform) into the current
   /// context, in the view's coordinates.
@@ -152,6 +151,10 @@ class UIView : public Subclass<UIView, UIResponder> {
   void autoresize(CGSize oldSuperviewSize, CGSize newSuperviewSize);
   void detach();
   void movedToWindow();
+  void detachGestureRecognizers();
+  // These do nothing unless this is a controller's view.
+  void tellControllerOfWindow();
+  void tellControllerOfLayout();
 
   CGRect bounds_;
   CGPoint center_;

@@ -1,5 +1,5 @@
 #include "QuartzCore/CAAnimation.h"
-#include "UIKit/UIView+Private.h"
+#include "UIKit/Private/UIView.h"
 
 namespace ios {
 namespace {
@@ -36,7 +36,7 @@ UIView::Shown UIView::shown() const {
 
 void UIView::willChange(Animatable property) {
   const std::shared_ptr<UIView> self = sharedAs<UIView>();
-  // Outside of an animation a new value shows at once, and ends what was on its way to the old one.
+  // Outside of an animation a new value shows at once, and ends the animation towards the old one.
   const auto run = self ? Animation::current : nullptr;
   if (!run && !animation_) return;
   if (!animation_) animation_ = std::make_unique<Animation>();

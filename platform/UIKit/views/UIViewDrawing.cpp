@@ -1,8 +1,8 @@
-#include "UIKit/BackingStore+Private.h"
+#include "UIKit/Private/BackingStore.h"
+#include "UIKit/Private/UIView.h"
+#include "UIKit/Private/ViewRenderer.h"
 #include "UIKit/UIGraphics.h"
-#include "UIKit/UIView+Private.h"
 #include "UIKit/UIWindow.h"
-#include "UIKit/ViewRenderer+Private.h"
 
 namespace ios {
 

@@ -1,5 +1,4 @@
 #include "UIKit/UIView.h"
-#include "UIKit/UIViewController.h"
 #include "UIKit/UIWindow.h"
 
 namespace ios {
@@ -10,8 +9,8 @@ struct Span {
   CGFloat start, length;
 };
 
-/// Spreads the superview's growth over the flexible parts, in proportion to what they have; equally where
-/// they have nothing. Without a flexible part the far margin takes it.
+/// Spreads the superview's growth over the flexible parts in proportion to their sizes, or equally if these
+/// are all zero. Without a flexible part the far margin takes it.
 Span resized(Span span, CGFloat oldTotal, CGFloat newTotal, bool nearFlexible, bool lengthFlexible,
              bool farFlexible) {
   const CGFloat growth = newTotal - oldTotal;
@@ -57,20 +56,15 @@ void UIView::setNeedsLayout() {
 
 void UIView::layoutIfNeeded() {
   // Laying out may ask for layout again (a size that depends on the subviews'); what still asks after the
-  // second round would ask for ever.
+  // second round would ask forever.
   for (int round = 0; needsLayout_ && round < 2; ++round) {
     needsLayout_ = false;
-    if (auto controller = controller_.lock()) controller->viewWillLayoutSubviews();
+    tellControllerOfLayout();
     layoutSubviews();
   }
   needsLayout_ = false;
   const auto subviews = subviews_;
   for (const auto& view : subviews) view->layoutIfNeeded();
-}
-
-void UIView::sizeToFit() {
-  const CGSize size = sizeThatFits(bounds_.size);
-  setFrame({frame().origin, size});
 }
 
 void UIView::setNeedsDisplay() {

@@ -26,7 +26,6 @@ class UIWindow : public Subclass<UIWindow, UIView> {
   void setRootViewController(std::shared_ptr<UIViewController> controller);
   /// Shows the window, in front of those of its level, and makes it the application's key window.
   void makeKeyAndVisible();
-  bool isKeyWindow() const;
   /// Windows of a higher level are in front.
   CGFloat windowLevel() const { return level_; }
   void setWindowLevel(CGFloat level);
@@ -45,16 +44,17 @@ class UIWindow : public Subclass<UIWindow, UIView> {
   friend class UIGestureRecognizer;
   friend class PermissionAlert;
   friend class ViewRenderer;
+  GestureArbiter& arbiter();
   void markDirty();
   /// The display lays out what asked for it at its next refresh.
   void layoutAtNextRefresh();
 
   std::shared_ptr<UIViewController> root_;
   CGFloat level_ = UIWindowLevelNormal;
-  bool ofSystem_ = false;  // over the application, which does not know of it
+  bool ofSystem_ = false;  // the system's, above the application's and unknown to it
   bool layoutIsScheduled_ = false;
   std::unique_ptr<BackingStore> backing_;
-  std::unique_ptr<GestureArbiter> arbiter_;
+  std::shared_ptr<GestureArbiter> arbiter_;  // created on first use
 };
 
 }  // namespace ios

@@ -1,9 +1,9 @@
-#include "UIKit/ViewRenderer+Private.h"
+#include "UIKit/Private/ViewRenderer.h"
 
 #include <algorithm>
 
+#include "UIKit/Private/UIView.h"
 #include "UIKit/UIGraphics.h"
-#include "UIKit/UIView+Private.h"
 
 namespace ios {
 namespace {

@@ -7,8 +7,8 @@
 
 #include "AVFoundation/AVCaptureOutput.h"
 #include "AVFoundation/Microphone.h"
+#include "Base/Mutex.h"
 #include "DeviceClock/Clock.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 

@@ -13,7 +13,7 @@ extern "C" {
 #include <functional>
 #include <memory>
 
-#include "AVFoundation/MediaError+Private.h"
+#include "AVFoundation/Private/MediaError.h"
 
 namespace ios::ffmpeg {
 
@@ -51,11 +51,14 @@ struct FreeIO {
 using IOContext = std::unique_ptr<AVIOContext, FreeIO>;
 
 /// Takes a packet of encoded media; may change it. A failure ends the encoding.
-using PacketSink = std::function<MediaFailure(AVPacket&)>;
+using PacketSink = std::function<MediaResult<>(AVPacket&)>;
 
 /// Sends `frame` (null: the end) to the encoder and everything that comes of it to `sink`.
-[[nodiscard]] MediaFailure encode(AVCodecContext& codec, const AVFrame* frame, const std::string& operation,
-                                  const PacketSink& sink);
+[[nodiscard]] MediaResult<> encode(AVCodecContext& codec, const AVFrame* frame, const std::string& operation,
+                                   const PacketSink& sink);
+
+/// Null when FFmpeg was built without it.
+const AVCodec* aacEncoder();
 
 /// How a track is written down in the file.
 struct Stream {

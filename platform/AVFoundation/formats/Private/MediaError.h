@@ -1,9 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 
+#include "Base/Result.h"
 #include "Device/Files.h"
 #include "Foundation/NSError.h"
 
@@ -15,20 +15,22 @@ struct MediaError {
   int code = 0;           // FFmpeg's, which hold the negative errnos; 0 for a refusal of the platform's own
   std::string reason;     // empty: what the code stands for
 
-  static MediaError refusal(std::string operation, std::string reason) {
-    return {std::move(operation), 0, std::move(reason)};
-  }
-  static MediaError disk(const FileError& error);
   /// "could not encode a picture: No space left on device (-28)"
   std::string description() const;
   std::shared_ptr<NSError> asError() const;
 };
 
-using MediaFailure = std::optional<MediaError>;
+template <class Value = void>
+using MediaResult = Result<Value, MediaError>;
 
-/// A failure unless `result` is that of a success (not negative).
-[[nodiscard]] MediaFailure failed(const std::string& operation, int result);
+/// The failure of an operation: with the code that FFmpeg, or the system in FFmpeg's terms, has for it; with
+/// a reason of the platform's own; or of the disk's.
+[[nodiscard]] tl::unexpected<MediaError> failed(const std::string& operation, int code);
+[[nodiscard]] tl::unexpected<MediaError> refused(const std::string& operation, const std::string& reason);
+[[nodiscard]] tl::unexpected<MediaError> failed(const FileError& error);
+/// Fails if `result` is one of FFmpeg's failures, a negative number.
+[[nodiscard]] MediaResult<> checked(const std::string& operation, int result);
 /// The failure that tests have put on `operation`, if any.
-[[nodiscard]] MediaFailure codecFault(const std::string& operation);
+[[nodiscard]] MediaResult<> codecFault(const std::string& operation);
 
 }  // namespace ios

@@ -4,27 +4,26 @@
 #include <memory>
 #include <optional>
 
-#include "AVFoundation/FFmpeg+Private.h"
-#include "AVFoundation/MediaError+Private.h"
+#include "AVFoundation/Private/FFmpeg.h"
+#include "AVFoundation/Private/MediaError.h"
 
 namespace ios {
 
 /// Reads one kind of media of a movie file and decodes it. One thread at a time.
 class MovieReader {
  public:
-  /// `kind` is AVMEDIA_TYPE_VIDEO or AVMEDIA_TYPE_AUDIO. Null, with `failure` set, for a file that is no
-  /// movie (of the QuickTime kinds: others could lead to other files) or has none of it.
-  static std::unique_ptr<MovieReader> open(const std::filesystem::path& path, AVMediaType kind,
-                                           MediaFailure& failure);
+  /// `kind` is AVMEDIA_TYPE_VIDEO or AVMEDIA_TYPE_AUDIO. Fails for a file that is not a movie (of the
+  /// QuickTime kinds: others could lead to other files) or has no media of that kind.
+  static MediaResult<std::unique_ptr<MovieReader>> open(const std::filesystem::path& path, AVMediaType kind);
 
   /// Of the whole movie, in seconds.
   double duration() const { return duration_; }
-  /// The next frame; null at the end, and when `failure` is set. It is gone after the next call.
-  const AVFrame* next(MediaFailure& failure);
+  /// The next frame; null at the end. It is gone after the next call.
+  MediaResult<const AVFrame*> next();
   /// When `frame` is to be shown or heard, in seconds.
   double timeOf(const AVFrame& frame) const;
   /// The next frame will be one at or before `seconds`.
-  [[nodiscard]] MediaFailure seek(double seconds);
+  [[nodiscard]] MediaResult<> seek(double seconds);
 
  private:
   struct CloseInput {

@@ -7,10 +7,10 @@
 #include <memory>
 #include <optional>
 
-#include "AVFoundation/MediaError+Private.h"
+#include "AVFoundation/Private/MediaError.h"
+#include "Base/Mutex.h"
 #include "CoreGraphics/CGImage.h"
 #include "Dispatch/Queue.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
@@ -45,14 +45,19 @@ class PictureQueue : public std::enable_shared_from_this<PictureQueue> {
   std::optional<Picture> takeNext();
   /// Whether every picture was taken, and there are no more.
   bool isAtEnd() const;
-  MediaFailure failure() const;
+  /// Why nothing more comes, if something went wrong.
+  std::optional<MediaError> failure() const;
   /// Seconds, as the movie says, or to the last picture that was decoded if that is later.
   double duration() const;
 
  private:
   void decode();
-  std::optional<Picture> next(MediaFailure& failure);
-  bool open(MediaFailure& failure);
+  void keep(const MediaResult<std::optional<Picture>>& decoded, std::uint64_t generation);
+  MediaResult<> open();
+  /// The next picture; none at the end.
+  MediaResult<std::optional<Picture>> next();
+  /// The picture that is shown at `seconds`.
+  MediaResult<std::optional<Picture>> seekTo(double seconds, std::uint64_t generation);
   /// Whether what is being decoded is of no use any more.
   bool isSuperseded(std::uint64_t generation) const;
 
@@ -73,7 +78,7 @@ class PictureQueue : public std::enable_shared_from_this<PictureQueue> {
   bool ended_ IOS_GUARDED_BY(mutex_) = false;
   bool cancelled_ IOS_GUARDED_BY(mutex_) = false;
   double duration_ IOS_GUARDED_BY(mutex_) = 0;
-  MediaFailure failure_ IOS_GUARDED_BY(mutex_);
+  std::optional<MediaError> failure_ IOS_GUARDED_BY(mutex_);
 };
 
 }  // namespace ios

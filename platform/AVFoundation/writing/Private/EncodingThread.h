@@ -4,7 +4,7 @@
 #include <functional>
 #include <thread>
 
-#include "ObjectiveC/Mutex.h"
+#include "Base/Mutex.h"
 
 namespace ios {
 

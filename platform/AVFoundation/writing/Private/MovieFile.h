@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "AVFoundation/FFmpeg+Private.h"
-#include "AVFoundation/MediaError+Private.h"
+#include "AVFoundation/Private/FFmpeg.h"
+#include "AVFoundation/Private/MediaError.h"
+#include "Base/FileDescriptor.h"
 #include "DeviceClock/Clock.h"
 
 namespace ios {
@@ -17,29 +18,29 @@ namespace ios {
 class MovieFile {
  public:
   /// Creates the file. `container` is FFmpeg's name of the format; `begun` the time the movie was begun at.
-  /// Null, with `failure` set, when that fails or a file exists at `path`.
-  static std::unique_ptr<MovieFile> create(const std::filesystem::path& path, const std::string& container,
-                                           Clock::WallTime begun, MediaFailure& failure);
+  /// Fails if a file exists at `path`.
+  static MediaResult<std::unique_ptr<MovieFile>> create(const std::filesystem::path& path,
+                                                        const std::string& container, Clock::WallTime begun);
   ~MovieFile();
 
   /// Declares a track; its number is the count of those before it. Before `start`.
-  [[nodiscard]] MediaFailure addStream(const ffmpeg::Stream& stream);
-  [[nodiscard]] MediaFailure start();
+  [[nodiscard]] MediaResult<> addStream(const ffmpeg::Stream& stream);
+  [[nodiscard]] MediaResult<> start();
   /// `packet` in the units that the track was declared with; its times within a track increase.
-  [[nodiscard]] MediaFailure write(int stream, AVPacket& packet);
-  [[nodiscard]] MediaFailure complete();
-  /// A failure if there is something at `path` already.
-  [[nodiscard]] static MediaFailure checkFree(const std::filesystem::path& path);
+  [[nodiscard]] MediaResult<> write(int stream, AVPacket& packet);
+  [[nodiscard]] MediaResult<> complete();
+  /// Fails if there is something at `path` already.
+  [[nodiscard]] static MediaResult<> checkFree(const std::filesystem::path& path);
 
  private:
   MovieFile(std::filesystem::path path, std::filesystem::path temporary);
   static int writeBytes(void* self, std::uint8_t* bytes, int count);
   static std::int64_t seek(void* self, std::int64_t offset, int whence);
   /// What FFmpeg answered, or what the disk did, which it may tell only later.
-  MediaFailure outcome(const std::string& operation, int result) const;
+  MediaResult<> outcome(const std::string& operation, int result) const;
 
   const std::filesystem::path path_, temporary_;
-  int descriptor_ = -1;
+  FileDescriptor file_;
   std::int64_t position_ = 0, size_ = 0;
   ffmpeg::IOContext io_;
   ffmpeg::FormatContext format_;  // goes before the I/O it writes through

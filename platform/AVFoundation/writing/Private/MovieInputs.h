@@ -4,7 +4,7 @@
 #include <string>
 
 #include "AVFoundation/AVAssetWriterInput.h"
-#include "AVFoundation/MovieTrack+Private.h"
+#include "AVFoundation/Private/MovieTrack.h"
 
 namespace ios {
 

@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "AVFoundation/AVMediaFormat.h"
-#include "AVFoundation/FFmpeg+Private.h"
+#include "AVFoundation/Private/FFmpeg.h"
+#include "Base/Mutex.h"
 #include "CoreMedia/CMSampleBuffer.h"
 #include "CoreVideo/CVPixelBuffer.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
@@ -21,7 +21,7 @@ class MovieTrack {
   virtual ~MovieTrack() = default;
   MovieTrack(const MovieTrack&) = delete;
 
-  /// The writer outlives its use here through the weak reference; `index` is this track's number there.
+  /// Hands what is encoded to `writer`, which is not kept alive; `index` is this track's number there.
   void join(std::weak_ptr<MovieWriter> writer, std::size_t index);
   bool isReady() const;
   bool append(const CMSampleBufferRef& buffer);
@@ -31,18 +31,18 @@ class MovieTrack {
   // For the writer, while nothing is appended.
 
   /// Opens the encoder, where that need not wait for what comes.
-  [[nodiscard]] virtual MediaFailure open() = 0;
+  [[nodiscard]] virtual MediaResult<> open() = 0;
   /// Brings out what the encoder still holds.
-  [[nodiscard]] MediaFailure finish(MovieWriter& writer);
+  [[nodiscard]] MediaResult<> finish(MovieWriter& writer);
   /// How the track is written down; known when it has given out anything.
   const ffmpeg::Stream& description() const { return description_; }
 
  protected:
   MovieTrack() = default;
   /// `time` counts from the movie's start and is later than the last one; before the start it is negative.
-  virtual MediaFailure take(MovieWriter& writer, const CMSampleBufferRef& buffer, const CMTime& time);
-  virtual MediaFailure take(MovieWriter& writer, const CVPixelBufferRef& buffer, const CMTime& time);
-  virtual MediaFailure flush(MovieWriter& writer) = 0;
+  virtual MediaResult<> take(MovieWriter& writer, const CMSampleBufferRef& buffer, const CMTime& time);
+  virtual MediaResult<> take(MovieWriter& writer, const CVPixelBufferRef& buffer, const CMTime& time);
+  virtual MediaResult<> flush(MovieWriter& writer) = 0;
   void describe(ffmpeg::Stream description) { description_ = std::move(description); }
   ffmpeg::PacketSink sink(MovieWriter& writer) const;
 

@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "AVFoundation/AVAssetWriter.h"
-#include "AVFoundation/MovieTrack+Private.h"
-#include "AVFoundation/PacketSpool+Private.h"
+#include "AVFoundation/Private/MovieTrack.h"
+#include "AVFoundation/Private/PacketSpool.h"
+#include "Base/Mutex.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
-#include "ObjectiveC/Mutex.h"
 
 namespace ios {
 
@@ -31,6 +31,8 @@ class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
   bool addTrack(const std::shared_ptr<MovieTrack>& track);
   /// Makes `start` fail so.
   void refuseStart(const MediaError& reason);
+  /// Whether a failure leaves the movie of what was encoded before it.
+  void keepWhatThereIs(bool keep);
   bool start();
   void startSession(const CMTime& time);
   void finish(std::function<void()> handler);
@@ -42,7 +44,7 @@ class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
 
   bool accepts() const { return status_ == AVAssetWriterStatusWriting && !finishing_; }
   std::optional<CMTime> sessionStart() const;
-  [[nodiscard]] MediaFailure write(std::size_t track, AVPacket& packet);
+  [[nodiscard]] MediaResult<> write(std::size_t track, AVPacket& packet);
   void fail(const MediaError& reason);
 
  private:
@@ -50,11 +52,13 @@ class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
     std::shared_ptr<MovieTrack> media;
     std::size_t packets = 0;
   };
-  MediaFailure prepare() IOS_REQUIRES(mutex_);
+  MediaResult<> prepare() IOS_REQUIRES(mutex_);
+  /// Puts the movie together of what was encoded, unless nothing is to be kept. On the writer's queue.
   void complete();
-  MediaFailure finishTracks();
+  MediaResult<> finishTracks();
   /// Puts the movie together.
-  MediaFailure assemble() IOS_REQUIRES(mutex_);
+  MediaResult<> assemble() IOS_REQUIRES(mutex_);
+  void setStatus(AVAssetWriterStatus status, std::shared_ptr<NSError> error);
   void end(AVAssetWriterStatus status, std::shared_ptr<NSError> error) IOS_REQUIRES(mutex_);
 
   const std::filesystem::path path_;
@@ -69,9 +73,10 @@ class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
 
   mutable Mutex mutex_;  // held while a packet is put down, and while the movie is put together
   std::vector<Track> tracks_ IOS_GUARDED_BY(mutex_);
-  MediaFailure refusal_ IOS_GUARDED_BY(mutex_);
+  std::optional<MediaError> refusal_ IOS_GUARDED_BY(mutex_);
+  bool keepsWhatThereIs_ IOS_GUARDED_BY(mutex_) = false;
   Clock::WallTime begun_ IOS_GUARDED_BY(mutex_);
-  std::unique_ptr<PacketSpool> spool_ IOS_GUARDED_BY(mutex_);  // while writing
+  std::unique_ptr<PacketSpool> spool_ IOS_GUARDED_BY(mutex_);  // while there is something to complete
 };
 
 }  // namespace ios

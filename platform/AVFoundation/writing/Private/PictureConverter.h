@@ -1,6 +1,6 @@
 #pragma once
 
-#include "AVFoundation/FFmpeg+Private.h"
+#include "AVFoundation/Private/FFmpeg.h"
 #include "CoreVideo/CVPixelBuffer.h"
 
 namespace ios {
@@ -15,19 +15,18 @@ class PictureConverter {
   /// `size` with odd sides made even.
   static CVPixelSize evenSize(const CVPixelSize& size);
 
-  /// Makes `buffer` the current picture; `changed` tells whether it differs from the one before.
-  [[nodiscard]] MediaFailure convert(const CVPixelBufferRef& buffer, bool& changed);
+  /// Makes `buffer` the current picture. Whether it differs from the one before.
+  MediaResult<bool> convert(const CVPixelBufferRef& buffer);
   /// Of the size `evenSize`; null before the first.
   AVFrame* current() const { return current_.get(); }
 
  private:
-  MediaFailure prepareSpare();
-  MediaFailure fillSpare(const CVPixelBufferRef& buffer);
+  MediaResult<> prepareSpare();
+  MediaResult<> fillSpare(const CVPixelBufferRef& buffer);
   bool spareEqualsCurrent() const;
 
   const CVPixelSize size_;
   ffmpeg::Frame current_, spare_;
-  std::uint64_t generation_ = 0;  // of the current picture
   std::vector<std::uint8_t> stretched_;
 };
 

@@ -7,9 +7,9 @@
 
 namespace ios {
 
-/// Puts pictures that equal the one before them into an encoder's H.264, without the encoder: each is a slice
-/// that says "as before" of every block, a few bytes long. The encoder's own pictures are renumbered to make
-/// room.
+/// Puts pictures that equal the one before them into an encoder's H.264, without the encoder: each is a
+/// slice that says "as before" of every block, a few bytes long. The encoder's own pictures are renumbered
+/// to make room.
 ///
 /// Streams are byte streams with start codes. It understands what the platform's encoder makes: progressive
 /// pictures in display order, every one a reference, one slice each.
@@ -20,7 +20,7 @@ class RepeatedPictures {
 
   /// The encoder's parameter sets and the one that repeated pictures refer to.
   const std::vector<std::uint8_t>& headers() const { return headers_; }
-  /// The encoder's next picture with the number it has here. Empty if it is none that this understands.
+  /// The encoder's next picture with the number it has here. Empty if it is not one that this understands.
   std::optional<std::vector<std::uint8_t>> renumbered(std::span<const std::uint8_t> picture);
   /// A picture equal to the last one.
   std::vector<std::uint8_t> repeated();

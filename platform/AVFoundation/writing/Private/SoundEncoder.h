@@ -2,46 +2,38 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 
-#include "AVFoundation/FFmpeg+Private.h"
-#include "CoreFoundation/PropertyList.h"
+#include "AVFoundation/Private/FFmpeg.h"
+#include "AVFoundation/Private/SoundSettings.h"
 #include "CoreMedia/CMSampleBuffer.h"
 
 namespace ios {
 
-/// A movie's sound as AAC or as plain samples, of one format whatever it is fed. Used by one thread at a
-/// time.
+/// A movie's sound as AAC or as plain samples, of one format whatever it is fed. Used by
+/// one thread at a time.
 class SoundEncoder {
  public:
-  struct Settings {
-    CMAudioFormat format;
-    std::int64_t bitRate = 0;
-    /// Empty for settings that cannot be met.
-    static std::optional<Settings> from(const NSDictionary& outputSettings);
-  };
-  /// Null, with `failure` set, when the encoder cannot be set up.
-  static std::unique_ptr<SoundEncoder> openAAC(const Settings& settings, MediaFailure& failure);
-  static std::unique_ptr<SoundEncoder> openPCM(const CMAudioFormat& format, MediaFailure& failure);
+  static MediaResult<std::unique_ptr<SoundEncoder>> openAAC(const SoundSettings& settings);
+  static MediaResult<std::unique_ptr<SoundEncoder>> openPCM(const CMAudioFormat& format);
 
   const CMAudioFormat& format() const { return format_; }
   ffmpeg::Stream stream() const;
   /// The time of the first frame to come, in frames. Before the first.
   void start(std::int64_t time) { time_ = time; }
   /// `samples` in `format`, whole frames.
-  [[nodiscard]] MediaFailure encode(std::span<const std::int16_t> samples, const CMAudioFormat& format,
-                                    const ffmpeg::PacketSink& sink);
+  [[nodiscard]] MediaResult<> encode(std::span<const std::int16_t> samples, const CMAudioFormat& format,
+                                     const ffmpeg::PacketSink& sink);
   /// What is still inside. Nothing can be encoded afterwards.
-  [[nodiscard]] MediaFailure flush(const ffmpeg::PacketSink& sink);
+  [[nodiscard]] MediaResult<> flush(const ffmpeg::PacketSink& sink);
 
  private:
   SoundEncoder(const CMAudioFormat& format, AVSampleFormat sampleFormat);
-  MediaFailure prepareResampler(const CMAudioFormat& source);
+  MediaResult<> prepareResampler(const CMAudioFormat& source);
   /// Through the resampler into the queue; null samples drain it.
-  MediaFailure resample(const std::int16_t* samples, int frames);
-  MediaFailure encodeQueued(bool everything, const ffmpeg::PacketSink& sink);
-  MediaFailure encodeFrame(int frames, const ffmpeg::PacketSink& sink);
+  MediaResult<> resample(const std::int16_t* samples, int frames);
+  MediaResult<> encodeQueued(bool everything, const ffmpeg::PacketSink& sink);
+  MediaResult<> encodeFrame(int frames, const ffmpeg::PacketSink& sink);
 
   const CMAudioFormat format_;
   const AVSampleFormat sampleFormat_;

@@ -1,15 +1,15 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <vector>
 
-#include "AVFoundation/EncodingThread+Private.h"
-#include "AVFoundation/FFmpeg+Private.h"
-#include "AVFoundation/PictureConverter+Private.h"
-#include "AVFoundation/RepeatedPictures+Private.h"
+#include "AVFoundation/Private/BitBudget.h"
+#include "AVFoundation/Private/EncodingThread.h"
+#include "AVFoundation/Private/FFmpeg.h"
+#include "AVFoundation/Private/PictureConverter.h"
+#include "AVFoundation/Private/RepeatedPictures.h"
 #include "CoreFoundation/PropertyList.h"
 
 namespace ios {
@@ -22,52 +22,53 @@ class VideoEncoder {
   struct Settings {
     CVPixelSize size;
     std::int64_t bitRate = 0;
-    int keyInterval = 250;  // pictures
+    int keyInterval = 0;  // pictures
     /// Empty for settings that cannot be met.
     static std::optional<Settings> from(const NSDictionary& outputSettings);
   };
   /// Units of the times, a second: milliseconds and the usual frame rates are whole numbers of them.
   static constexpr int kTimescale = 90000;
 
-  /// Null, with `failure` set, when the encoder cannot be set up.
-  static std::unique_ptr<VideoEncoder> open(const Settings& settings, MediaFailure& failure);
+  static MediaResult<std::unique_ptr<VideoEncoder>> open(const Settings& settings);
 
+  /// Final when all pictures have been encoded.
   ffmpeg::Stream stream() const { return ffmpeg::streamOf(*codec_); }
   /// `time` in units of 1 / `kTimescale` s, greater than the last one. What comes of a picture, packets in
   /// their order or a failure, comes out of the next call. Returns when that picture can be encoded: a caller
   /// who is quicker than the encoder waits here, so `buffer` is the only one in use.
-  [[nodiscard]] MediaFailure encode(const CVPixelBufferRef& buffer, std::int64_t time,
-                                    const ffmpeg::PacketSink& sink);
+  [[nodiscard]] MediaResult<> encode(const CVPixelBufferRef& buffer, std::int64_t time,
+                                     const ffmpeg::PacketSink& sink);
   /// What is still inside. Nothing can be encoded afterwards.
-  [[nodiscard]] MediaFailure flush(const ffmpeg::PacketSink& sink);
+  [[nodiscard]] MediaResult<> flush(const ffmpeg::PacketSink& sink);
 
  private:
-  struct Queued {
-    bool repeated = false;
-    bool key = false;  // asked for as a key picture; the encoder makes others of its own accord
-    std::int64_t time = 0;
-  };
-  VideoEncoder(const Settings& settings, ffmpeg::CodecContext codec);
+  explicit VideoEncoder(const Settings& settings);
+  MediaResult<> openCodec(double quantiser);
   bool mayRepeat() const;
+  /// On the thread. A first picture that turns out too large is encoded once more by a codec opened anew, as if
+  /// nothing had been before.
+  MediaResult<> encode(const AVFrame* picture);
   /// Waits for the picture that is being encoded, and gives out what came of it.
-  MediaFailure settle(const ffmpeg::PacketSink& sink);
-  MediaFailure take(AVPacket& packet, const ffmpeg::PacketSink& sink);
-  /// Gives out the repeated pictures whose turn it is.
-  MediaFailure giveRepeated(const ffmpeg::PacketSink& sink);
-  MediaFailure give(AVPacket& packet, std::int64_t time, const ffmpeg::PacketSink& sink);
+  MediaResult<> settle(const ffmpeg::PacketSink& sink);
+  MediaResult<> take(AVPacket& packet, const ffmpeg::PacketSink& sink);
+  MediaResult<> give(const std::vector<std::uint8_t>& bytes, int flags, std::int64_t time,
+                     const ffmpeg::PacketSink& sink);
+  MediaResult<> give(AVPacket& packet, std::int64_t time, const ffmpeg::PacketSink& sink);
 
   const Settings settings_;
-  ffmpeg::CodecContext codec_;
   PictureConverter converter_;
+  BitBudget budget_;
   std::optional<RepeatedPictures> repeats_;
-  std::deque<Queued> queue_;  // pictures not given out yet, in order
-  int unchanged_ = 0;         // pictures since the last change
-  int sinceKey_ = 0;          // pictures since the last key picture
-  int quantiser_ = 51;        // of the last picture that came out; coarsest at first
-  std::int64_t lastTime_ = -1;
-  std::vector<ffmpeg::Packet>
-      encoded_;  // with `outcome_`: written by the thread, read when it has been waited for
-  MediaFailure outcome_;
+  bool fine_ = false;           // whether the last picture is as fine as it gets
+  int unchanged_ = 0;           // pictures since the last change
+  int sinceKey_ = 0;            // pictures since the last key picture
+  std::int64_t time_ = 0;       // of the picture that is being encoded
+  std::int64_t lastTime_ = -1;  // of the last one that was given out
+  // The thread's from the beginning of its work until it has been waited for.
+  ffmpeg::CodecContext codec_;
+  double quantiser_ = BitBudget::kSharp;  // of the picture
+  ffmpeg::Packet encoded_;
+  MediaResult<> outcome_;
   EncodingThread thread_;  // the first to go: it uses the rest
 };
 

@@ -2,19 +2,19 @@
 
 #include <memory>
 
-#include "AVFoundation/MovieTrack+Private.h"
-#include "AVFoundation/VideoEncoder+Private.h"
+#include "AVFoundation/Private/MovieTrack.h"
+#include "AVFoundation/Private/VideoEncoder.h"
 
 namespace ios {
 
 class VideoTrack : public MovieTrack {
  public:
   explicit VideoTrack(const VideoEncoder::Settings& settings) : settings_(settings) {}
-  MediaFailure open() override;
+  MediaResult<> open() override;
 
  protected:
-  MediaFailure take(MovieWriter& writer, const CVPixelBufferRef& buffer, const CMTime& time) override;
-  MediaFailure flush(MovieWriter& writer) override;
+  MediaResult<> take(MovieWriter& writer, const CVPixelBufferRef& buffer, const CMTime& time) override;
+  MediaResult<> flush(MovieWriter& writer) override;
 
  private:
   const VideoEncoder::Settings settings_;

@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "UIKit/AlertRow+Private.h"
+#include "UIKit/Private/AlertRow.h"
+#include "UIKit/Private/PresentationStyle.h"
 #include "UIKit/UIView.h"
 
 namespace ios {
@@ -13,18 +14,19 @@ namespace ios {
 class UILabel;
 class UIScrollView;
 
-/// The drawn alert: texts above, actions below, in one rounded group; a sheet's cancel action in a group of
-/// its own.
+/// The drawn alert: texts above, actions below, in one rounded group; a sheet's cancel action
+/// in a group of its own.
 class AlertPanel : public Subclass<AlertPanel, UIView> {
  public:
-  enum class Style { alert, actionSheet, popover };
+  using Style = PresentationStyle;
+  /// `style` must not be one that covers the screen.
   AlertPanel(Style style, const std::optional<std::string>& title, const std::optional<std::string>& message);
   static MethodList methods() { return {}; }
 
   /// Replaces the rows. A popover shows no cancel action.
   void setActions(const std::vector<std::shared_ptr<UIAlertAction>>& actions, const id& target,
                   Selector tapped);
-  /// The panel's size on a screen (in a popover's room) of that size. What is taller scrolls.
+  /// The panel's size on a screen, or in a popover, of size `available`. Content that does not fit scrolls.
   CGSize sizeThatFits(CGSize available) const override;
   void layoutSubviews() override;
 

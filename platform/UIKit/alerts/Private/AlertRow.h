@@ -21,9 +21,9 @@ class AlertRow : public Subclass<AlertRow, UIControl> {
   static MethodList methods() { return {}; }
   const std::shared_ptr<UIAlertAction>& action() const { return action_; }
   bool isCancel() const { return action_->style() == UIAlertActionStyle::cancel; }
-  /// What the title takes in one line at its full size, with the space at its sides.
+  /// The width of the title on one line at its full size, with the space at its sides.
   CGFloat naturalWidth() const;
-  /// Sizes the title for rows of that width; the height it takes, with the space above and below it.
+  /// Sizes the title for rows of that width. Returns its height, with the space above and below.
   CGFloat fit(CGFloat width);
   void setHighlighted(bool highlighted) override;
   void layoutSubviews() override;

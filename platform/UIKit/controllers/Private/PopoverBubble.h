@@ -4,7 +4,7 @@
 
 namespace ios {
 
-/// Where a popover stands: its content, and the tip of its arrow if it has one.
+/// The place of a popover: its content, and the tip of its arrow if it has one.
 struct PopoverPlacement {
   enum class Arrow { none, up, down, left, right };
   CGRect content;
@@ -12,10 +12,10 @@ struct PopoverPlacement {
   CGPoint tip;
 };
 
-/// A place for content of `size` that points at `anchor`, inside `area`. The first of the permitted sides
-/// (arrow up, down, left, right: bits 1, 2, 4, 8) with room enough is taken, or else the one with the most
-/// room, to which the content is cut down. No permitted side: centred on the anchor. All in one coordinate
-/// system.
+/// A place inside `area` for content of `size` that points at `anchor`. Takes the first of the permitted
+/// sides (arrow up, down, left, right: bits 1, 2, 4, 8) with enough room, or else the one with the most,
+/// and shrinks the content to fit. Without a permitted side, centres it on the anchor. All in one
+/// coordinate system.
 PopoverPlacement placePopover(CGSize size, const CGRect& anchor, const CGRect& area, unsigned permitted);
 
 /// The white bubble of a popover with its arrow and soft shadow around the content view.

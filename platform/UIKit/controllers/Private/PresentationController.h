@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "UIKit/PopoverBubble+Private.h"
+#include "UIKit/Private/PopoverBubble.h"
+#include "UIKit/Private/PresentationStyle.h"
 #include "UIKit/UIViewController.h"
 
 namespace ios {
@@ -19,15 +20,15 @@ class UIControl;
 class PresentationController : public Subclass<PresentationController, NSObject> {
  public:
   static MethodList methods();
-  /// Why `controller` can be presented by nobody; empty if it can.
+  /// Why no controller can present `controller`; empty if one can.
   static std::string obstacle(UIViewController& controller);
-  /// Both were checked: `presenter` is an outermost container in a window, and free.
+  /// The caller has checked both: `presenter` is an outermost container in a window, and presents nothing.
   static void present(const std::shared_ptr<UIViewController>& presenter,
                       const std::shared_ptr<UIViewController>& presented, bool animated,
                       std::function<void()> completion);
   void dismiss(bool animated, std::function<void()> completion);
-  /// Takes all that `root` and those above it present off the screen, at once and without completions: its
-  /// window has got another root.
+  /// Removes everything that `root` and those above it present, at once and without completions: its window
+  /// has another root now.
   static void abandon(UIViewController& root);
 
   /// Where the presenter's view was before a full-screen presentation took it away.
@@ -41,11 +42,10 @@ class PresentationController : public Subclass<PresentationController, NSObject>
                          const std::shared_ptr<UIViewController>& presented);
 
  private:
-  enum class Style { fullScreen, pageSheet, formSheet, alert, actionSheet, popover };
+  using Style = PresentationStyle;
   enum class State { presenting, shown, dismissing, ended };
   using Completions = std::vector<std::function<void()>>;
 
-  static Style styleFor(UIViewController& controller);
   bool coversPresenter() const { return style_ == Style::fullScreen; }
   double duration() const;
   void begin(bool animated);

@@ -10,10 +10,10 @@ namespace ios {
 /// Decides who gets the touches of one window.
 ///
 /// A touch is watched, from its beginning to its end, by the recognisers of the view it hit and of that
-/// view's ancestors, as they were when it began. They hear of it first, those of the deepest view before the
-/// others and, of one view, the one added last. The first that recognises makes those fail that watch the
-/// same touches and can be prevented by it, and takes the touches away from the view. Then the view hears of
-/// what is left.
+/// view's ancestors, as they were when it began. They get it before the view does: those of the deepest
+/// view first and, within a view, the one added last first. The first to recognise makes those fail that
+/// watch the same touches and can be prevented by it, and takes the touches away from the view. Then the
+/// view gets what is left.
 ///
 /// Actions and touch operations are the host's code, which may change anything, recognisers and views of the
 /// touches under way included. Main thread.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UIKit/NibViews+Private.h"
+#include "UIKit/Private/NibViews.h"
 
 namespace ios {
 

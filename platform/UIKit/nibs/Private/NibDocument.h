@@ -22,7 +22,8 @@ struct NibElement {
   std::string text(std::string_view attribute) const;
   /// Whether the attribute is "YES".
   bool yes(std::string_view attribute) const { return text(attribute) == "YES"; }
-  /// A finite number of at most `kLargestNumber` either way; empty when there is none, or something else.
+  /// A finite number of at most `kLargestNumber` either way; empty when it is missing or is
+  /// not such a number.
   std::optional<double> number(std::string_view attribute) const;
   /// The first element of that name inside; null when there is none.
   const NibElement* child(std::string_view childName) const;
@@ -32,8 +33,8 @@ struct NibElement {
 
 inline constexpr std::size_t kLargestNib = 1 << 20;  // bytes
 
-/// Reads the whole of an interface file: its `<document>`. Empty with `problem` set when it is none, or
-/// deeper or larger than `UINib` takes.
+/// Reads the whole of an interface file: its `<document>`. Empty, with `problem` set, when it is not an
+/// interface file, or is deeper or larger than `UINib` accepts.
 std::optional<NibElement> readNibDocument(std::span<const std::uint8_t> bytes, std::string& problem);
 
 }  // namespace ios

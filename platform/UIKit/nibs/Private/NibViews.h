@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "UIKit/NibDocument+Private.h"
-#include "UIKit/UIControl.h"
+#include "UIKit/Private/NibDocument.h"
+#include "UIKit/UIButton.h"
+#include "UIKit/UIImage.h"
 #include "UIKit/UILabel.h"
 
 namespace ios {
@@ -33,12 +34,12 @@ struct NibReading {
 /// "<label id="a-b">", as messages name an element.
 std::string described(const NibElement& element);
 
-/// The view that an element stands for, with those inside it; empty, reported, when it stands for none.
+/// The view that an element describes, with its subviews; empty, and reported, when it does not describe one.
 std::shared_ptr<UIView> makeNibView(const NibElement& element, NibReading& reading);
 
-/// A `<color>`; empty, reported, when it is none that is known.
+/// A `<color>`; empty, and reported, when it is unknown.
 std::shared_ptr<UIColor> nibColor(const NibElement& element, NibReading& reading);
-/// A `<fontDescription>`; empty, reported, when the machine has no such font.
+/// A `<fontDescription>`; empty, and reported, when the machine has no such font.
 std::shared_ptr<UIFont> nibFont(const NibElement& element, NibReading& reading);
 
 }  // namespace ios

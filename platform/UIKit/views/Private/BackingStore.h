@@ -14,9 +14,9 @@ class UIWindow;
 
 /// The rendering of one window, at the screen's scale.
 ///
-/// Each rendering is an image that never changes: while somebody holds the last one, the next is drawn into
-/// other memory; otherwise the same memory serves again. Main thread; the images may be read and let go on
-/// any.
+/// Each rendering is an image that never changes: while somebody holds the last one, the next is
+/// drawn into other memory; otherwise the memory is reused. Main thread; the images may be read and
+/// released on any thread.
 class BackingStore {
  public:
   BackingStore();

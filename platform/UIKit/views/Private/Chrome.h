@@ -10,7 +10,7 @@
 
 namespace ios::chrome {
 
-// Looks that the platform's own bars, lists and panels share.
+// Appearance shared by the platform's own bars, lists and panels.
 inline constexpr unsigned kTint = 0x007AFF;
 inline constexpr unsigned kDestructive = 0xFF3B30;
 inline constexpr unsigned kBar = 0xF8F8F8;
@@ -39,7 +39,7 @@ inline bool isMirrored() {
   return !languages.empty() && NSLocale::isRightToLeft(languages.front());
 }
 
-/// Whether the user wants texts so large that lines have to be broken for them.
+/// Whether the user's text size is so large that lines have to wrap.
 inline bool isAccessibilityTextSize() {
   return Device::current().textSize() >= TextSize::AccessibilityM;
 }

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "AVFoundation/AVAssetWriter.h"
+#include "AVFoundation/AVAssetWriterInput.h"
+#include "AVFoundation/AVAssetWriterInputPixelBufferAdaptor.h"
+#include "AVFoundation/AVAudioSession.h"
+#include "AVFoundation/AVAudioSettings.h"
+#include "AVFoundation/AVCaptureDevice.h"
+#include "AVFoundation/AVCaptureInput.h"
+#include "AVFoundation/AVCaptureOutput.h"
+#include "AVFoundation/AVCaptureSession.h"
+#include "AVFoundation/AVError.h"
+#include "AVFoundation/AVMediaFormat.h"
+#include "AVFoundation/AVPlayer.h"
+#include "AVFoundation/AVVideoSettings.h"

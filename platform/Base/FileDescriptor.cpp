@@ -1,0 +1,32 @@
+#include "Base/FileDescriptor.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace ios {
+
+FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
+  if (this != &other) {
+    close();
+    number_ = other.release();
+  }
+  return *this;
+}
+
+int FileDescriptor::close() {
+  const int number = release();
+  return number >= 0 && ::close(number) != 0 ? errno : 0;
+}
+
+int writeAll(int descriptor, std::span<const std::uint8_t> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+}  // namespace ios

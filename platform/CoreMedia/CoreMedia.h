@@ -1,0 +1,4 @@
+#pragma once
+
+#include "CoreMedia/CMSampleBuffer.h"
+#include "CoreMedia/CMTime.h"

@@ -1,0 +1,5 @@
+#pragma once
+
+#include "Dispatch/Queue.h"
+#include "Dispatch/Semaphore.h"
+#include "Dispatch/Time.h"

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Foundation/NSAttributedString.h"
+#include "Foundation/NSBundle.h"
+#include "Foundation/NSData.h"
+#include "Foundation/NSError.h"
+#include "Foundation/NSFileManager.h"
+#include "Foundation/NSKeyedArchiver.h"
+#include "Foundation/NSKeyedUnarchiver.h"
+#include "Foundation/NSLocale.h"
+#include "Foundation/NSNotificationCenter.h"
+#include "Foundation/NSPathUtilities.h"
+#include "Foundation/NSPredicate.h"
+#include "Foundation/NSRunLoop.h"
+#include "Foundation/NSTimer.h"
+#include "Foundation/NSURL.h"
+#include "Foundation/NSUserDefaults.h"
+#include "Foundation/Print.h"

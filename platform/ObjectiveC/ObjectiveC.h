@@ -1,0 +1,5 @@
+#pragma once
+
+#include "ObjectiveC/Class.h"
+#include "ObjectiveC/NSObject.h"
+#include "ObjectiveC/Selector.h"

@@ -1,0 +1,4 @@
+#pragma once
+
+#include "QuartzCore/CADisplayLink.h"
+#include "QuartzCore/CALayer.h"
