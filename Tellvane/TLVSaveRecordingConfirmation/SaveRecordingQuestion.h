@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "Foundation/NSAttributedString.h"
-#include "Platform.h"
+#include "Tellvane/Platform.h"
 
 namespace tellvane {
 

@@ -2,20 +2,21 @@
 
 #include "AVFoundation/AVPlayer.h"
 #include "AVKit/AVPlayerViewController.h"
+#include "Base/Programming.h"
 #include "Foundation/NSNotificationCenter.h"
 #include "Foundation/NSURL.h"
-#include "ObjectiveC/Programming.h"
 #include "TLVSaveRecordingConfirmation/SaveRecordingQuestion.h"
+#include "Tellvane/TLVNotifications.h"
 #include "info/TLVConstants.h"
-#include "info/TLVNotifications.h"
 #include "media/TLVPhotoAlbum.h"
+#include "triggers/GestureListeners.h"
 
 namespace tellvane {
 namespace {
 
 constexpr double kTextSize = 17.0;
 
-/// Nothing, so that the label's own font stays, where the system has none of that name.
+/// Empty when the system has no font of that name, so that the label's own font stays.
 NSAttributes fontAttributes(const char* name) {
   const auto font = UIFont::fontWithNameSize(name, kTextSize);
   return font ? NSAttributes{{NSFontAttributeName, font}} : NSAttributes{};
@@ -39,7 +40,9 @@ TLVSaveRecordingViewController::TLVSaveRecordingViewController(std::string asset
 
 TLVSaveRecordingViewController::TLVSaveRecordingViewController(std::optional<std::string> nibName,
                                                                std::shared_ptr<NSBundle> bundle)
-    : Subclass(std::move(nibName), std::move(bundle)) {}
+    : Subclass(std::move(nibName), std::move(bundle)) {
+  GestureListeners::ignoreTriggersOver(typeid(TLVSaveRecordingViewController));
+}
 
 TLVSaveRecordingViewController::TLVSaveRecordingViewController(const NSKeyedUnarchiver&) {
   programmingError("init(coder:) has not been implemented");

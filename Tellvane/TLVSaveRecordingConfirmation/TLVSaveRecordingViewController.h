@@ -5,7 +5,7 @@
 #include <string>
 
 #include "Foundation/NSKeyedUnarchiver.h"
-#include "Platform.h"
+#include "Tellvane/Platform.h"
 #include "UIKit/UILabel.h"
 #include "UIKit/UIViewController.h"
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "CoreFoundation/PropertyList.h"
-#include "Platform.h"
+#include "Tellvane/Platform.h"
 
 namespace tellvane {
 
@@ -16,8 +16,8 @@ struct HandoffFacts {
 
 /// The record that goes with a still image: nine texts.
 NSDictionary imageRecord(const HandoffFacts& facts, const std::string& screenName);
-/// The record that goes with a recording: ten texts. `videoInPhotosAlbum` is its identifier in the photo
-/// library.
+/// The record that goes with a recording: ten texts. `videoInPhotosAlbum` is its identifier
+/// in the photo library.
 NSDictionary videoRecord(const HandoffFacts& facts, const std::string& videoName,
                          const std::string& videoInPhotosAlbum);
 

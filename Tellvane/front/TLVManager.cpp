@@ -1,27 +1,41 @@
-#include "front/TLVManager.h"
+#include "Tellvane/TLVManager.h"
 
-#include <cmath>
-#include <cstdint>
-#include <limits>
+#include <utility>
 
-#include "Dispatch/Time.h"
 #include "Foundation/NSTimer.h"
 #include "UIKit/UIApplication.h"
+#include "front/CaptureMenu.h"
+#include "front/Handoff.h"
+#include "front/ScreenName.h"
+#include "ground/Switches.h"
+#include "ground/Threading.h"
 #include "info/TLVConstants.h"
 #include "info/printTLV.h"
+#include "media/CaptureScreenshot.h"
+#include "recording/TLVCaptureScreenRecording.h"
 #include "triggers/GestureListeners.h"
+#include "triggers/UIApplication+TopViewController.h"
 
 namespace tellvane {
 namespace {
 
 // How soon a window that the host makes key gets the recognisers.
 constexpr double kReinstallationInterval = 10.0;
+// The time the companion application has to open and to take the item.
+constexpr double kRedirectCheckDelay = 3.0;
 
-// Selectors belong to instances here, so these stand for the class operations of the same names.
-void runOnMainThread(TLVManager&, const std::function<void()>& closure) {
+/// A choice reaches its handler once the sheet has gone, and by then the user may be somewhere else: the
+/// companion would come in front of that, and nobody would see what is recorded.
+bool userHasLeft() {
+  return UIApplication::sharedApplication()->applicationState() == UIApplicationState::background;
+}
+
+// Selectors belong to instances here, so these stand for the class operations.
+void runBySelector(TLVManager&, const std::function<void()>& closure) {
   TLVManager::runOnMainThread(closure);
 }
-void delay(TLVManager&, double seconds, const dispatch_queue_t& queue, const std::function<void()>& closure) {
+void delayBySelector(TLVManager&, double seconds, const dispatch_queue_t& queue,
+                     const std::function<void()>& closure) {
   TLVManager::delay(seconds, queue, closure);
 }
 
@@ -31,8 +45,8 @@ MethodList TLVManager::methods() {
   return {{"captureScreen", &TLVManager::captureScreen},
           {"saveVideoRecordingAndOpenTLV:", &TLVManager::saveVideoRecordingAndOpenTLV},
           {"isAppRedirectedtoTLV", &TLVManager::isAppRedirectedtoTLV},
-          {"runOnMainThread:", &tellvane::runOnMainThread},
-          {"delay:queue:closure:", &tellvane::delay}};
+          {"runOnMainThread:", &runBySelector},
+          {"delay:queue:closure:", &delayBySelector}};
 }
 
 const std::shared_ptr<TLVManager>& TLVManager::shared() {
@@ -40,9 +54,24 @@ const std::shared_ptr<TLVManager>& TLVManager::shared() {
   return manager;
 }
 
+TLVManager::TLVManager() : menu_(std::make_shared<CaptureMenu>()) {}
+TLVManager::~TLVManager() = default;
+
+bool TLVManager::isDebugMode() const {
+  return debugMode();
+}
+
+void TLVManager::setIsDebugMode(bool debugMode) {
+  setDebugMode(debugMode);
+}
+
+bool TLVManager::getRecordWithMicrophoneEnabled() const {
+  return microphoneEnabled();
+}
+
 void TLVManager::instantiateSDK(bool debugMode, bool microphoneEnabled) {
   setIsDebugMode(debugMode);
-  recordWithMicrophoneEnabled_ = microphoneEnabled;
+  setMicrophoneEnabled(microphoneEnabled);
   if (!std::exchange(started_, true)) {
     const auto center = NSNotificationCenter::defaultCenter();
     center->addObserver(shared_from_this(), "captureScreen", TLV_GESTURE_SUCCESS, nullptr);
@@ -58,21 +87,83 @@ bool TLVManager::checkIfAppIsActive() const {
 }
 
 void TLVManager::runOnMainThread(const std::function<void()>& closure) {
-  if (isMainThread()) {
-    closure();
-  } else {
-    dispatch_sync(dispatch_get_main_queue(), closure);
-  }
+  tellvane::runOnMainThread(closure);
 }
 
 void TLVManager::delay(double seconds, const dispatch_queue_t& queue, std::function<void()> closure) {
-  if (!queue || !closure || !std::isfinite(seconds)) return;
-  const double nanoseconds = seconds * static_cast<double>(NSEC_PER_SEC);
-  constexpr double kRange = 9223372036854775808.0;  // 2^63, the first number that does not fit
-  if (nanoseconds >= kRange) return;
-  const auto delta = nanoseconds < -kRange ? std::numeric_limits<std::int64_t>::min()
-                                           : static_cast<std::int64_t>(nanoseconds);
-  dispatch_after(dispatch_time(DISPATCH_TIME_NOW, delta), queue, std::move(closure));
+  tellvane::delay(seconds, queue, std::move(closure));
+}
+
+void TLVManager::captureScreen() {
+  if (!isMainThread()) {
+    dispatch_async(dispatch_get_main_queue(), [self = sharedAs<TLVManager>()] { self->captureScreen(); });
+    return;
+  }
+  if (!isDebugMode()) return;
+  const auto& recording = TLVCaptureScreenRecording::shared();
+  if (recording->isRecording()) {
+    recording->stopRecording();
+    return;
+  }
+  // A second trigger would capture our own sheet and ask it to present another.
+  if (menu_->isUp()) return;
+
+  // Now, before the sheet is up: the image shows what the user saw.
+  CaptureScreenshot::shared()->saveCurrentScreenshot();
+
+  const auto top = topViewController();
+  if (!top) return;
+  setCurrentScreen(screenName(top->className(), APP_BUNDLE_NAME()));
+  const auto self = sharedAs<TLVManager>();
+  menu_->open([self](const auto& action) { self->captureScreenshot(action); },
+              [self](const auto& action) { self->captureScreenRecording(action); });
+}
+
+void TLVManager::captureScreenshot(const std::shared_ptr<UIAlertAction>&) {
+  printTLV("Capture Screenshot selected");
+  if (userHasLeft()) return;
+  setPasteBoardAndOpenTLV(screenshotItem(currentScreen()));
+}
+
+void TLVManager::captureScreenRecording(const std::shared_ptr<UIAlertAction>&) {
+  printTLV("Capture Screen recording selected");
+  if (userHasLeft()) return;
+  TLVCaptureScreenRecording::shared()->captureScreenRecording();
+}
+
+void TLVManager::saveVideoRecordingAndOpenTLV(const std::shared_ptr<NSNotification>& notification) {
+  if (!isMainThread()) {
+    dispatch_async(dispatch_get_main_queue(), [self = sharedAs<TLVManager>(), notification] {
+      self->saveVideoRecordingAndOpenTLV(notification);
+    });
+    return;
+  }
+  printTLV("Saved the recording to TLV");
+  if (!notification->userInfo()) return;
+  const PropertyList userInfo = *notification->userInfo();
+  if (const std::string* assetId = userInfo.text("assetId")) {
+    setPasteBoardAndOpenTLV(recordingItem(currentScreen(), *assetId));
+  }
+}
+
+void TLVManager::setPasteBoardAndOpenTLV(const std::map<std::string, std::shared_ptr<NSData>>& item) {
+  handOver(item);
+  NSTimer::scheduledTimerWithTimeInterval(kRedirectCheckDelay, shared_from_this(), "isAppRedirectedtoTLV",
+                                          nullptr, false);
+}
+
+void TLVManager::isAppRedirectedtoTLV() {
+  printTLV("Redirect to App Store");
+  withdrawItem();
+  if (!topViewController()) return;
+  // An application that is not active was left for the companion, or is covered by the
+  // system's question about it.
+  if (!checkIfAppIsActive()) return;
+  offerInstallation([self = sharedAs<TLVManager>()](const auto& action) { self->openAppStore(action); });
+}
+
+void TLVManager::openAppStore(const std::shared_ptr<UIAlertAction>&) {
+  openStorePage();
 }
 
 }  // namespace tellvane

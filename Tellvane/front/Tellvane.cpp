@@ -1,6 +1,6 @@
-#include "front/Tellvane.h"
+#include "Tellvane/Tellvane.h"
 
-#include "front/TLVManager.h"
+#include "Tellvane/TLVManager.h"
 #include "info/TLVConstants.h"
 #include "triggers/UIWindow+Shake.h"
 

@@ -3,15 +3,20 @@
 #include <string>
 
 #include "ObjectiveC/NSObject.h"
-#include "Platform.h"
+// All that a host may use comes with this one header.
+#include "Tellvane/CaptureScreenRecording.h"
+#include "Tellvane/Platform.h"
+#include "Tellvane/TLVManager.h"
+#include "Tellvane/TLVNotifications.h"
+#include "Tellvane/UIDevice+Tellvane.h"
 
 namespace tellvane {
 
 /// The library's front door: in-app feedback for the application that calls it.
 ///
-/// Three taps, a three-finger tap or a shake open a sheet that captures the screen; the capture goes to the
-/// companion application on the same device. Nothing leaves the device, and nothing here raises an error to
-/// the host.
+/// Three taps, a three-finger tap or a shake open a sheet that captures the screen; the capture goes
+/// to the companion application on the same device. Nothing leaves the device, and nothing here raises
+/// an error to the host.
 class TLV_EXPORT Tellvane : public Subclass<Tellvane, NSObject> {
  public:
   static MethodList methods();

@@ -7,8 +7,8 @@
 #include "Foundation/NSLocale.h"
 #include "Foundation/NSPathUtilities.h"
 #include "Foundation/Print.h"
+#include "Tellvane/UIDevice+Tellvane.h"
 #include "UIKit/UIDevice.h"
-#include "info/UIDevice+Tellvane.h"
 
 namespace tellvane {
 namespace {

@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "Foundation/NSBundle.h"
-#include "Platform.h"
-#include "info/TLVNotifications.h"
+#include "Tellvane/Platform.h"
+#include "Tellvane/TLVNotifications.h"
 
 namespace tellvane {
 
-// Stored constants. Those that ask the platform are functions: the first call finds the value, once, and
-// every later one answers the same. All may be read from any thread.
+// Stored constants, for any thread. Those that ask the platform are functions: the first call finds the
+// value, and every later one gives the same.
 
 /// The bundle identifier that the library is packaged under.
 extern const char TLV_BUNDLE_IDENTIFIER[];
@@ -34,7 +34,7 @@ inline constexpr double TLV_RECORDING_TIME_SEC = 30.0;
 /// Bytes that a still image's JPEG should not exceed: 2 MiB.
 inline constexpr long TLV_SCREENSHOT_MAXSIZE = 2 * 1024 * 1024;
 
-// Computed values, built afresh by each call, from any thread.
+// Computed values, built afresh by each call. Any thread, except where the main thread is named.
 
 /// "iOS-1.2.7": short version and build of the library; "0" when either is missing.
 std::string TLV_SDK_VERSION();
@@ -45,7 +45,7 @@ std::string APP_NAME();
 /// The host's bundle name, else "Tellvane-Dev".
 std::string APP_BUNDLE_NAME();
 std::string OS_VERSION();
-/// "750.00 x 1334.00", in pixels.
+/// "750.00 x 1334.00", in pixels, as the device is held. Main thread.
 std::string DEVICE_RESOLUTION();
 /// The user's first language, "en-US" when there is none.
 std::string DEVICE_LANGUAGE();

@@ -1,4 +1,4 @@
-#include "info/UIDevice+Tellvane.h"
+#include "Tellvane/UIDevice+Tellvane.h"
 
 #include <algorithm>
 #include <array>

@@ -1,22 +1,40 @@
 #include "info/printTLV.h"
 
 #include <array>
+#include <charconv>
+#include <cstdint>
 
 #include "Foundation/Print.h"
-#include "front/TLVManager.h"
 
 namespace tellvane {
 
-std::string logText(double value) {
-  std::array<char, 64> digits{};
-  const auto end = std::to_chars(digits.begin(), digits.end(), value).ptr;
+namespace {
+
+template <std::floating_point Number>
+std::string decimalText(Number value) {
+  std::array<char, 400> digits{};  // the largest number has 309 before the point, the smallest 341 behind it
+  const auto end = std::to_chars(digits.begin(), digits.end(), value, std::chars_format::fixed).ptr;
   std::string text(digits.begin(), end);
   if (text.find_first_not_of("-0123456789") == std::string::npos) text += ".0";
   return text;
 }
 
-bool logsAreOn() {
-  return TLVManager::shared()->isDebugMode();
+}  // namespace
+
+std::string logText(double value) {
+  return decimalText(value);
+}
+
+std::string logText(float value) {
+  return decimalText(value);
+}
+
+std::string logText(const void* pointer) {
+  if (!pointer) return "nil";
+  std::array<char, 2 * sizeof pointer> digits{};
+  const auto address = reinterpret_cast<std::uintptr_t>(pointer);
+  const auto end = std::to_chars(digits.begin(), digits.end(), address, 16).ptr;
+  return "0x" + std::string(digits.begin(), end);
 }
 
 void writeLogLine(std::initializer_list<std::string> texts, const LogLayout& layout) {

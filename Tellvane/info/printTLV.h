@@ -1,6 +1,5 @@
 #pragma once
 
-#include <charconv>
 #include <concepts>
 #include <initializer_list>
 #include <memory>
@@ -9,7 +8,8 @@
 #include <string_view>
 
 #include "Foundation/NSError.h"
-#include "Platform.h"
+#include "Tellvane/Platform.h"
+#include "ground/Switches.h"
 
 namespace tellvane {
 
@@ -19,23 +19,28 @@ inline std::string logText(std::string_view text) {
   return std::string(text);
 }
 inline std::string logText(const char* text) {
-  return text;
+  return text ? text : "nil";
 }
 inline std::string logText(const std::string& text) {
   return text;
 }
-inline std::string logText(bool value) {
+/// Not for what merely converts to a Boolean, such as a pointer.
+template <std::same_as<bool> T>
+std::string logText(T value) {
   return value ? "true" : "false";
 }
 inline std::string logText(char value) {
   return std::string(1, value);
 }
 template <std::integral T>
-std::string logText(T value) {
+requires(!std::same_as<T, bool>) std::string logText(T value) {
   return std::to_string(value);
 }
-/// The shortest digits that read back as the same number: "0.1", "1.0".
+/// The fewest decimal digits that read back as the same number, without an exponent: "0.1", "100000.0".
 std::string logText(double value);
+std::string logText(float value);
+/// The address: "0x7ffe01"; `nil` for none.
+std::string logText(const void* pointer);
 inline std::string logText(const NSError& error) {
   return error.description();
 }
@@ -54,8 +59,6 @@ struct LogLayout {
   std::string_view terminator = "\n";
 };
 
-/// Whether log lines are written now: the manager's debug flag.
-bool logsAreOn();
 /// Writes prefix, texts and terminator to standard output as one write.
 void writeLogLine(std::initializer_list<std::string> texts, const LogLayout& layout);
 
@@ -63,11 +66,11 @@ void writeLogLine(std::initializer_list<std::string> texts, const LogLayout& lay
 /// are not even turned into text. Any thread; the whole line is one write.
 template <class... Items>
 void printTLV(const LogLayout& layout, const Items&... items) {
-  if (logsAreOn()) writeLogLine({logText(items)...}, layout);
+  if (debugMode()) writeLogLine({logText(items)...}, layout);
 }
 template <class... Items>
 void printTLV(const Items&... items) {
-  if (logsAreOn()) writeLogLine({logText(items)...}, LogLayout{});
+  if (debugMode()) writeLogLine({logText(items)...}, LogLayout{});
 }
 
 }  // namespace tellvane

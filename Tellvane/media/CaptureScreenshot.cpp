@@ -1,5 +1,7 @@
 #include "media/CaptureScreenshot.h"
 
+#include <new>
+
 #include "Foundation/Print.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIGraphics.h"
@@ -10,6 +12,22 @@ namespace tellvane {
 // Selectors belong to instances here, so this stands for the class operation.
 static std::shared_ptr<CaptureScreenshot> sharedInstance(CaptureScreenshot&) {
   return CaptureScreenshot::shared();
+}
+
+static std::shared_ptr<UIImage> imageOfTheKeyWindow() {
+  const auto window = UIApplication::sharedApplication()->keyWindow();
+  if (!window) return nullptr;
+  const CGRect bounds = window->bounds();
+  UIGraphicsBeginImageContextWithOptions(bounds.size, false, 0.0);
+  struct End {
+    ~End() { UIGraphicsEndImageContext(); }
+  } end;
+  if (window->respondsToSelector("drawViewHierarchyInRect:afterScreenUpdates:")) {
+    window->drawViewHierarchyInRectAfterScreenUpdates(bounds, true);
+  } else if (const auto context = UIGraphicsGetCurrentContext()) {
+    window->layer()->renderInContext(context);
+  }
+  return UIGraphicsGetImageFromCurrentImageContext();
 }
 
 MethodList CaptureScreenshot::methods() {
@@ -24,18 +42,11 @@ const std::shared_ptr<CaptureScreenshot>& CaptureScreenshot::shared() {
 }
 
 void CaptureScreenshot::saveCurrentScreenshot() {
-  const auto window = UIApplication::sharedApplication()->keyWindow();
-  if (!window) return;
-  const CGRect bounds = window->bounds();
-  UIGraphicsBeginImageContextWithOptions(bounds.size, false, 0.0);
-  if (window->respondsToSelector("drawViewHierarchyInRect:afterScreenUpdates:")) {
-    window->drawViewHierarchyInRectAfterScreenUpdates(bounds, true);
-  } else if (const auto context = UIGraphicsGetCurrentContext()) {
-    window->layer()->renderInContext(context);
+  try {
+    resizeImage(imageOfTheKeyWindow());
+  } catch (const std::bad_alloc&) {
+    // The host must not pay for it; the earlier image stays.
   }
-  const auto image = UIGraphicsGetImageFromCurrentImageContext();
-  UIGraphicsEndImageContext();
-  resizeImage(image);
 }
 
 void CaptureScreenshot::resizeImage(const std::shared_ptr<UIImage>& image) {

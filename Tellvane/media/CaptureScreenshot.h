@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "Foundation/NSData.h"
-#include "Platform.h"
+#include "Tellvane/Platform.h"
 #include "UIKit/UIImage.h"
 
 namespace tellvane {
@@ -16,11 +16,11 @@ class CaptureScreenshot : public Subclass<CaptureScreenshot, NSObject> {
   static const std::shared_ptr<CaptureScreenshot>& shared();
   static MethodList methods();
 
-  /// Captures the screen now. Without a key window, an image or a byte from the encoder, the kept image
-  /// stays.
+  /// Captures the screen now. Without a key window, an image or a byte from the encoder,
+  /// the kept image stays.
   void saveCurrentScreenshot();
   /// The kept JPEG bytes, the very object; empty before the first capture.
-  const std::shared_ptr<NSData>& getSavedScreenshot() const { return screenshot_; }
+  std::shared_ptr<NSData> getSavedScreenshot() const { return screenshot_; }
 
  private:
   void resizeImage(const std::shared_ptr<UIImage>& image);
@@ -28,8 +28,9 @@ class CaptureScreenshot : public Subclass<CaptureScreenshot, NSObject> {
 };
 
 /// The largest encoding, from quality 1.0 downwards in steps of 0.1, that has at most `maximumSize` bytes;
-/// when none has, the last. The steps are subtracted in the precision of `Number`, which decides how many
-/// there are: eleven with a 64-bit number, ten with a 32-bit one. Empty as soon as `encode` gives nothing.
+/// when every one is larger, the last. The steps are subtracted in the precision of `Number`, which
+/// decides how many there are: eleven with a 64-bit number, ten with a 32-bit one. Empty as soon as
+/// `encode` gives nothing.
 template <class Number>
 std::shared_ptr<NSData> encodeWithin(std::size_t maximumSize,
                                      const std::function<std::shared_ptr<NSData>(Number quality)>& encode) {

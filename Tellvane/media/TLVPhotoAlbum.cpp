@@ -2,20 +2,23 @@
 
 #include <utility>
 
-#include "ObjectiveC/Mutex.h"
+#include "Base/Mutex.h"
 #include "Photos/PHAssetChangeRequest.h"
 #include "Photos/PHAssetCollectionChangeRequest.h"
 #include "Photos/PHPhotoLibrary.h"
+#include "UIKit/UIAlertController.h"
 #include "UIKit/UIApplication.h"
-#include "front/TLVManager.h"
+#include "ground/Threading.h"
+#include "info/LocalizedText.h"
 #include "info/TLVConstants.h"
 #include "info/printTLV.h"
+#include "triggers/PresentOnTop.h"
 #include "triggers/UIApplication+TopViewController.h"
 
 namespace tellvane {
 namespace {
 
-/// The album is written and read on several threads; none waits for more than the copy of a reference.
+/// The album is written and read on several threads; no thread waits for more than the copy of a reference.
 struct Album {
   Mutex mutex;
   std::shared_ptr<PHAssetCollection> collection IOS_GUARDED_BY(mutex);
@@ -25,10 +28,6 @@ struct Album {
     return album;
   }
 };
-
-std::string localized(const std::string& key) {
-  return NSLocalizedString(key, "TLVLocalizable", TLV_BUNDLE(), "");
-}
 
 std::shared_ptr<PHAssetCollection> albumWithOurTitle() {
   const auto options = std::make_shared<PHFetchOptions>();
@@ -138,9 +137,9 @@ void TLVPhotoAlbum::refuseAccess(const Decision& success) {
   if (!topViewController()) return;
   success(false);
   const auto alert = UIAlertController::alertControllerWithTitle(
-      localized("photos access"), localized("photos message"), UIAlertControllerStyle::alert);
+      localizedText("photos access"), localizedText("photos message"), UIAlertControllerStyle::alert);
   alert->addAction(UIAlertAction::actionWithTitle(
-      localized("Ok"), UIAlertActionStyle::default_, [](const std::shared_ptr<UIAlertAction>&) {
+      localizedText("Ok"), UIAlertActionStyle::default_, [](const std::shared_ptr<UIAlertAction>&) {
         if (const auto url = NSURL::URLWithString(UIApplicationOpenSettingsURLString))
           UIApplication::sharedApplication()->openURL(*url);
       }));
@@ -173,7 +172,7 @@ void TLVPhotoAlbum::addToAlbum(const NSURL& url, const Completion& completionHan
       },
       [identifier, completionHandler](bool success, const std::shared_ptr<NSError>& error) {
         if (error) printTLV("Error saving to photo Album: " + error->localizedDescription());
-        TLVManager::runOnMainThread([&] { completionHandler(success ? *identifier : std::nullopt); });
+        runOnMainThread([&] { completionHandler(success ? *identifier : std::nullopt); });
       });
 }
 

@@ -8,22 +8,22 @@
 #include "Foundation/NSURL.h"
 #include "ObjectiveC/NSObject.h"
 #include "Photos/PHAssetCollection.h"
-#include "Platform.h"
+#include "Tellvane/Platform.h"
 
 namespace tellvane {
 
 /// The library's own album in the device's photo library. Class-level operations only, for the main thread;
-/// none of them waits for the photo library. The user is asked for access the first time.
+/// no operation waits for the photo library. The user is asked for access the first time.
 class TLVPhotoAlbum : public Subclass<TLVPhotoAlbum, NSObject> {
  public:
   using Completion = std::function<void(std::optional<std::string> localIdentifier)>;
   static MethodList methods();
 
-  /// Copies the movie at `url` into the album, which is made if there is none, and calls `completionHandler`
-  /// with the new asset's identifier, or with none when that failed: on the main thread, except when the
-  /// album could not be made, which is told on a queue of the photo library. A refusal that was on record is
-  /// told before this returns, and then explained in an alert. No call comes when access is refused with
-  /// nothing on the screen, or the album's failure has no error.
+  /// Copies the movie at `url` into the album, which is created if it does not exist, and calls
+  /// `completionHandler` with the new asset's identifier, or without one when that failed: on the main
+  /// thread, except when the album could not be made, which is told on a queue of the photo library. A
+  /// refusal that was on record is told before this returns, and then explained in an alert. No call comes
+  /// when access is refused with nothing on the screen, or the album's failure has no error.
   static void saveToPhotosAlbum(const NSURL& url, Completion completionHandler);
   /// Deletes the asset, if there is one and access is granted; never asks twice, and tells nobody.
   static void deleteFromPhotoAlbum(const std::string& localIdentifier);

@@ -5,15 +5,15 @@
 #include "Foundation/NSNotificationCenter.h"
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
 #include "UIKit/UIApplication.h"
-#include "front/TLVManager.h"
+#include "ground/Switches.h"
 #include "info/TLVConstants.h"
 #include "info/printTLV.h"
-#include "triggers/UIApplication+TopViewController.h"
+#include "triggers/PresentOnTop.h"
 
 namespace tellvane {
 namespace {
 
-constexpr double kBitRate = 0.6;  // megabits of 1,048,576 bits a second
+constexpr double kBitRate = 0.6;  // megabits of 1,048,576 bits per second
 constexpr long kFramesPerSecond = 30;
 constexpr char kInterfaceFile[] = "TLVSaveRecordingViewController";
 
@@ -52,8 +52,7 @@ bool TLVCaptureScreenRecording::isRecording() const {
 void TLVCaptureScreenRecording::captureScreenRecording() {
   // Two recorders would be answered by one permission, and only one of them would ever be stopped.
   if (std::exchange(starting_, true)) return;
-  const bool microphone = TLVManager::shared()->getRecordWithMicrophoneEnabled();
-  const auto recorder = std::make_shared<TLVScreenRecorder>(kBitRate, kFramesPerSecond, microphone);
+  const auto recorder = std::make_shared<TLVScreenRecorder>(kBitRate, kFramesPerSecond, microphoneEnabled());
   {
     auto earlier = recorder;  // goes after the lock
     MutexLock lock(mutex_);

@@ -3,8 +3,9 @@
 #include "AVFoundation/AVAudioSession.h"
 #include "Foundation/NSFileManager.h"
 #include "Foundation/NSRunLoop.h"
+#include "UIKit/UIApplication.h"
 #include "UIKit/UIScreen.h"
-#include "front/TLVManager.h"
+#include "ground/Threading.h"
 #include "info/printTLV.h"
 #include "recording/FrameTiming.h"
 #include "recording/WriterSettings.h"
@@ -44,7 +45,7 @@ TLVScreenRecorder::TLVScreenRecorder(double bitRate, long fps, bool recordWithMi
 void TLVScreenRecorder::startTLVScreenRecording(std::function<void(bool)> completion) {
   const auto self = sharedAs<TLVScreenRecorder>();
   const auto startWith = [self, completion = std::move(completion)](bool granted) {
-    TLVManager::runOnMainThread([&] { self->startOnMainThread(granted, completion); });
+    runOnMainThread([&] { self->startOnMainThread(granted, completion); });
   };
   if (shouldRecordAudio_) {
     AVAudioSession::sharedInstance()->requestRecordPermission(startWith);
@@ -55,6 +56,11 @@ void TLVScreenRecorder::startTLVScreenRecording(std::function<void(bool)> comple
 
 void TLVScreenRecorder::startOnMainThread(bool microphoneGranted,
                                           const std::function<void(bool)>& completion) {
+  // The user may have left while being asked for the microphone; nobody would see what is recorded.
+  if (UIApplication::sharedApplication()->applicationState() == UIApplicationState::background) {
+    if (completion) completion(isRecording_);
+    return;
+  }
   if (microphoneGranted) setUpAudioCapture();
   if (!isRecording_) {
     setUpWriter();

@@ -12,14 +12,14 @@
 #include "AVFoundation/AVCaptureInput.h"
 #include "AVFoundation/AVCaptureOutput.h"
 #include "AVFoundation/AVCaptureSession.h"
+#include "Base/Mutex.h"
 #include "CoreGraphics/CGContext.h"
 #include "CoreMedia/CMSampleBuffer.h"
 #include "CoreVideo/CVPixelBufferPool.h"
 #include "Dispatch/Queue.h"
 #include "Dispatch/Semaphore.h"
-#include "ObjectiveC/Mutex.h"
-#include "Platform.h"
 #include "QuartzCore/CADisplayLink.h"
+#include "Tellvane/Platform.h"
 #include "recording/TemporaryMovie.h"
 
 namespace tellvane {
@@ -30,35 +30,37 @@ namespace tellvane {
 /// A frame takes three steps. The tick of a display link, on the main thread, only tries a semaphore and
 /// queues. The render step, on "TLVScreenRecorder.render_queue", finds the frame's time and fills a pooled
 /// pixel buffer, into which the main thread draws the windows. The append step, on
-/// "TLVScreenRecorder.append_queue", encodes it. At most one frame is in each of the last two; one that would
-/// have to wait is dropped, so nothing ever backs up.
+/// "TLVScreenRecorder.append_queue", gives it to the writer, which encodes it on a thread of its own while
+/// the next one is drawn. At most one frame is in each of the last two; one that would have to wait is
+/// dropped, so nothing ever backs up.
 ///
-/// The delegate may have either of two operations, both called on the render queue, once a rendered frame and
-/// before the windows are drawn into it:
+/// The delegate may have either of two operations, both called on the render queue, once per rendered frame
+/// and before the windows are drawn into it:
 ///   - "writeBackgroundFrame:" with the frame's CGContextRef: what it draws lies beneath the windows;
 ///   - "stopRecordingAtDesiredTime:" with a double: the frame's offset in seconds, pauses left out.
 class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
  public:
-  /// 0.5 megabits (of 1,048,576 bits) a second, 60 frames a second, no sound. Screen size and scale are read
-  /// here and never again.
+  /// 0.5 megabits (of 1,048,576 bits) and 60 frames per second, no sound. Screen size and scale are read
+  /// here and never again. Any thread.
   TLVScreenRecorder();
-  /// `bitRate` in megabits of 1,048,576 bits a second.
+  /// `bitRate` in megabits of 1,048,576 bits per second.
   TLVScreenRecorder(double bitRate, long fps, bool recordWithMicrophoneEnabled);
   static MethodList methods();
 
   /// From a successful start to the stop request. Any thread.
   bool isRecording() const { return isRecording_; }
   void setIsRecording(bool recording) { isRecording_ = recording; }
-  /// Kept alive. To be set before the start.
+  /// Kept alive as long as the recorder. To be set before the start, by the thread that starts.
   const id& delegate() const { return delegate_; }
   void setDelegate(id delegate) { delegate_ = std::move(delegate); }
 
-  /// Starts; `completion` (may be empty) is told on the main thread whether frames are being recorded.
-  /// Without the microphone that happens inside this call when it is made on the main thread; with it, after
-  /// the user's answer.
+  /// Starts, from any thread that the main thread does not wait for; `completion` (may be empty) is told on
+  /// the main thread whether frames are being recorded. Without the microphone that happens inside this call
+  /// when it is made on the main thread; with it, after the user's answer. Nothing is started while the
+  /// application is in the background.
   void startTLVScreenRecording(std::function<void(bool success)> completion);
 
-  /// Stops and returns at once; main thread or render queue. Frames on their way still reach the movie, which
+  /// Stops and returns at once. Main thread or render queue. Frames on their way still reach the movie, which
   /// is finished and saved; `completion` gets the saved movie's identifier in the photo library, or none. It
   /// is never called when nothing was being recorded.
   void stopTLVRecordingWithCompletion(
@@ -68,10 +70,10 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   void handleAppBecameInActive() { pauseRecording(); }
   void handleAppBecameActive() { resumeRecording(); }
 
-  /// Average bits of picture a second.
+  /// Average bits of picture per second. Like the frame rate fixed by the construction: any thread.
   double desiredBitRate() const { return desiredBitRate_; }
   long desiredFPS() const { return desiredFPS_; }
-  /// Where the frames' buffers come from; empty before the start.
+  /// Where the frames' buffers come from; empty before the start. Main thread.
   const CVPixelBufferPoolRef& outputBufferPool() const { return outputBufferPool_; }
 
  private:
@@ -80,7 +82,7 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   void setUpWriter();
   CGSize pixelSize() const { return {viewSize_.width * scale_, viewSize_.height * scale_}; }
 
-  // Frames: TLVScreenRecorder+Frames.cpp.
+  // Frames: TLVScreenRecorderFrames.cpp.
   void writeVideoFrame();
   void renderFrame();
   CGContextRef createPixelBufferAndBitmapContext(CVPixelBufferRef& pixelBuffer);
@@ -88,7 +90,7 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   void drawWindows(const CGContextRef& context);
   void appendFrame(const CVPixelBufferRef& pixelBuffer, const CMTime& time);
 
-  // Pause and sound: TLVScreenRecorder+Audio.cpp.
+  // Pause and sound: TLVScreenRecorderSound.cpp.
   void pauseRecording();
   void resumeRecording();
   void setUpAudioCapture();
@@ -96,7 +98,7 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
                                           const CMSampleBufferRef& sampleBuffer,
                                           const std::shared_ptr<AVCaptureConnection>& connection);
 
-  // End: TLVScreenRecorder+Completion.cpp.
+  // End: TLVScreenRecorderCompletion.cpp.
   void completeRecordingSession(std::function<void(std::optional<std::string>)> completion);
 
   std::atomic<bool> isRecording_ = false;

@@ -91,7 +91,8 @@ void TLVScreenRecorder::drawWindows(const CGContextRef& context) {
 }
 
 void TLVScreenRecorder::appendFrame(const CVPixelBufferRef& pixelBuffer, const CMTime& time) {
-  // After a second pause the first frame has the time of the last one before it, which would end the movie.
+  // The first frame after a second pause has the same time as the last one before it, and would
+  // make the writer fail.
   const bool follows = !lastAppended_ || CMTimeCompare(*lastAppended_, time) < 0;
   if (follows) {
     lastAppended_ = time;

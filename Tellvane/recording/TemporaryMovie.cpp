@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <set>
 
-#include "ObjectiveC/Mutex.h"
+#include "Base/Mutex.h"
 #include "info/TLVConstants.h"
 
 namespace tellvane {

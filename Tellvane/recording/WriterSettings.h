@@ -2,15 +2,15 @@
 
 #include "CoreFoundation/PropertyList.h"
 #include "CoreGraphics/CGGeometry.h"
-#include "Platform.h"
+#include "Tellvane/Platform.h"
 
 namespace tellvane {
 
 /// What the recorder's pixel buffers are like: BGRA, `pixels` large, each row exactly its pixels long.
 NSDictionary pixelBufferAttributes(CGSize pixels);
 
-/// The movie's picture track: H.264 of that size, with an average of `bitRate` bits a second and nothing else
-/// asked for.
+/// The movie's picture track: H.264 of that size, with an average of `bitRate` bits per second and
+/// nothing else asked for.
 NSDictionary videoOutputSettings(CGSize pixels, double bitRate);
 
 }  // namespace tellvane

@@ -1,8 +1,10 @@
 #include "triggers/GestureListeners.h"
 
+#include <set>
+#include <typeindex>
+
 #include "Foundation/NSNotificationCenter.h"
 #include "Foundation/NSRunLoop.h"
-#include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
 #include "UIKit/UIApplication.h"
 #include "info/TLVConstants.h"
 #include "triggers/UIApplication+TopViewController.h"
@@ -12,6 +14,15 @@ namespace {
 
 // Long enough for the host to have shown its first window.
 constexpr double kFirstInstallationDelay = 2.0;
+
+std::set<std::type_index>& classesWithoutTriggers() {
+  static auto& classes = *new std::set<std::type_index>;
+  return classes;
+}
+
+bool takesNoTriggers(const UIViewController& controller) {
+  return classesWithoutTriggers().contains(typeid(controller));
+}
 
 void takeOff(const std::shared_ptr<UITapGestureRecognizer>& recognizer) {
   if (!recognizer) return;
@@ -32,6 +43,10 @@ const std::shared_ptr<GestureListeners>& GestureListeners::shared() {
     return listeners;
   }());
   return instance;
+}
+
+void GestureListeners::ignoreTriggersOver(const std::type_info& screenClass) {
+  classesWithoutTriggers().insert(screenClass);
 }
 
 void GestureListeners::setThreeTapsGesture(std::shared_ptr<UITapGestureRecognizer> recognizer) {
@@ -64,11 +79,7 @@ std::shared_ptr<UIViewController> GestureListeners::getParentVc(
 void GestureListeners::gestureSuccess() {
   if (const auto root = getParentVc(topViewController())) {
     if (const auto presenter = root->presentingViewController()) {
-      // Exactly that class: a screen that the host derives from it is the host's.
-      if (isMemberOfClass<TLVSaveRecordingViewController>(*root) ||
-          isMemberOfClass<TLVSaveRecordingViewController>(*presenter)) {
-        return;
-      }
+      if (takesNoTriggers(*root) || takesNoTriggers(*presenter)) return;
     }
   }
   NSNotificationCenter::defaultCenter()->postNotificationName(TLV_GESTURE_SUCCESS);

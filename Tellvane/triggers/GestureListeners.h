@@ -1,10 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <typeinfo>
 #include <vector>
 
-#include "Platform.h"
-#include "UIKit/UIGestureRecognizer.h"
+#include "Tellvane/Platform.h"
+#include "UIKit/UITapGestureRecognizer.h"
 #include "UIKit/UIViewController.h"
 
 namespace tellvane {
@@ -17,6 +18,10 @@ class GestureListeners : public Subclass<GestureListeners, NSObject> {
   static const std::shared_ptr<GestureListeners>& shared();
   static MethodList methods();
 
+  /// No trigger is announced while a screen of exactly the class `screenClass` is presented, or presents what
+  /// is on top. Classes derived from it are not meant: a screen that the host derives is the host's.
+  static void ignoreTriggersOver(const std::type_info& screenClass);
+
   /// The recognisers of the last installation; empty before the first.
   virtual const std::shared_ptr<UITapGestureRecognizer>& threeTapsGesture() const {
     return threeTapsGesture_;
@@ -27,8 +32,8 @@ class GestureListeners : public Subclass<GestureListeners, NSObject> {
   }
   virtual void setTripleTapGesture(std::shared_ptr<UITapGestureRecognizer> recognizer);
 
-  /// A trigger was made: announces it with the notification TLV_GESTURE_SUCCESS, unless the confirmation
-  /// screen of a recording, or something that it presents, is on top. Observers run before this returns.
+  /// A trigger was made: announces it with the notification TLV_GESTURE_SUCCESS, unless a screen
+  /// without triggers, or something that it presents, is on top. Observers run before this returns.
   virtual void gestureSuccess();
   /// Puts a new pair of recognisers on the key window of this moment. The last pair stays where it is, for
   /// taps that are being made just now; the one before it is taken off. Without a key window the pair is made
@@ -36,7 +41,7 @@ class GestureListeners : public Subclass<GestureListeners, NSObject> {
   virtual void addTapGesturesToKeyWindow();
 
  private:
-  /// The outermost container of `controller`; empty for none.
+  /// The outermost container of `controller`; empty for an empty one.
   virtual std::shared_ptr<UIViewController> getParentVc(
       const std::shared_ptr<UIViewController>& controller) const;
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "Platform.h"
+#include "Tellvane/Platform.h"
 #include "UIKit/UIWindow.h"
 
 namespace tellvane {
