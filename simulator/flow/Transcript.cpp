@@ -1,24 +1,11 @@
-#include "simulator/Transcript.h"
+#include "simulator/flow/Transcript.h"
 
 #include <cstdio>
 
 #include "DeviceClock/Clock.h"
+#include "simulator/flow/Words.h"
 
 namespace simulator {
-namespace {
-
-/// A console line may hold anything; a terminal is spared its control characters.
-std::string printable(const std::string& text) {
-  std::string result;
-  for (const char c : text) {
-    const bool control = (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
-    result += control ? '?' : c;
-  }
-  return result;
-}
-
-}  // namespace
-
 void Transcript::heading(const std::string& text) const {
   std::printf("%s\n", printable(text).c_str());
   std::fflush(stdout);
@@ -41,8 +28,19 @@ void Transcript::beginGroup(const std::string& text) {
   ++depth_;
 }
 
+void Transcript::consoleLine(Console::Stream stream, const std::string& line) {
+  constexpr std::size_t kMostLines = 500;
+  waiting_.emplace_back(stream, line);
+  if (waiting_.size() <= kMostLines) return;
+  waiting_.pop_front();
+  ++leftOut_;
+}
+
 void Transcript::flushConsole() {
-  for (const std::string& text : waiting_) line("  │", text);
+  if (leftOut_ > 0)
+    line("  │", "… " + std::to_string(leftOut_) + " lines before these; see the output folder");
+  leftOut_ = 0;
+  for (const auto& [stream, text] : waiting_) line(stream == Console::Stream::output ? "  │" : "  !", text);
   waiting_.clear();
 }
 

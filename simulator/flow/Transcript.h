@@ -1,7 +1,10 @@
 #pragma once
 
+#include <deque>
 #include <string>
-#include <vector>
+#include <utility>
+
+#include "simulator/phone/Console.h"
 
 namespace simulator {
 
@@ -15,14 +18,15 @@ class Transcript {
   /// The start of a group of steps, which are set in until it ends.
   void beginGroup(const std::string& text);
   void endGroup() { --depth_; }
-  /// A line of the console, told with the time of the next `flushConsole`.
-  void consoleLine(std::string line) { waiting_.push_back(std::move(line)); }
+  /// A line of the console, told with the time of the next `flushConsole`; of many only the last ones.
+  void consoleLine(Console::Stream stream, const std::string& line);
   void flushConsole();
 
  private:
   void line(const std::string& mark, const std::string& text) const;
   int depth_ = 0;
-  std::vector<std::string> waiting_;
+  std::deque<std::pair<Console::Stream, std::string>> waiting_;
+  std::size_t leftOut_ = 0;
 };
 
 }  // namespace simulator

@@ -1,15 +1,17 @@
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <set>
 
-#include "simulator/YamlFields+Private.h"
+#include "simulator/flow/YamlFields.h"
+
+#include "simulator/flow/Words.h"
 
 namespace simulator {
 
-std::string joined(const std::vector<std::string>& names) {
-  std::string text;
-  for (const auto& name : names) text += (text.empty() ? "" : ", ") + name;
+std::string lowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
   return text;
 }
 

@@ -55,7 +55,6 @@ class YamlValue {
   const Variables* variables_;
 };
 
-/// `names` as a text: "a, b, c".
-std::string joined(const std::vector<std::string>& names);
+std::string lowerCase(std::string text);
 
 }  // namespace simulator

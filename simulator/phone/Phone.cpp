@@ -1,4 +1,6 @@
-#include "simulator/Phone.h"
+#include "simulator/phone/Phone.h"
+
+#include <stdexcept>
 
 #include "Foundation/NSURL.h"
 #include "UIKit/UIApplication.h"
@@ -9,20 +11,7 @@ namespace {
 namespace fs = std::filesystem;
 using ios::Clock;
 using ios::Device;
-using ios::NSDictionary;
-using ios::PropertyList;
-
-std::int64_t integer(const NSDictionary& answer, const std::string& key, std::int64_t otherwise) {
-  const auto found = answer.find(key);
-  const std::int64_t* value = found == answer.end() ? nullptr : found->second.integer();
-  return value ? *value : otherwise;
-}
-
-double real(const PropertyList& value, const std::string& key) {
-  const PropertyList* member = value.member(key);
-  const double* number = member ? member->real() : nullptr;
-  return number ? *number : 0;
-}
+using namespace ios::automation;
 
 std::string description(const std::optional<ios::FileError>& error) {
   return error ? error->description() : "";
@@ -35,14 +24,66 @@ Phone::Phone(const Options& options, Console& console, std::function<void()> tim
   if (!options.realTime) Clock::shared().useVirtualTime();
   Device::start({options.folder, {}, "springboard", options.settings});
   springBoard_ = std::make_unique<SpringBoard>();
+  if (!options.sharesDisplay) return;
+  std::size_t pixels = 0;
+  for (const auto& profile : ios::ScreenProfile::all()) {
+    pixels = std::max(pixels, static_cast<std::size_t>(profile.size.width * profile.scale) *
+                                  static_cast<std::size_t>(profile.size.height * profile.scale));
+  }
+  std::string problem;
+  display_ = ios::DisplayMemory::make(pixels, problem);
+  if (!display_) throw std::runtime_error(problem);
+  springBoard_->setDisplay(display_);
 }
 
 Phone::~Phone() = default;
 
-// --- Applications
-// -----------------------------------------------------------------------------------------------
+template <class Request>
+typename Request::Answer Phone::ask(const Request& request) {
+  if (appIsInFront()) return askApp(request);
+  springBoard_->show(front_, backTo());
+  typename Request::Answer answer;
+  // An application in the background lives on: it has the same time as the screen in front of it.
+  if (std::is_same_v<Request, RunFor> && app_) {
+    answer = askApp(request);
+    springBoard_->ask(State());
+  } else {
+    answer = springBoard_->ask(request);
+    const Clock::Duration ahead = Clock::shared().now().time_since_epoch() - appsUptime_;
+    if (app_)
+      askApp(RunFor{options_.realTime ? Clock::Duration::zero() : std::max(Clock::Duration::zero(), ahead)});
+  }
+  timeMoved_();
+  if (const auto wish = springBoard_->takeWish()) fulfil(*wish);
+  return answer;
+}
+
+template <class Request>
+typename Request::Answer Phone::askApp(const Request& request) {
+  if (!app_) return {};
+  auto reply = app_->ask(request);
+  if (!reply) {
+    failure_ = app_->bundleIdentifier() + " " + app_->ending();
+    if (appIsInFront()) front_ = "home";
+    app_.reset();
+    timeMoved_();
+    return {};
+  }
+  heed(reply->status);
+  return std::move(reply->answer);
+}
+
+void Phone::heed(const Status& status) {
+  if (!status.problem.empty()) failure_ = app_->bundleIdentifier() + " refused: " + status.problem;
+  appsUptime_ = status.uptime;
+  const Clock::Duration ahead = appsUptime_ - Clock::shared().now().time_since_epoch();
+  if (!options_.realTime && ahead > Clock::Duration::zero()) Clock::shared().runFor(ahead);
+  if (status.front != appsFront_) front_ = appsFront_ = status.front;
+  timeMoved_();
+}
 
 std::optional<fs::path> Phone::inCatalog(const std::string& identifier) const {
+  if (!ios::isBundleIdentifier(identifier)) return std::nullopt;
   for (const fs::path& folder : options_.catalog) {
     std::error_code error;
     if (fs::is_regular_file(folder / identifier / "Info.plist", error)) return folder / identifier;
@@ -53,9 +94,11 @@ std::optional<fs::path> Phone::inCatalog(const std::string& identifier) const {
 std::string Phone::install(const std::string& identifierOrFolder) {
   std::error_code error;
   std::optional<fs::path> bundle;
-  if (identifierOrFolder.find('/') == std::string::npos) bundle = inCatalog(identifierOrFolder);
-  if (!bundle && fs::is_regular_file(fs::path(identifierOrFolder) / "Info.plist", error))
+  if (identifierOrFolder.find('/') == std::string::npos) {
+    bundle = inCatalog(identifierOrFolder);
+  } else if (fs::is_regular_file(fs::path(identifierOrFolder) / "Info.plist", error)) {
     bundle = identifierOrFolder;
+  }
   if (!bundle)
     return "expected an application that is known here, or the folder of a bundle: " + identifierOrFolder;
   return description(Device::current().applications().install(*bundle));
@@ -82,7 +125,7 @@ std::string Phone::uninstall(const std::string& identifier) {
 }
 
 std::string Phone::launch(const std::string& identifier, const std::map<std::string, std::string>& arguments,
-                          const std::string& sound) {
+                          const std::string& sound, const std::string& codecFault) {
   const auto application = Device::current().applications().withIdentifier(identifier);
   if (!application) {
     std::string installed;
@@ -97,18 +140,29 @@ std::string Phone::launch(const std::string& identifier, const std::map<std::str
   }
   console_.beginSearchHere();
   std::string problem;
-  app_ = AppProcess::start(*application, arguments, sound, console_, problem);
+  starting_ = identifier;
+  app_ = AppProcess::start(*application,
+                           {.arguments = arguments,
+                            .sound = sound,
+                            .codecFault = codecFault,
+                            .patience = options_.patience,
+                            .display = display_,
+                            .attendance = options_.attendance,
+                            .interrupt = options_.interrupt},
+                           console_, problem);
+  starting_.clear();
   timeMoved_();
   if (!app_) return problem;
   front_ = appsFront_ = identifier;
-  askApp({{"request", "state"}});
+  askApp(State());
+  if (fileLimit_ >= 0) askApp(LimitFiles{fileLimit_});
   return {};
 }
 
 void Phone::bringToFront() {
   if (!app_ || appIsInFront()) return;
   front_ = appsFront_ = app_->bundleIdentifier();
-  askApp({{"request", "moveToForeground"}});
+  askApp(MoveToForeground());
 }
 
 std::string Phone::stop() {
@@ -121,10 +175,74 @@ std::string Phone::stop() {
   return problem.empty() ? "" : identifier + " " + problem;
 }
 
+void Phone::kill() {
+  if (!app_) return;
+  app_->kill();
+  if (appIsInFront()) front_ = "home";
+  app_.reset();
+}
+
+std::map<std::string, std::string> Phone::catalog() const {
+  std::map<std::string, std::string> names;
+  for (const fs::path& folder : options_.catalog) {
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(folder, error)) {
+      const auto info = ios::PropertyList::parse(entry.path() / "Info.plist");
+      const std::string* identifier = info ? info->text("CFBundleIdentifier") : nullptr;
+      if (identifier && info->dictionary())
+        names.emplace(*identifier, displayName({*identifier, entry.path(), *info->dictionary()}));
+    }
+  }
+  return names;
+}
+
+std::string Phone::restart(const std::function<void(ios::DeviceSettings&)>& change) {
+  std::string problem = stop();
+  front_ = "home";
+  Device::current().changeSettings(change);
+  Clock::shared().runUntilRest();
+  return problem;
+}
+
+void Phone::limitFiles(std::int64_t bytes) {
+  fileLimit_ = bytes;
+  if (app_) askApp(LimitFiles{bytes});
+}
+
+Step::Answer Phone::step(Clock::Duration duration, const std::vector<ios::TouchSample>& touches) {
+  Step request{.duration = duration};
+  for (const auto& sample : touches)
+    request.touches.push_back({sample.finger, static_cast<int>(sample.phase), sample.location});
+  const Step look{};
+  Step::Answer seen;
+  const auto dueFirst = [](nanoseconds a, nanoseconds b) {
+    return a < nanoseconds::zero() || (b >= nanoseconds::zero() && b < a) ? b : a;
+  };
+  if (appIsInFront()) {
+    seen = askApp(request);
+    if (appIsInFront()) {
+      if (const auto own = Clock::shared().nextEvent())
+        seen.nextEvent = dueFirst(seen.nextEvent, own->time_since_epoch());
+      return seen;
+    }
+    request = look;
+  }
+  springBoard_->show(front_, backTo());
+  seen = springBoard_->ask(request);
+  if (app_) {
+    Step aside{.shown = false};
+    if (!options_.realTime)
+      aside.duration = std::max(nanoseconds::zero(), Clock::shared().now().time_since_epoch() - appsUptime_);
+    seen.nextEvent = dueFirst(seen.nextEvent, askApp(aside).nextEvent);
+  }
+  timeMoved_();
+  if (const auto wish = springBoard_->takeWish()) fulfil(*wish);
+  return seen;
+}
+
 std::string Phone::clearState(const std::string& identifier) {
-  std::error_code error;
-  fs::remove_all(Device::current().root() / "Containers" / identifier, error);
-  return error ? "could not clear the data of " + identifier + ": " + error.message() : "";
+  if (!ios::isBundleIdentifier(identifier)) return "\"" + identifier + "\" cannot be a bundle identifier";
+  return description(ios::removeTree(Device::current().homeOf(identifier)));
 }
 
 std::string Phone::openLink(const std::string& link) {
@@ -143,7 +261,7 @@ std::string Phone::openLink(const std::string& link) {
   if (!application) return "expected an application that opens " + scheme + ": links";
   if (running() == application->bundleIdentifier) {
     bringToFront();
-    askApp({{"request", "openURL"}, {"url", link}});
+    askApp(OpenURL{link});
     return {};
   }
   leaveApp(application->bundleIdentifier);
@@ -162,51 +280,8 @@ std::string Phone::openLink(const std::string& link) {
              : application->bundleIdentifier + " ended with status " + std::to_string(result.status);
 }
 
-// --- Steering
-// ---------------------------------------------------------------------------------------------------
-
-NSDictionary Phone::ask(NSDictionary request) {
-  if (appIsInFront()) return askApp(request);
-  springBoard_->show(front_, backTo());
-  const PropertyList asked(request);
-  const std::string* name = asked.text("request");
-  // An application in the background lives on: it has the same time as the screen in front of it.
-  const bool together = app_ && name && *name == "runFor";
-  NSDictionary answer = together ? askApp(request) : springBoard_->ask(request);
-  if (together) {
-    springBoard_->ask({{"request", "state"}});
-  } else if (app_) {
-    const std::int64_t ahead = Clock::shared().now().time_since_epoch().count() - appsUptime_;
-    askApp(
-        {{"request", "runFor"}, {"nanoseconds", options_.realTime ? 0 : std::max<std::int64_t>(0, ahead)}});
-  }
-  timeMoved_();
-  if (const auto wish = springBoard_->takeWish()) fulfil(*wish);
-  return answer;
-}
-
-NSDictionary Phone::askApp(const NSDictionary& request) {
-  if (!app_) return {};
-  auto answer = app_->ask(request);
-  if (!answer) {
-    failure_ = app_->bundleIdentifier() + " " + app_->ending();
-    if (appIsInFront()) front_ = "home";
-    app_.reset();
-    timeMoved_();
-    return {};
-  }
-  appsUptime_ = integer(*answer, "uptime", appsUptime_);
-  const std::int64_t ahead = appsUptime_ - Clock::shared().now().time_since_epoch().count();
-  if (!options_.realTime && ahead > 0) Clock::shared().runFor(Clock::Duration(ahead));
-  const auto front = answer->find("front");
-  const std::string* name = front == answer->end() ? nullptr : front->second.text();
-  if (name && *name != appsFront_) front_ = appsFront_ = *name;
-  timeMoved_();
-  return std::move(*answer);
-}
-
 void Phone::leaveApp(const std::string& front) {
-  if (appIsInFront()) askApp({{"request", "moveToBackground"}, {"front", front}});
+  if (appIsInFront()) askApp(MoveToBackground{front});
   front_ = front;
 }
 
@@ -220,6 +295,10 @@ void Phone::fulfil(const ScreenWish& wish) {
   std::string problem;
   if (wish.kind == ScreenWish::Kind::install) {
     problem = install(wish.bundleIdentifier);
+  } else if (wish.kind == ScreenWish::Kind::permit || wish.kind == ScreenWish::Kind::refuse) {
+    const bool permitted = wish.kind == ScreenWish::Kind::permit;
+    setPermissions(wish.bundleIdentifier,
+                   {{wish.service, permitted ? ios::Permission::authorized : ios::Permission::denied}});
   } else if (wish.kind == ScreenWish::Kind::back || wish.bundleIdentifier == running()) {
     bringToFront();
   } else if (wish.bundleIdentifier == kSettingsIdentifier) {
@@ -227,32 +306,23 @@ void Phone::fulfil(const ScreenWish& wish) {
   } else if (wish.bundleIdentifier == kCompanionIdentifier) {
     front_ = kCompanionIdentifier;
   } else {
-    problem = launch(wish.bundleIdentifier, {});
+    const LaunchOptions with =
+        options_.launchOptions ? options_.launchOptions(wish.bundleIdentifier) : LaunchOptions{};
+    problem = launch(wish.bundleIdentifier, with.arguments, with.sound);
   }
   if (!problem.empty()) failure_ = problem;
 }
 
-void Phone::tap(const ios::Input::Tap& tap) {
-  ask({{"request", "tap"},
-       {"x", tap.location.x},
-       {"y", tap.location.y},
-       {"count", tap.count},
-       {"fingers", tap.fingers},
-       {"hold", static_cast<std::int64_t>(tap.hold.count())},
-       {"delay", static_cast<std::int64_t>(tap.delay.count())}});
+void Phone::tap(const ios::automation::Tap& tap) {
+  ask(tap);
 }
 
 void Phone::swipe(ios::CGPoint from, ios::CGPoint to, Clock::Duration duration) {
-  ask({{"request", "swipe"},
-       {"fromX", from.x},
-       {"fromY", from.y},
-       {"toX", to.x},
-       {"toY", to.y},
-       {"duration", static_cast<std::int64_t>(duration.count())}});
+  ask(Swipe{from, to, duration});
 }
 
 void Phone::shake() {
-  ask({{"request", "shake"}});
+  ask(Shake());
 }
 
 void Phone::pressHome() {
@@ -263,7 +333,7 @@ void Phone::turn(int orientation) {
   Device::current().changeSettings(
       [&](ios::DeviceSettings& settings) { settings.orientation = orientation; });
   Clock::shared().runUntilRest();
-  if (app_) askApp({{"request", "reloadSettings"}});
+  if (app_) askApp(ReloadSettings());
 }
 
 void Phone::setPermissions(const std::string& identifier,
@@ -271,37 +341,27 @@ void Phone::setPermissions(const std::string& identifier,
   Device::current().changeSettings([&](ios::DeviceSettings& settings) {
     for (const auto& [service, answer] : permissions) settings.permissions[identifier][service] = answer;
   });
-  if (app_) askApp({{"request", "reloadSettings"}});
+  if (app_) askApp(ReloadSettings());
 }
 
 void Phone::runFor(Clock::Duration duration) {
-  ask({{"request", "runFor"}, {"nanoseconds", static_cast<std::int64_t>(duration.count())}});
+  ask(RunFor{duration});
 }
 
 void Phone::settle(Clock::Duration limit) {
-  ask({{"request", "settle"}, {"limit", static_cast<std::int64_t>(limit.count())}});
+  ask(Settle{limit});
 }
 
 std::vector<ios::VisibleElement> Phone::elements() {
-  const PropertyList answer(ask({{"request", "elements"}}));
-  std::vector<ios::VisibleElement> result;
-  const PropertyList* elements = answer.member("elements");
-  if (!elements || !elements->array()) return result;
-  for (const PropertyList& element : *elements->array()) {
-    const std::string* text = element.text("text");
-    const PropertyList* control = element.member("control");
-    result.push_back({text ? *text : "",
-                      ios::CGRectMake(real(element, "x"), real(element, "y"), real(element, "width"),
-                                      real(element, "height")),
-                      control && control->boolean() && *control->boolean()});
-  }
-  return result;
+  return ask(Elements()).elements;
+}
+
+Tree::Answer Phone::tree() {
+  return ask(Tree());
 }
 
 ios::Bytes Phone::picture() {
-  const PropertyList answer(ask({{"request", "screenshot"}}));
-  const PropertyList* png = answer.member("png");
-  return png && png->data() ? *png->data() : ios::Bytes{};
+  return ask(Screenshot()).png;
 }
 
 }  // namespace simulator

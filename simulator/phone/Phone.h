@@ -1,80 +1,119 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "Device/Device.h"
-#include "UIKit/Automation/VisibleElements.h"
-#include "simulator/AppProcess.h"
-#include "simulator/SpringBoard.h"
+#include "UIKit/VisibleElements.h"
+#include "simulator/phone/AppProcess.h"
+#include "simulator/phone/SpringBoard.h"
 
 namespace simulator {
 
 /// The phone in somebody's hand: its device folder, its clock, the application that runs on it as a process
 /// of its own, and what it shows by itself. One application runs at a time beside the companion. Main thread,
-/// one a process.
+/// one per process.
 ///
 /// Operations that can be refused answer with the reason, empty if there is none. An application that ends by
-/// itself is no one operation's fault: it is told by `takeFailure`, and the phone goes on from its home
-/// screen.
+/// itself is reported by `takeFailure`, and the phone goes on from its home screen.
 class Phone {
  public:
+  struct LaunchOptions {
+    std::map<std::string, std::string> arguments;
+    std::string sound = "silence";  // what its microphone hears, as IOS_MICROPHONE says it
+  };
   struct Options {
-    std::filesystem::path folder;  // of the device; made anew
+    std::filesystem::path folder;  // of the device; replaced
     ios::DeviceSettings settings;
     bool realTime = false;
     /// Folders of bundles that can be installed by identifier.
     std::vector<std::filesystem::path> catalog;
+    /// How long an application may take to answer, on the wall's clock.
+    std::chrono::milliseconds patience = std::chrono::minutes(2);
+    /// Puts the picture of what is in front into memory with every step.
+    bool sharesDisplay = false;
+    AppProcess::Attendance attendance = {};
+    /// What an application that is started from its icon is started with; nothing without it.
+    std::function<LaunchOptions(const std::string& identifier)> launchOptions = {};
+    /// Ends the application when it is raised, even one that hangs.
+    std::shared_ptr<const Interrupt> interrupt = std::make_shared<Interrupt>();
   };
   /// `timeMoved` is called whenever the phone's time may have moved on.
   Phone(const Options& options, Console& console, std::function<void()> timeMoved);
-  ~Phone();
+  virtual ~Phone();
+  Phone(const Phone&) = delete;
 
   // Applications.
   std::string install(const std::string& identifierOrFolder);
   std::string uninstall(const std::string& identifier);
   /// Every bundle of the catalog.
   std::string installAll();
-  /// `sound` is what the application's microphone hears, as IOS_MICROPHONE says it.
+  /// `sound` is what the application's microphone hears, as IOS_MICROPHONE says it, and `codecFault` when its
+  /// encoders fail, as IOS_CODEC_FAULT does.
   std::string launch(const std::string& identifier, const std::map<std::string, std::string>& arguments,
-                     const std::string& sound = "silence");
+                     const std::string& sound = "silence", const std::string& codecFault = {});
   void bringToFront();
   std::string stop();
-  /// Identifier of the application that runs; empty when there is none.
-  std::string running() const { return app_ ? app_->bundleIdentifier() : ""; }
+  /// Ends the application at once, in whatever state it is.
+  void kill();
+  /// Identifier of the application that runs, or is being started; empty when there is none.
+  std::string running() const { return app_ ? app_->bundleIdentifier() : starting_; }
   std::string clearState(const std::string& identifier);
   std::string openLink(const std::string& link);
+  /// Bundles that can be installed by identifier, with their names.
+  std::map<std::string, std::string> catalog() const;
 
   // What a person does, on the screen in front.
-  void tap(const ios::Input::Tap& tap);
-  void swipe(ios::CGPoint from, ios::CGPoint to, ios::Clock::Duration duration);
+  virtual void tap(const ios::automation::Tap& tap);
+  virtual void swipe(ios::CGPoint from, ios::CGPoint to, ios::Clock::Duration duration);
   void shake();
   void pressHome();
   void turn(int orientation);
   void setPermissions(const std::string& identifier,
                       const std::map<std::string, ios::Permission>& permissions);
-  void runFor(ios::Clock::Duration duration);
+  virtual void runFor(ios::Clock::Duration duration);
+  /// Ends the application and changes the settings: the phone begins anew at its home screen.
+  std::string restart(const std::function<void(ios::DeviceSettings&)>& change);
+  /// How large a file may become that the application writes, now and after every start; below 0: as it likes.
+  void limitFiles(std::int64_t bytes);
+  /// What fingers do, and then so much time.
+  ios::automation::Step::Answer step(ios::Clock::Duration duration,
+                                     const std::vector<ios::TouchSample>& touches);
 
   // What a person sees.
+  /// What is in front: "home", an application's identifier, a page's URL.
+  const std::string& front() const { return front_; }
+  /// The picture as of the last step.
+  std::span<const std::uint8_t> displayBytes() const { return display_->bytes(); }
   /// Lets animations come to rest, for so long at most.
-  void settle(ios::Clock::Duration limit);
+  virtual void settle(ios::Clock::Duration limit);
   std::vector<ios::VisibleElement> elements();
+  ios::automation::Tree::Answer tree();
   ios::CGSize screenSize() const { return ios::Device::current().screenSize(); }
   /// PNG bytes; empty when the display shows nothing.
   ios::Bytes picture();
 
+  /// Whether the interrupt was raised.
+  bool wasInterrupted() const { return options_.interrupt->isRaised(); }
   /// How the application ended, if it did so by itself since the last call.
   std::optional<std::string> takeFailure() { return std::exchange(failure_, std::nullopt); }
 
  private:
   bool appIsInFront() const { return app_ && front_ == app_->bundleIdentifier(); }
-  ios::NSDictionary ask(ios::NSDictionary request);
-  ios::NSDictionary askApp(const ios::NSDictionary& request);
+  /// Asks whatever is in front. An answer that does not come is one as it is made.
+  template <class Request>
+  typename Request::Answer ask(const Request& request);
+  template <class Request>
+  typename Request::Answer askApp(const Request& request);
+  /// Takes over what each answer says.
+  void heed(const ios::automation::Status& status);
   void leaveApp(const std::string& front);
   void fulfil(const ScreenWish& wish);
   std::string backTo() const;
@@ -83,11 +122,14 @@ class Phone {
   Options options_;
   Console& console_;
   std::function<void()> timeMoved_;
+  std::shared_ptr<ios::DisplayMemory> display_;
   std::unique_ptr<SpringBoard> springBoard_;
   std::unique_ptr<AppProcess> app_;
+  std::int64_t fileLimit_ = -1;
+  std::string starting_;
   std::string front_ = "home";
-  std::string appsFront_;        // what the application last said is in front
-  std::int64_t appsUptime_ = 0;  // ns
+  std::string appsFront_;  // what the application last said is in front
+  ios::Clock::Duration appsUptime_{};
   std::optional<std::string> failure_;
 };
 

@@ -1,22 +1,21 @@
-#include "simulator/SpringBoard.h"
-
-#include <set>
+#include "simulator/phone/SpringBoard.h"
 
 #include "Device/Device.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIScreen.h"
 #include "UIKit/UIViewController.h"
+#include "companion/Inbox.h"
 
 namespace simulator {
 namespace {
 
 namespace fs = std::filesystem;
 
-fs::path inbox() {
-  return ios::Device::current().root() / "Containers" / kCompanionIdentifier / "Documents" / "inbox";
+fs::path companionsHome() {
+  return ios::Device::current().homeOf(kCompanionIdentifier);
 }
 
-/// Whatever the screens draw from, as one text: when it changes, they are made anew.
+/// Everything the screens draw from, as one text: when it changes, they are rebuilt.
 std::string world() {
   std::string text;
   for (const auto& application : ios::Device::current().applications().all())
@@ -26,11 +25,7 @@ std::string world() {
       text += identifier + service + std::to_string(static_cast<int>(answer)) + "\n";
     }
   }
-  std::set<std::string> reports;
-  std::error_code error;
-  for (const auto& entry : fs::directory_iterator(inbox(), error))
-    reports.insert(entry.path().filename().string());
-  for (const auto& report : reports) text += report + "\n";
+  for (const auto& report : companion::Inbox(companionsHome()).reports()) text += report.name.text() + "\n";
   return text;
 }
 
@@ -54,7 +49,7 @@ std::shared_ptr<ios::UIViewController> SpringBoard::screenFor(const std::string&
                                                               const std::string& backTo) {
   const WishSink wish = [this](ScreenWish tapped) { wish_ = std::move(tapped); };
   if (front == "home") return makeHomeScreen(wish);
-  if (front == kCompanionIdentifier) return makeCompanionScreen(inbox(), backTo, wish);
+  if (front == kCompanionIdentifier) return makeCompanionScreen(companionsHome(), backTo, wish);
   if (front == kSettingsIdentifier) return makeSettingsScreen(backTo, wish);
   if (front.starts_with("http:") || front.starts_with("https:")) return makeWebScreen(front, backTo, wish);
   return makePlainScreen(front, backTo, wish);

@@ -4,24 +4,31 @@
 #include <optional>
 #include <string>
 
-#include "CoreFoundation/PropertyList.h"
-#include "UIKit/Automation/AutomationServer.h"
+#include "UIKit/AutomationCoding.h"
+#include "UIKit/AutomationServer.h"
 #include "UIKit/UIWindow.h"
 #include "simulator/screens/Screens.h"
 
 namespace simulator {
 
-/// What the phone shows while no application that it steers is in front: icons, the companion, pages. It is
-/// an application in this process, so that it is drawn, read and tapped like any other. Main thread, one a
-/// process.
+/// What the phone shows while no application that it steers is in front: icons, the companion, pages.
+/// It is an application in this process, so that it is drawn, read and tapped like any other. Main
+/// thread, one per process.
 class SpringBoard {
  public:
   SpringBoard();
 
+  /// Where "step" puts the picture.
+  void setDisplay(std::shared_ptr<ios::DisplayMemory> display) { server_.setDisplay(std::move(display)); }
   /// Shows what `front` stands for: "home", a page's URL, or an application's identifier. What is on that
   /// screen is brought up to date.
   void show(const std::string& front, const std::string& backTo);
-  ios::NSDictionary ask(const ios::NSDictionary& request) { return server_.answer(request); }
+  template <class Request>
+  typename Request::Answer ask(const Request& request) {
+    return ios::automation::ask(
+               request, [this](const auto& message) { return std::optional(server_.answer(message)); })
+        ->answer;
+  }
   /// What was tapped since the last call and is for the phone to do.
   std::optional<ScreenWish> takeWish() { return std::exchange(wish_, std::nullopt); }
 

@@ -1,61 +1,21 @@
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
 
 #include "AVFoundation/AVPlayer.h"
 #include "AVKit/AVPlayerViewController.h"
-#include "Device/Files.h"
 #include "Foundation/NSURL.h"
 #include "UIKit/UIImageView.h"
+#include "companion/Inbox.h"
 #include "simulator/screens/Parts.h"
 #include "simulator/screens/ScreenController.h"
 
 namespace simulator {
 namespace {
 
-namespace fs = std::filesystem;
-
-struct Newest {
-  std::map<std::string, std::string> record;
-  fs::path image, movie;
-  int reports = 0;
-};
-
-/// A folder's name is a time and, behind the last "-", a number within that second.
-std::pair<std::string, long> age(const fs::path& report) {
-  const std::string name = report.filename().string();
-  const std::size_t dash = name.rfind('-');
-  return {name.substr(0, dash),
-          dash == std::string::npos ? 0 : std::strtol(name.c_str() + dash + 1, nullptr, 10)};
-}
-
-Newest newestReport(const fs::path& inbox) {
-  Newest result;
-  fs::path newest;
-  std::error_code error;
-  for (const auto& entry : fs::directory_iterator(inbox, error)) {
-    if (!fs::is_regular_file(entry.path() / "record.json", error)) continue;
-    ++result.reports;
-    if (newest.empty() || age(newest) < age(entry.path())) newest = entry.path();
-  }
-  if (newest.empty()) return result;
-  const auto bytes = ios::readFile(newest / "record.json", nullptr, 1 << 20);
-  if (!bytes) return result;
-  const auto json = nlohmann::json::parse(bytes->begin(), bytes->end(), nullptr, false);
-  if (json.is_object()) {
-    for (const auto& [key, value] : json.items()) {
-      if (value.is_string()) result.record[key] = value.get<std::string>();
-    }
-  }
-  result.image = newest / "image.jpg";
-  result.movie = newest / "movie.mov";
-  return result;
-}
-
 class CompanionScreen : public ScreenController {
  public:
-  CompanionScreen(const fs::path& inbox, const std::string& backTo, WishSink wish)
-      : ScreenController(backTo, std::move(wish)), newest_(newestReport(inbox)) {}
+  CompanionScreen(const std::filesystem::path& home, const std::string& backTo, WishSink wish)
+      : ScreenController(backTo, std::move(wish)), inbox_(home), reports_(inbox_.reports()) {}
 
  private:
   void build(CGSize size) override {
@@ -71,21 +31,18 @@ class CompanionScreen : public ScreenController {
                                   "Tellvane"));
     const CGFloat left = corner.x + icon + 14, width = size.width - left - 16;
     const CGFloat middle = corner.y + icon / 2;
-    const int count = newest_.reports;
+    const std::size_t count = reports_.size();
     const std::string heading = count > 1    ? std::to_string(count) + " reports received"
                                 : count == 1 ? "Report received"
                                              : "No report yet";
     add(makeLabel("Tellvane", CGRectMake(left, middle - 28, width, 30), 24, 600, 0xFFFFFF));
     add(makeLabel(heading, CGRectMake(left, middle + 2, width, 24), 17, 400, 0xE4DDFF));
-    if (count > 0) buildReport(size, head + 16);
+    if (count > 0) buildReport(reports_.front(), size, head + 16);
   }
 
-  std::string entry(const char* key) const {
-    const auto found = newest_.record.find(key);
-    return found == newest_.record.end() ? "" : found->second;
-  }
-
-  void buildReport(CGSize size, CGFloat top) {
+  void buildReport(const companion::InboxEntry& report, CGSize size, CGFloat top) {
+    const companion::Record record = report.record.value_or(companion::Record());
+    const auto entry = [&record](std::string_view key) { return companion::entry(record, key); };
     const CGFloat margin = 16;
     auto card =
         std::make_shared<UIView>(CGRectMake(margin, top, size.width - 2 * margin, size.height - top - 24));
@@ -96,7 +53,7 @@ class CompanionScreen : public ScreenController {
 
     const std::vector<std::pair<std::string, std::string>> rows = {
         {"App", entry("appName") + " " + entry("appVersion")},
-        {"Screen", entry("screenName") + entry("videoName")},
+        {"Screen", companion::screen(record)},
         {"Device", entry("deviceModel")},
         {"System", entry("oSFamily") + " " + entry("oSVersion")},
         {"Size", entry("deviceResolution")},
@@ -122,25 +79,24 @@ class CompanionScreen : public ScreenController {
     }
     const CGRect below = CGRectMake(16, y + 14, whole.width - 32, whole.height - y - 30);
     const CGRect beside = CGRectMake(width + 16, 16, whole.width - width - 32, whole.height - 32);
-    std::error_code error;
-    if (fs::exists(newest_.movie, error)) {
-      addMovie(*card, upright ? below : beside);
-    } else {
-      addPicture(*card, upright ? below : beside);
+    if (report.hasMovie) {
+      addMovie(*card, inbox_.movieOf(report.name), upright ? below : beside);
+    } else if (report.hasImage) {
+      addPicture(*card, inbox_.imageOf(report.name), upright ? below : beside);
     }
   }
 
-  void addMovie(UIView& card, const CGRect& room) {
+  void addMovie(UIView& card, const std::filesystem::path& movie, const CGRect& room) {
     if (room.height() < 80) return;
     const auto controller = std::make_shared<AVPlayerViewController>();
-    controller->setPlayer(AVPlayer::playerWithURL(NSURL::fileURLWithPath(newest_.movie)));
+    controller->setPlayer(AVPlayer::playerWithURL(NSURL::fileURLWithPath(movie)));
     addChildViewController(controller);
     controller->view()->setFrame(room);
     card.addSubview(controller->view());
   }
 
-  void addPicture(UIView& card, const CGRect& room) {
-    const auto image = UIImage::imageWithContentsOfFile(newest_.image);
+  void addPicture(UIView& card, const std::filesystem::path& file, const CGRect& room) {
+    const auto image = UIImage::imageWithContentsOfFile(file);
     if (!image || room.height() < 40) return;
     const CGFloat scale = std::min(room.width() / image->size().width, room.height() / image->size().height);
     const CGSize shown = {image->size().width * scale, image->size().height * scale};
@@ -152,14 +108,15 @@ class CompanionScreen : public ScreenController {
     card.addSubview(picture);
   }
 
-  Newest newest_;
+  const companion::Inbox inbox_;
+  const std::vector<companion::InboxEntry> reports_;
 };
 
 }  // namespace
 
-std::shared_ptr<UIViewController> makeCompanionScreen(const fs::path& inbox, const std::string& backTo,
-                                                      WishSink wish) {
-  return std::make_shared<CompanionScreen>(inbox, backTo, std::move(wish));
+std::shared_ptr<UIViewController> makeCompanionScreen(const std::filesystem::path& home,
+                                                      const std::string& backTo, WishSink wish) {
+  return std::make_shared<CompanionScreen>(home, backTo, std::move(wish));
 }
 
 }  // namespace simulator

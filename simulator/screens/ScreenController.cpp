@@ -1,5 +1,6 @@
 #include "simulator/screens/ScreenController.h"
 
+#include "UIKit/UIButton.h"
 #include "simulator/screens/Parts.h"
 
 namespace simulator {

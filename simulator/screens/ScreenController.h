@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-/// A screen of the phone's own: builds its views for the size it has, and anew when that changes.
+/// A screen of the phone's own: builds its views for its size, and again when that changes.
 class ScreenController : public ios::Subclass<ScreenController, ios::UIViewController> {
  public:
   ScreenController(std::string backTo, WishSink wish) : backTo_(std::move(backTo)), wish_(std::move(wish)) {}

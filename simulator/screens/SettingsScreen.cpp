@@ -20,31 +20,52 @@ class SettingsScreen : public ScreenController {
     for (const InstalledApplication& application : Device::current().applications().all()) {
       add(makeLabel(displayName(application), CGRectMake(20, y, size.width - 40, 24), 14, 600, 0x6D6D72));
       y += 28;
-      for (const char* service : {"microphone", "photos"}) {
-        row(size, y, service, inWords(settings, application.bundleIdentifier, service));
+      for (const auto& [service, title] :
+           {std::pair("microphone", "Microphone"), std::pair("photos", "Photos"),
+            std::pair("screen", "Screen Recording")}) {
+        row(size, y,
+            {application, service, title, answerOf(settings, application.bundleIdentifier, service)});
         y += 45;
       }
       y += 18;
     }
   }
 
-  static std::string inWords(const DeviceSettings& settings, const std::string& identifier,
+  static Permission answerOf(const DeviceSettings& settings, const std::string& identifier,
                              const std::string& service) {
     const auto application = settings.permissions.find(identifier);
-    if (application == settings.permissions.end()) return "Not asked yet";
+    if (application == settings.permissions.end()) return Permission::notDetermined;
     const auto answer = application->second.find(service);
-    if (answer == application->second.end() || answer->second == Permission::notDetermined)
-      return "Not asked yet";
-    return answer->second == Permission::authorized ? "Allowed" : "Denied";
+    return answer == application->second.end() ? Permission::notDetermined : answer->second;
   }
 
-  void row(CGSize size, CGFloat y, const std::string& service, const std::string& answer) {
-    auto row = std::make_shared<UIView>(CGRectMake(0, y, size.width, 44.5));
+  static const char* inWords(Permission answer) {
+    if (answer == Permission::notDetermined) return "Not asked yet";
+    if (answer == Permission::restricted) return "Disabled";
+    return answer == Permission::authorized ? "Allowed" : "Denied";
+  }
+
+  struct Row {
+    const InstalledApplication& application;
+    std::string service, title;
+    Permission answer;
+  };
+  void row(CGSize size, CGFloat y, const Row& given) {
+    constexpr CGFloat kHeight = 44.5, kMargin = 16;
+    auto row = std::make_shared<UIView>(CGRectMake(0, y, size.width, kHeight));
     row->setBackgroundColor(UIColor::whiteColor());
-    const std::string title = service == "photos" ? "Photos" : "Microphone";
-    row->addSubview(makeLabel(title, CGRectMake(20, 0, 160, 44), 17, 400, 0x1C1C1E));
-    row->addSubview(
-        makeLabel(answer, CGRectMake(180, 0, size.width - 196, 44), 17, 400, 0x8A8A8E, TextAlignment::right));
+    const CGFloat left = size.width - Switch::kSize.width - kMargin, middle = 176;
+    row->addSubview(makeLabel(given.title, CGRectMake(20, 0, middle - 20, 44), 17, 400, 0x1C1C1E));
+    row->addSubview(makeLabel(inWords(given.answer), CGRectMake(middle, 0, left - middle - 12, 44), 17, 400,
+                              0x8A8A8E, TextAlignment::right));
+    const bool allowed = given.answer == Permission::authorized;
+    auto toggle = std::make_shared<Switch>(CGPoint{left, (kHeight - Switch::kSize.height) / 2}, allowed,
+                                           given.title + " for " + displayName(given.application));
+    // What the owner of the phone has disabled is not the user's to allow.
+    toggle->setEnabled(given.answer != Permission::restricted);
+    onTap(toggle, {allowed ? ScreenWish::Kind::refuse : ScreenWish::Kind::permit,
+                   given.application.bundleIdentifier, given.service});
+    row->addSubview(toggle);
     add(row);
   }
 };

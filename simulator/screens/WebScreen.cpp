@@ -1,5 +1,6 @@
 #include "Device/Device.h"
 #include "Foundation/NSURL.h"
+#include "UIKit/UIButton.h"
 #include "simulator/screens/Parts.h"
 #include "simulator/screens/ScreenController.h"
 

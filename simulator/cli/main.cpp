@@ -1,0 +1,138 @@
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <string_view>
+
+#include "Device/Files.h"
+#include "companion/Inbox.h"
+#include "simulator/cli/CommandLine.h"
+#include "simulator/cli/OutputFolder.h"
+#include "simulator/cli/PhoneCommand.h"
+#include "simulator/flow/FlowRunner.h"
+#include "simulator/phone/Phone.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace simulator;
+
+// Below it lies the photo library, whose SQLite takes paths of 511 bytes.
+constexpr std::size_t kLongestOut = 440;
+
+const Interrupt* interruptOfSignals = nullptr;
+
+/// The next signal of the kind ends the process at once.
+void interruptOnSignals(const Interrupt& interrupt) {
+  interruptOfSignals = &interrupt;
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    action.sa_handler = [](int) { interruptOfSignals->raise(); };
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    ::sigaction(signal, &action, nullptr);
+  }
+}
+
+std::unique_ptr<OutputFolder> prepareOut(const CommandLine& line) {
+  const fs::path name = line.flow == "-" ? fs::path("flow") : line.flow.stem();
+  std::error_code error;
+  const fs::path path = fs::absolute(line.out.empty() ? "out" / name : line.out, error).lexically_normal();
+  std::string problem;
+  std::unique_ptr<OutputFolder> out;
+  if (path.string().size() > kLongestOut) {
+    problem = "its path has more than " + std::to_string(kLongestOut) + " bytes";
+  } else if ((out = OutputFolder::take(path, problem))) {
+    problem = out->clear();
+    for (const char* each : {"device", "console.log", "errors.log", "inbox", "DCIM"}) {
+      if (problem.empty()) problem = out->claim(each);
+    }
+  }
+  if (problem.empty()) return out;
+  complain("could not prepare " + path.string() + ": " + problem);
+  return nullptr;
+}
+
+/// Copies what a person wants to look at out of the device: the companion's inbox, the
+/// photo library's movies.
+std::string copyResults(const fs::path& out) {
+  const ios::Device& device = ios::Device::current();
+  const std::pair<fs::path, const char*> folders[] = {
+      {companion::Inbox(device.homeOf(kCompanionIdentifier)).folder(), "inbox"},
+      {device.moviesFolder(), "DCIM"},
+  };
+  for (const auto& [folder, name] : folders) {
+    std::error_code error;
+    if (!fs::is_directory(folder, error)) continue;
+    if (const auto problem = ios::copyTree(folder, out / name)) return problem->description();
+  }
+  return {};
+}
+
+std::string titleOf(const Flow& flow, const ios::DeviceSettings& settings) {
+  std::string title = flow.name + " (" + settings.profile + ", " + settings.languages.front();
+  if (settings.textSize != ios::TextSize::L)
+    title += ", text size " + std::string(ios::textSizeName(settings.textSize));
+  return title + ")";
+}
+
+int run(const CommandLine& line, const fs::path& executable) {
+  std::string problem;
+  const auto flow = readFlow(line.flow, problem);
+  if (!flow) {
+    complain(problem);
+    return kBadInput;
+  }
+  const auto out = prepareOut(line);
+  if (!out) return kBadInput;
+
+  Phone::Options options{.folder = out->path() / "device",
+                         .settings = line.settings,
+                         .realTime = line.realTime,
+                         .catalog = line.applications,
+                         .patience = line.patience};
+  options.catalog.push_back(executable.parent_path().parent_path() / "Applications");
+  interruptOnSignals(*options.interrupt);
+  Transcript transcript;
+  Console console(out->path(), [&](Console::Stream stream, const std::string& text) {
+    transcript.consoleLine(stream, text);
+  });
+  Phone phone(options, console, [&] { transcript.flushConsole(); });
+  if (problem = phone.installAll(); !problem.empty()) {
+    complain(problem);
+    return kBadInput;
+  }
+
+  transcript.heading(titleOf(*flow, line.settings));
+  Stage stage(phone, console,
+              [&](const std::string& name, const ios::Bytes& png) { return out->write(name, png); });
+  const bool played = FlowRunner(stage, transcript).play(flow->steps, problem);
+  const std::string ending = phone.stop();
+  transcript.flushConsole();
+  const std::string lost = copyResults(out->path());
+  if (!played) complain(problem);
+  if (played && !ending.empty()) complain(line.flow.string() + ": " + ending);
+  if (!lost.empty()) complain("not everything is in " + out->path().string() + ": " + lost);
+  if (phone.wasInterrupted()) return kInterrupted;
+  if (!played || !ending.empty() || !lost.empty()) return kStepFailed;
+  std::error_code error;
+  transcript.heading("Everything happened as expected; see " + fs::proximate(out->path(), error).string());
+  return kDone;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::error_code error;
+  const fs::path executable = fs::read_symlink("/proc/self/exe", error);
+  if (argc > 1 && std::string_view(argv[1]) == "phone")
+    return runPhoneCommand(argc - 1, argv + 1, executable);
+  int status = kDone;
+  const auto line = readCommandLine(argc, argv, executable, status);
+  if (!line) return status;
+  try {
+    return run(*line, executable);
+  } catch (const std::exception& unexpected) {
+    complain(std::string("the simulator failed: ") + unexpected.what());
+    return kStepFailed;
+  }
+}

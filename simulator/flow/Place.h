@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "CoreGraphics/CGGeometry.h"
+
+namespace simulator {
+
+/// A place on the screen, each coordinate in points or in percent of the screen.
+struct Place {
+  struct Coordinate {
+    double value = 0;
+    bool percent = false;
+  };
+  Coordinate x, y;
+  ios::CGPoint on(ios::CGSize screen) const;
+  std::string description() const;  // "50%,120"
+};
+
+}  // namespace simulator

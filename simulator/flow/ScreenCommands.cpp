@@ -1,0 +1,114 @@
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+#include "simulator/flow/FlowReader.h"
+#include "simulator/flow/Stage.h"
+#include "simulator/flow/Words.h"
+
+/// What is to be seen on the screen, and when.
+namespace simulator {
+namespace {
+
+using ios::Clock;
+using std::chrono::milliseconds;
+
+struct AssertVisible : Command {
+  TextPattern text;
+  bool visible = true;
+  Clock::Duration timeout = Stage::kPatience;
+
+  std::string description() const override {
+    std::string words = quoted(text.text()) + (visible ? " is on the screen" : " is not on the screen");
+    if (timeout != Stage::kPatience)
+      words += " within " + plainNumber(std::chrono::duration<double>(timeout).count()) + " s";
+    return words;
+  }
+  Problem perform(Stage& stage) const override {
+    if (stage.await(timeout, [&] { return stage.find(text).has_value() == visible; })) return {};
+    return (visible ? "expected \"" : "expected no \"") + text.text() + "\"";
+  }
+
+  static std::unique_ptr<AssertVisible> made(TextPattern text, bool visible) {
+    auto result = std::make_unique<AssertVisible>();
+    result->text = std::move(text);
+    result->visible = visible;
+    return result;
+  }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    return made(pattern(single(value, "text")), true);
+  }
+  static std::unique_ptr<const Command> readNot(const YamlValue& value, FlowReader&) {
+    return made(pattern(single(value, "text")), false);
+  }
+  static std::unique_ptr<const Command> readExtended(const YamlValue& value, FlowReader&) {
+    const auto fields = value.members({"visible", "notVisible", "timeout"});
+    const bool visible = fields.contains("visible");
+    if (visible == fields.contains("notVisible")) value.fail("needs either \"visible\" or \"notVisible\"");
+    auto result = made(pattern(single(fields.at(visible ? "visible" : "notVisible"), "text")), visible);
+    result->timeout = milliseconds(
+        fields.contains("timeout") ? fields.at("timeout").integer(0, kLongestMilliseconds) : 10'000);
+    return result;
+  }
+};
+
+struct Wait : Command {
+  double seconds = 0;
+
+  std::string description() const override {
+    return "wait for " + plainNumber(seconds) + (seconds == 1 ? " second" : " seconds");
+  }
+  Problem perform(Stage& stage) const override {
+    // In slices, so that what the console says meanwhile is told with its time.
+    const auto total = std::chrono::duration_cast<Clock::Duration>(std::chrono::duration<double>(seconds));
+    const Clock& clock = Clock::shared();
+    const Clock::Duration slice =
+        clock.isVirtual() ? std::max<Clock::Duration>(milliseconds(50), total / 200) : milliseconds(50);
+    for (const Clock::Instant end = clock.now() + total;
+         clock.now() < end && !stage.phone().wasInterrupted();)
+      stage.phone().runFor(std::min(end - clock.now(), slice));
+    return {};
+  }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    auto result = std::make_unique<Wait>();
+    result->seconds = single(value, "seconds").number(0, 86'400);
+    return result;
+  }
+};
+
+struct TakeScreenshot : Command {
+  std::string name;
+
+  std::string description() const override { return "take the picture " + name + ".png"; }
+  Problem perform(Stage& stage) const override {
+    stage.phone().settle(std::chrono::seconds(1));
+    const ios::Bytes png = stage.phone().picture();
+    if (png.empty()) return "expected a picture, but the display shows nothing";
+    return stage.keepPicture(name + ".png", png);
+  }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    auto result = std::make_unique<TakeScreenshot>();
+    result->name = text(single(value, "path"));
+    const std::filesystem::path path(result->name);
+    // Pictures stay in the output folder, whoever wrote the flow.
+    const bool climbs = std::find(path.begin(), path.end(), "..") != path.end();
+    if (path.is_absolute() || climbs || !path.has_filename() || printable(result->name) != result->name)
+      value.fail("expected a plain name, not \"" + result->name + "\"");
+    return result;
+  }
+};
+
+}  // namespace
+
+std::span<const CommandKind> screenCommands() {
+  static constexpr std::array kAll = {
+      CommandKind{"assertVisible", &AssertVisible::read},
+      CommandKind{"assertNotVisible", &AssertVisible::readNot},
+      CommandKind{"extendedWaitUntil", &AssertVisible::readExtended},
+      CommandKind{"wait", &Wait::read},
+      CommandKind{"takeScreenshot", &TakeScreenshot::read},
+  };
+  return kAll;
+}
+
+}  // namespace simulator

@@ -1,0 +1,50 @@
+#include "simulator/live/Pace.h"
+
+#include <algorithm>
+
+namespace simulator {
+
+using std::chrono::duration_cast;
+
+Pace::Duration Pace::due(Wall wall, Instant phone, std::optional<Instant> nextEvent) {
+  if (paused_) return Duration::zero();
+  const auto passed = std::chrono::duration<double, std::nano>(wall - wall_) * speed_;
+  const Instant target = phone_ + duration_cast<Duration>(passed);
+  const Duration wanted = target - phone;
+  if (wanted <= Duration::zero()) return Duration::zero();
+  // Up to the next event there is nothing to do but to let the time pass.
+  const Duration idle = nextEvent ? std::max(*nextEvent - phone, Duration::zero()) : wanted;
+  const Duration step = std::min(wanted, std::max(kLongestStep, idle));
+  behind_ = wanted - step > kLongestStep;
+  if (behind_) begin(wall, phone + step);
+  return step;
+}
+
+std::optional<Pace::Wall> Pace::wallTimeOf(Instant event) const {
+  if (paused_) return std::nullopt;
+  const std::chrono::duration<double, std::nano> ahead = event - phone_;
+  return wall_ + duration_cast<Wall::duration>(ahead / speed_);
+}
+
+void Pace::begin(Wall wall, Instant phone) {
+  wall_ = wall;
+  phone_ = phone;
+}
+
+void Pace::pause(Wall wall, Instant phone) {
+  begin(wall, phone);
+  paused_ = true;
+  behind_ = false;
+}
+
+void Pace::resume(Wall wall, Instant phone) {
+  begin(wall, phone);
+  paused_ = false;
+}
+
+void Pace::setSpeed(double factor, Wall wall, Instant phone) {
+  begin(wall, phone);
+  speed_ = factor;
+}
+
+}  // namespace simulator

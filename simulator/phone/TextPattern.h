@@ -1,0 +1,30 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace re2 {
+class RE2;
+}
+
+namespace simulator {
+
+/// A text to look for: the text itself, or else a regular expression that matches all of it, ignoring case. A
+/// text that is not a regular expression ("Save (") stands for itself alone.
+class TextPattern {
+ public:
+  TextPattern() = default;
+  explicit TextPattern(std::string text);
+  const std::string& text() const { return text_; }
+  bool isExactly(const std::string& candidate) const { return candidate == text_; }
+  bool matches(const std::string& candidate) const;
+  /// What is wrong with an expression that cannot have been meant as a plain text: it is too large, or uses
+  /// what no linear-time matcher has. Empty if nothing is.
+  std::string problem() const;
+
+ private:
+  std::string text_;
+  std::shared_ptr<const re2::RE2> expression_;
+};
+
+}  // namespace simulator
