@@ -26,8 +26,8 @@ class Folder {
     EntryKind kind = EntryKind::other;
   };
 
-  /// `path` itself may go through links: it is the caller's to trust. Empty, with `error` set, when there is
-  /// none.
+  /// `path` itself may go through links: it is the caller's to trust. Empty, with `error`
+  /// set, when there is none.
   static std::optional<Folder> open(const std::filesystem::path& path, FileError& error);
   std::optional<Folder> open(const std::string& name, FileError& error) const;
 
@@ -35,8 +35,8 @@ class Folder {
   Folder& operator=(Folder&&) = delete;
   ~Folder();
 
-  /// Holds off every other process that locks the folder, until this object is gone; waits while another has
-  /// it.
+  /// Holds off every other process that locks the folder, until this object is gone; waits
+  /// while another has it.
   [[nodiscard]] std::optional<FileError> lock() const;
   /// By name, "." and ".." left out. What cannot be listed is left out.
   std::vector<Entry> entries() const;

@@ -73,7 +73,7 @@ std::optional<Refusal> takeRepresentations(const ios::NSDictionary& item, Report
 }
 
 /// Whether a text leads somewhere in a file system. What is taken goes into file contents only, never into
-/// names; but no honest record has such a text, and whoever reads the inbox next may be less careful.
+/// names; but no genuine record has such a text, and the next reader of the inbox may be less careful.
 bool isPath(std::string_view text) {
   if (text.starts_with('/') || text.starts_with("~/") || text.starts_with("file:")) return true;
   for (std::size_t start = 0; start <= text.size();) {
@@ -92,7 +92,7 @@ std::optional<Refusal> takeText(std::string_view key, const ios::PropertyList& v
     return Refusal{"the record's " + inQuotes(key) + " is " + std::to_string(text->size()) +
                    " bytes long; at most " + std::to_string(kMostOfAText) + " are taken"};
   }
-  if (!isUtf8(*text)) return Refusal{"the record's " + inQuotes(key) + " is no well-formed UTF-8"};
+  if (!isUTF8(*text)) return Refusal{"the record's " + inQuotes(key) + " is not well-formed UTF-8"};
   // The movie's identifier has slashes of its own, and is checked where the movie is fetched.
   if (key != "videoInPhotosAlbum" && isPath(*text)) {
     return Refusal{"the record's " + inQuotes(key) + " is a path: " + inQuotes(*text)};
@@ -150,7 +150,7 @@ Handoff readHandoff(const std::filesystem::path& pasteboardFile) {
   const auto status = std::filesystem::status(pasteboardFile, code);
   if (!std::filesystem::exists(status)) return Refusal{"the pasteboard is empty"};
   // Anything but a file could keep the reader waiting for ever.
-  if (!std::filesystem::is_regular_file(status)) return Refusal{"the pasteboard is no file"};
+  if (!std::filesystem::is_regular_file(status)) return Refusal{"the pasteboard is not a file"};
   if (std::filesystem::file_size(pasteboardFile, code) > kMostOfTheFile && !code) {
     return Refusal{"the pasteboard holds more than " + mebibytes(kMostOfAnItem)};
   }
@@ -164,7 +164,7 @@ Handoff checkHandoff(std::span<const std::uint8_t> pasteboard) {
   constexpr std::string_view kBinary = "bplist00";
   if (!std::equal(kBinary.begin(), kBinary.end(), pasteboard.begin(),
                   pasteboard.begin() + std::min(kBinary.size(), pasteboard.size()))) {
-    return Refusal{"the pasteboard is no binary property list"};
+    return Refusal{"the pasteboard is not a binary property list"};
   }
   std::string problem;
   const auto root = ios::PropertyList::parse(pasteboard, &problem);
@@ -180,7 +180,7 @@ Handoff checkHandoff(std::span<const std::uint8_t> pasteboard) {
                    " items instead of one"};
   }
   const ios::NSDictionary* item = items->array()->front().dictionary();
-  if (!item) return Refusal{"the pasteboard's item is no set of representations"};
+  if (!item) return Refusal{"the pasteboard's item is not a set of representations"};
   const auto kind = kindOfItem(*item);
   if (!kind) return Refusal{"the item's types are not those of a hand-off: " + typesOf(*item)};
 

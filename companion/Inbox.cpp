@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "InboxPage.h"
 #include "RecordJson.h"
 #include "ReportPage.h"
 
@@ -70,10 +69,14 @@ InboxEntry entryOf(const Folder& inbox, const ReportName& name) {
   return entry;
 }
 
-std::optional<FileError> writeIndex(const Folder& inbox) {
+std::vector<InboxEntry> entriesOf(const Folder& inbox) {
   std::vector<InboxEntry> entries;
   for (const ReportName& name : reportsIn(inbox)) entries.push_back(entryOf(inbox, name));
-  const std::string page = inboxPage(entries);
+  return entries;
+}
+
+std::optional<FileError> writeIndex(const Folder& inbox) {
+  const std::string page = inboxPage(entriesOf(inbox));
   const auto old = inbox.read(kIndex, kMostOfAnIndex);
   if (old && std::ranges::equal(*old, bytesOf(page))) return std::nullopt;
   return inbox.replace(kIndex, bytesOf(page));
@@ -149,6 +152,13 @@ std::optional<FileError> place(const Folder& inbox, const Report& report, const 
   return failed;
 }
 
+/// The inbox below `home`; empty, with `error` set, when there is none.
+std::optional<Folder> existing(const std::filesystem::path& home, FileError& error) {
+  const auto folder = Folder::open(home, error);
+  const auto documents = folder ? folder->open(kDocuments, error) : std::nullopt;
+  return documents ? documents->open(kInbox, error) : std::nullopt;
+}
+
 Inbox::Filed filed(const Folder& inbox, const ReportName& name, bool already) {
   return {name, already, entryOf(inbox, name).hasMovie, writeIndex(inbox)};
 }
@@ -174,12 +184,27 @@ std::variant<Inbox::Filed, FileError> Inbox::file(const Report& report, std::chr
   return filed(*inbox, name, false);
 }
 
+std::filesystem::path Inbox::folder() const {
+  return home_ / kDocuments / kInbox;
+}
+
+std::filesystem::path Inbox::imageOf(const ReportName& name) const {
+  return folder() / name.text() / kImageFile;
+}
+
+std::filesystem::path Inbox::movieOf(const ReportName& name) const {
+  return folder() / name.text() / kMovieFile;
+}
+
+std::vector<InboxEntry> Inbox::reports() const {
+  FileError error;
+  const auto inbox = existing(home_, error);
+  return inbox ? entriesOf(*inbox) : std::vector<InboxEntry>();
+}
+
 std::optional<FileError> Inbox::tend() {
   FileError error;
-  const auto home = Folder::open(home_, error);
-  if (!home) return error;
-  const auto documents = home->open(kDocuments, error);
-  const auto inbox = documents ? documents->open(kInbox, error) : std::nullopt;
+  const auto inbox = existing(home_, error);
   if (!inbox) return error.code == ENOENT ? std::nullopt : std::optional(error);
   if (auto failed = inbox->lock()) return failed;
   if (auto failed = sweep(*inbox)) return failed;

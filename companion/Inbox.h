@@ -5,8 +5,10 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "Folder.h"
+#include "InboxPage.h"
 #include "Report.h"
 #include "ReportName.h"
 
@@ -23,7 +25,7 @@ namespace companion {
 ///                             index.html    the report as a page
 ///
 /// A report is there whole or not at all: it is built aside and renamed in. What is there already is never
-/// changed, save for the index, which is made anew from what is there. Nothing outside the inbox is written.
+/// changed, save for the index, which is rebuilt from what is there. Nothing outside the inbox is written.
 class Inbox {
  public:
   explicit Inbox(std::filesystem::path home) : home_(std::move(home)) {}
@@ -39,6 +41,12 @@ class Inbox {
   };
   /// Keeps a report. After a failure the inbox is as it was.
   std::variant<Filed, FileError> file(const Report& report, std::chrono::sys_seconds received);
+
+  std::filesystem::path folder() const;
+  /// The reports that are there, newest first.
+  std::vector<InboxEntry> reports() const;
+  std::filesystem::path imageOf(const ReportName& name) const;
+  std::filesystem::path movieOf(const ReportName& name) const;
 
   /// Removes what a companion left that was killed halfway, and brings the index up to date. Without an inbox
   /// nothing happens.

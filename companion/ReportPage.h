@@ -15,8 +15,8 @@ struct ReportFile {
   std::uintmax_t bytes = 0;
 };
 
-/// The page of one report: the picture or the movie, if it is in the report, the screen's name, and what the
-/// record says.
+/// The page of one report: the picture or the movie, if it is in the report, the screen's name, and
+/// what the record says.
 std::string reportPage(const Report& report, const ReportName& name, const std::vector<ReportFile>& files,
                        bool hasMovie);
 

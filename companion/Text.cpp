@@ -8,40 +8,6 @@
 
 namespace companion {
 
-std::optional<char32_t> takeCodePoint(std::string_view& text) {
-  const auto byte = [&](std::size_t at) { return static_cast<std::uint8_t>(text[at]); };
-  const std::uint8_t lead = byte(0);
-  std::size_t length = 1;
-  char32_t codePoint = lead;
-  char32_t smallest = 0;
-  if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4, codePoint = lead & 0x07, smallest = 0x10000;
-  } else if (lead >= 0xE0 && lead < 0xF0) {
-    length = 3, codePoint = lead & 0x0F, smallest = 0x800;
-  } else if (lead >= 0xC2 && lead < 0xE0) {
-    length = 2, codePoint = lead & 0x1F, smallest = 0x80;
-  }
-  bool wellFormed = (lead < 0x80 || length > 1) && text.size() >= length;
-  for (std::size_t at = 1; wellFormed && at < length; ++at) {
-    wellFormed = (byte(at) & 0xC0) == 0x80;
-    codePoint = codePoint << 6 | (byte(at) & 0x3F);
-  }
-  const bool surrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
-  if (!wellFormed || codePoint < smallest || codePoint > 0x10FFFF || surrogate) {
-    text.remove_prefix(1);
-    return std::nullopt;
-  }
-  text.remove_prefix(length);
-  return codePoint;
-}
-
-bool isUtf8(std::string_view text) {
-  while (!text.empty()) {
-    if (!takeCodePoint(text)) return false;
-  }
-  return true;
-}
-
 bool isInvisible(char32_t codePoint) {
   static constexpr std::array<std::pair<char32_t, char32_t>, 12> kRanges = {{
       {0x0000, 0x001F},    // controls

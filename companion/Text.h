@@ -1,23 +1,20 @@
 #pragma once
 
-#include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
+
+#include "CoreFoundation/Unicode.h"
 
 namespace companion {
 
 // Texts that came from strangers, and how to show them. Pure functions.
 
-/// Takes one code point off the front of UTF-8 `text`. Where its bytes are ill-formed, takes one byte and
-/// gives nothing. `text` is not empty.
-std::optional<char32_t> takeCodePoint(std::string_view& text);
+using ios::isUTF8;
+using ios::takeCodePoint;
 
-bool isUtf8(std::string_view text);
-
-/// Whether a code point shows nothing of its own or changes how its neighbours are shown: controls, line
-/// breaks, changes of writing direction, blanks without width. (Joiners are not among them: scripts and emoji
-/// need them.)
+/// Whether a code point shows nothing of its own or changes how its neighbours are shown: controls,
+/// line breaks, changes of writing direction, blanks without width. (Joiners are not among them:
+/// scripts and emoji need them.)
 bool isInvisible(char32_t codePoint);
 
 /// "U+202E"
