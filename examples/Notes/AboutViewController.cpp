@@ -1,5 +1,7 @@
 #include "AboutViewController.h"
 
+#include <Tellvane/Tellvane.h>
+
 #include "CoreGraphics/CGContext.h"
 #include "Foundation/NSBundle.h"
 #include "Note.h"
@@ -40,6 +42,11 @@ std::string versionLine() {
 
 }  // namespace
 
+MethodList AboutViewController::methods() {
+  return {{"startOrStopRecording", &AboutViewController::startOrStopRecording},
+          {"followRecording", &AboutViewController::followRecording}};
+}
+
 AboutViewController::AboutViewController() {
   setTitle("About");
 }
@@ -66,19 +73,51 @@ void AboutViewController::viewDidLoad() {
   version_ = label(versionLine(), UIFont::systemFontOfSize(15), faintColor());
   hint_ = label("Something not right? Tap the screen three times, and tell us.", UIFont::systemFontOfSize(17),
                 inkColor());
+  recording_ = std::make_shared<RecordingRow>();
+  recording_->addTarget(shared_from_this(), "startOrStopRecording", UIControlEventTouchUpInside);
+  view()->addSubview(recording_);
+}
+
+void AboutViewController::viewDidAppear(bool animated) {
+  UIViewController::viewDidAppear(animated);
+  followRecording();
+  following_ =
+      NSTimer::scheduledTimerWithTimeInterval(0.25, shared_from_this(), "followRecording", nullptr, true);
+}
+
+void AboutViewController::viewWillDisappear(bool animated) {
+  UIViewController::viewWillDisappear(animated);
+  if (following_) following_->invalidate();
+}
+
+void AboutViewController::followRecording() {
+  recording_->setRecording(tellvane::CaptureScreenRecording::shared()->isRecording());
+}
+
+void AboutViewController::startOrStopRecording() {
+  const auto& recording = tellvane::CaptureScreenRecording::shared();
+  if (recording->isRecording()) {
+    recording->stopRecording();
+  } else {
+    recording->captureScreenRecording();
+  }
+  followRecording();
 }
 
 void AboutViewController::viewWillLayoutSubviews() {
   const CGSize size = view()->bounds().size;
-  // The hint goes below, or to the right where there is no room for that.
+  // The hint and the row go below, or to the right where there is no room for that.
   const bool upright = size.height > size.width;
   const CGFloat width = upright ? size.width : size.width / 2;
-  const CGFloat top = upright ? std::max(48.0, size.height / 2 - 190) : size.height / 2 - 89;
+  const CGFloat top = upright ? std::max(48.0, size.height / 2 - 210) : size.height / 2 - 89;
   pad_->setFrame(CGRectMake(width / 2 - 50, top, 100, 100));
   name_->setFrame(CGRectMake(20, top + 118, width - 40, 36));
   version_->setFrame(CGRectMake(20, top + 156, width - 40, 22));
   hint_->setFrame(upright ? CGRectMake(40, top + 206, width - 80, 66)
-                          : CGRectMake(width, size.height / 2 - 44, width - 40, 88));
+                          : CGRectMake(width, top + 8, width - 40, 88));
+  const CGFloat middle = upright ? width / 2 : width + (width - 40) / 2;
+  recording_->setFrame(CGRectMake(middle - RecordingRow::kWidth / 2, top + (upright ? 300 : 116),
+                                  RecordingRow::kWidth, RecordingRow::kHeight));
 }
 
 }  // namespace Notes

@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include <Tellvane/Tellvane.h>
 #include "AboutViewController.h"
 #include "Foundation/NSUserDefaults.h"
 #include "ListViewController.h"
@@ -7,7 +8,6 @@
 #include "UIKit/UINavigationController.h"
 #include "UIKit/UIScreen.h"
 #include "UIKit/UITabBarController.h"
-#include "front/Tellvane.h"
 
 namespace Notes {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Note.h"
-#include "UIKit/UIControl.h"
+#include "UIKit/UIButton.h"
 #include "UIKit/UILabel.h"
 #include "UIKit/UIViewController.h"
 

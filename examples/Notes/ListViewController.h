@@ -5,6 +5,7 @@
 
 #include "NoteRow.h"
 #include "NoteStore.h"
+#include "UIKit/UIButton.h"
 #include "UIKit/UIScrollView.h"
 #include "UIKit/UIViewController.h"
 
