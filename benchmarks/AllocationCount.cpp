@@ -22,7 +22,7 @@ void* __libc_realloc(void* block, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
 
-// The process's allocations come here, whichever image makes them.
+// These serve the allocations of every image of the process.
 void* malloc(std::size_t size) {
   return counted(__libc_malloc(size), size);
 }

@@ -2,10 +2,10 @@
 
 #include <cstddef>
 
-// Counts the process's heap blocks, by standing before the allocator in whatever program this is linked into.
-// Any thread.
+// Counts the process's heap blocks by replacing the allocation functions of the program it is linked
+// into. Any thread.
 
-/// Blocks that live now.
+/// The number of live blocks.
 long liveBlocks();
 /// From now on counts the requests for at least `size` bytes.
 void countAllocationsOf(std::size_t size);

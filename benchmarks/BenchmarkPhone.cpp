@@ -15,7 +15,7 @@
 
 using namespace ios;
 
-BenchmarkPhone::BenchmarkPhone(Time time) {
+BenchmarkPhone::BenchmarkPhone(Time time, const std::string& profile) {
   std::string name = (std::filesystem::temp_directory_path() / "benchmark-XXXXXX").string();
   folder_ = ::mkdtemp(name.data());
   const auto bundle = folder_ / "Applications" / "com.example.benchmark";
@@ -27,7 +27,7 @@ BenchmarkPhone::BenchmarkPhone(Time time) {
              .xml();
   if (time == Time::virtual_) Clock::shared().useVirtualTime();
   DeviceSettings settings;
-  settings.profile = "iPhone 6";
+  settings.profile = profile;
   Device::start({.root = folder_, .mainBundle = bundle, .bundleIdentifier = {}, .settings = settings});
   Device::current().setPermission("photos", Permission::authorized);
   Device::current().setPermission("microphone", Permission::authorized);
@@ -41,7 +41,8 @@ BenchmarkPhone::BenchmarkPhone(Time time) {
     label->setBackgroundColor(UIColor::colorWithRedGreenBlueAlpha(1 - row * 0.05, 0.6 + row * 0.03, 0.9, 1));
     root->view()->addSubview(label);
   }
-  window_ = std::make_shared<UIWindow>(CGRectMake(0, 0, 375, 667));
+  const CGSize size = Device::current().screenSize();
+  window_ = std::make_shared<UIWindow>(CGRectMake(0, 0, size.width, size.height));
   window_->setRootViewController(root);
   window_->makeKeyAndVisible();
   Clock::shared().runFor(std::chrono::seconds(1));

@@ -2,17 +2,17 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 #include "UIKit/UIWindow.h"
 
-/// A phone in virtual time (unless asked otherwise), 375 × 667 points at scale 2, on a folder of its own that
-/// goes with it; a host application is launched on it, with a screen that has texts and colours on it. One a
-/// process.
+/// A phone in virtual time (unless asked otherwise), an iPhone 6 (likewise), on a device folder that is deleted
+/// with it. A host application runs on it, showing texts and colours. One per process.
 class BenchmarkPhone {
  public:
   enum class Time { virtual_, real };
-  explicit BenchmarkPhone(Time time = Time::virtual_);
-  /// The one of a process in virtual time, for those that need no other.
+  explicit BenchmarkPhone(Time time = Time::virtual_, const std::string& profile = "iPhone 6");
+  /// The process's phone in virtual time, for benchmarks that need no other.
   static BenchmarkPhone& shared();
   ~BenchmarkPhone();
   BenchmarkPhone(const BenchmarkPhone&) = delete;

@@ -1,5 +1,4 @@
-// One submission to a serial queue, against one hand-over between two threads that a condition variable
-// makes.
+// One submission to a serial queue, against one hand-over between two threads by a condition variable.
 #include <benchmark/benchmark.h>
 
 #include <condition_variable>

@@ -38,7 +38,7 @@ ScrolledList::ScrolledList(const std::shared_ptr<UIWindow>& window)
 }
 
 void ScrolledList::moveTo(double seconds) {
-  // As one reads: resting at the turns, some four hundred points a second between them.
+  // At reading pace: resting at the turns, some four hundred points a second between them.
   constexpr double kWay = 600, kPeriod = 10;
   list_->setContentOffset({0, kWay * (1 - std::cos(2 * std::numbers::pi * seconds / kPeriod))});
 }

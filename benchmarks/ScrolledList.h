@@ -12,7 +12,7 @@ class ScrolledList : public ios::Subclass<ScrolledList, ios::NSObject> {
   explicit ScrolledList(const std::shared_ptr<ios::UIWindow>& window);
   static ios::MethodList methods() { return {{"refresh", &ScrolledList::refresh}}; }
 
-  /// To where it is after `seconds` of scrolling.
+  /// Moves the list to where it is after `seconds` of scrolling.
   void moveTo(double seconds);
   /// Scrolls at every refresh of the display from now on, or stops.
   void setScrolling(bool scrolling);

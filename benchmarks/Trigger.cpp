@@ -1,7 +1,7 @@
-// A trigger in production mode: all that it does is to be turned down.
+// A trigger in production mode, which is ignored.
 #include <benchmark/benchmark.h>
 
-#include "front/Tellvane.h"
+#include "Tellvane/Tellvane.h"
 #include "triggers/GestureListeners.h"
 
 namespace {

@@ -5,7 +5,7 @@
 int main(int count, char** arguments) {
   benchmark::Initialize(&count, arguments);
   if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 1;
-  // First of all: its clock is chosen before anything uses one, and the benchmarks come in any order.
+  // Created first: the clock must be chosen before anything uses it, and the benchmarks run in any order.
   BenchmarkPhone::shared();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

@@ -1,5 +1,5 @@
-// Whatever lies on the pasteboard: it is refused with one printable line, or it is a report that keeps every
-// promise and whose files say what was handed over.
+// Any content of the pasteboard is either refused with one printable line, or becomes a valid report whose
+// files match what was handed over.
 
 #include <algorithm>
 #include <cstddef>
@@ -51,7 +51,7 @@ void checkReport(const Report& report) {
   for (const std::string_view key : keys) {
     const auto found = report.record.find(std::string(key));
     require(found != report.record.end(), "the record lacks an entry");
-    require(found->second.size() <= 4096 && isUtf8(found->second), "a text is out of bounds");
+    require(found->second.size() <= 4096 && isUTF8(found->second), "a text is out of bounds");
   }
   require(entry(report.record, "oSFamily") == "iOS", "another system");
   require(report.changeCount >= 0, "a count below zero");

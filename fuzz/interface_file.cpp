@@ -1,5 +1,5 @@
-// Whatever lies in a bundle as an interface file: it is refused, or gives views that keep within the bounds
-// that layout and drawing rely on, and whose buttons may be tapped.
+// Any interface file in a bundle is either refused, or gives views within the bounds that layout and drawing
+// rely on, whose buttons can be tapped.
 
 #include <stdlib.h>
 
@@ -29,7 +29,7 @@ void require(bool condition, const char* what) {
   std::abort();
 }
 
-/// The screen that the corpus's files are of.
+/// The screen that the corpus's files describe.
 class Screen : public Subclass<Screen, UIViewController> {
  public:
   static MethodList methods() {
@@ -51,7 +51,7 @@ class Bundle {
     folder_ = ::mkdtemp(name.data());
     Clock::shared().useVirtualTime();
     DeviceSettings settings;
-    // Mirrored, so that there is that to go wrong too.
+    // Mirrored, so that mirroring is covered too.
     settings.languages = {"ar"};
     Device::start({.root = folder_, .mainBundle = folder_, .bundleIdentifier = {}, .settings = settings});
   }

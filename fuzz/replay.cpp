@@ -9,7 +9,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-/// Gives the fuzz target each file of a folder, and every beginning of the small ones.
+/// Runs the fuzz target on each file of a folder, and on every prefix of the small ones.
 int main(int count, char** arguments) {
   constexpr std::size_t kSmall = 2048;
   if (count != 2) {
@@ -23,7 +23,7 @@ int main(int count, char** arguments) {
     const std::string bytes(std::istreambuf_iterator<char>(file), {});
     std::fprintf(stderr, "%s\n", entry.path().filename().c_str());
     for (std::size_t size = bytes.size() <= kSmall ? 0 : bytes.size(); size <= bytes.size(); ++size) {
-      // A copy of exactly that size, so that a sanitizer sees a read beyond it.
+      // A copy of exactly that size, so that a sanitizer detects a read past its end.
       const std::vector<std::uint8_t> input(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
       LLVMFuzzerTestOneInput(input.data(), input.size());
     }

@@ -15,9 +15,9 @@
 #include "QuartzCore/CADisplayLink.h"
 #include "ScrolledList.h"
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
+#include "Tellvane/Tellvane.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIGraphics.h"
-#include "front/Tellvane.h"
 #include "recording/TLVCaptureScreenRecording.h"
 
 using namespace ios;
@@ -34,7 +34,7 @@ double processorSeconds() {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// For how long the main thread keeps a refresh of the display waiting, at most.
+/// The longest time that the main thread keeps a refresh of the display waiting.
 class Lateness : public Subclass<Lateness, NSObject> {
  public:
   static MethodList methods() { return {{"refresh", &Lateness::refresh}}; }

@@ -1,11 +1,11 @@
-// The pictures of a list: raw on standard output, or as a movie through the platform's writer, with the
-// processor time that converting, encoding and writing them took.
-//   measure_encode raw|movie scroll|still COUNT [MOVIE]
+// The pictures of a list, or of noise: raw on standard output, or as a movie through the platform's writer, with
+// the processor time that converting, encoding and writing them took.
+//   measure_encode raw|movie scroll|still|noise PROFILE COUNT [MOVIE]
 #include <time.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <random>
 #include <string>
 
 #include "AVFoundation/AVAssetWriter.h"
@@ -16,13 +16,13 @@
 #include "Dispatch/Queue.h"
 #include "ScrolledList.h"
 #include "UIKit/UIGraphics.h"
+#include "UIKit/UIScreen.h"
 #include "recording/WriterSettings.h"
 
 using namespace ios;
 
 namespace {
 
-constexpr std::size_t kWidth = 750, kHeight = 1334;
 constexpr double kBitRate = 0.6 * 1024 * 1024;
 
 double secondsOf(clockid_t clock) {
@@ -31,17 +31,49 @@ double secondsOf(clockid_t clock) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// Draws the window into `pixels`, as a recorder does.
-void drawWindow(UIWindow& window, void* pixels) {
-  const auto context =
-      CGBitmapContextCreate(pixels, kWidth, kHeight, 8, kWidth * 4, CGColorSpaceCreateDeviceRGB(),
-                            kCGBitmapByteOrder32Little | kCGImageAlphaPremultipliedFirst);
-  CGContextScaleCTM(context, 2, 2);
-  CGContextConcatCTM(context, {1, 0, 0, -1, 0, kHeight / 2.0});
-  UIGraphicsPushContext(context);
-  window.drawViewHierarchyInRectAfterScreenUpdates(window.bounds(), true);
-  UIGraphicsPopContext();
-}
+/// The screen of a phone, frame by frame.
+class Screen {
+ public:
+  Screen(const std::string& kind, const std::string& profile)
+      : kind_(kind),
+        phone_(BenchmarkPhone::Time::virtual_, profile),
+        list_(std::make_shared<ScrolledList>(phone_.window())) {}
+
+  CGSize pixels() const {
+    const CGFloat scale = UIScreen::mainScreen()->scale();
+    const CGSize size = phone_.window()->bounds().size;
+    return {size.width * scale, size.height * scale};
+  }
+
+  /// Into a buffer of that size, as a recorder does.
+  void draw(const CVPixelBufferRef& buffer, int frame) {
+    auto* pixels = static_cast<std::uint8_t*>(CVPixelBufferGetBaseAddress(buffer));
+    const std::size_t width = CVPixelBufferGetWidth(buffer), height = CVPixelBufferGetHeight(buffer);
+    if (kind_ == "noise") {
+      for (std::size_t at = 0; at < width * height * 4; at += 4) {
+        const std::uint32_t value = random_() * 2;  // 31 bits
+        for (int channel = 0; channel < 3; ++channel) pixels[at + channel] = value >> (24 - 8 * channel);
+      }
+      return;
+    }
+    if (kind_ == "scroll") list_->moveTo(frame / 30.0);
+    const auto context =
+        CGBitmapContextCreate(pixels, width, height, 8, width * 4, CGColorSpaceCreateDeviceRGB(),
+                              kCGBitmapByteOrder32Little | kCGImageAlphaPremultipliedFirst);
+    const CGFloat scale = UIScreen::mainScreen()->scale();
+    CGContextScaleCTM(context, scale, scale);
+    CGContextConcatCTM(context, {1, 0, 0, -1, 0, phone_.window()->bounds().size.height});
+    UIGraphicsPushContext(context);
+    phone_.window()->drawViewHierarchyInRectAfterScreenUpdates(phone_.window()->bounds(), true);
+    UIGraphicsPopContext();
+  }
+
+ private:
+  const std::string kind_;
+  BenchmarkPhone phone_;
+  const std::shared_ptr<ScrolledList> list_;
+  std::minstd_rand random_;
+};
 
 [[noreturn]] void fail(const char* what) {
   std::fprintf(stderr, "%s failed\n", what);
@@ -51,24 +83,23 @@ void drawWindow(UIWindow& window, void* pixels) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count < 4) fail("reading the arguments");
-  const bool movie = std::string(arguments[1]) == "movie", scrolls = std::string(arguments[2]) == "scroll";
-  const int frames = std::atoi(arguments[3]);
-  BenchmarkPhone phone;
-  const auto list = std::make_shared<ScrolledList>(phone.window());
+  if (count < 5) fail("reading the arguments");
+  const bool movie = std::string(arguments[1]) == "movie";
+  const int frames = std::atoi(arguments[4]);
+  Screen screen(arguments[2], arguments[3]);
 
   std::shared_ptr<AVAssetWriter> writer;
   std::shared_ptr<AVAssetWriterInput> input;
   std::shared_ptr<AVAssetWriterInputPixelBufferAdaptor> adaptor;
-  // A picture is encoded beside the drawing of the next: all that is spent counts, less the drawing.
+  // A picture is encoded while the next one is drawn, so the total less the drawing is counted.
   const double before = secondsOf(CLOCK_PROCESS_CPUTIME_ID);
   double drawing = 0;
   if (movie) {
     std::shared_ptr<NSError> error;
     writer =
-        AVAssetWriter::initWithURL(NSURL::fileURLWithPath(arguments[4]), AVFileTypeQuickTimeMovie, error);
+        AVAssetWriter::initWithURL(NSURL::fileURLWithPath(arguments[5]), AVFileTypeQuickTimeMovie, error);
     input = AVAssetWriterInput::initWithMediaType(AVMediaTypeVideo,
-                                                  tellvane::videoOutputSettings({kWidth, kHeight}, kBitRate));
+                                                  tellvane::videoOutputSettings(screen.pixels(), kBitRate));
     adaptor = AVAssetWriterInputPixelBufferAdaptor::initWithAssetWriterInput(input, std::nullopt);
     writer->addInput(input);
     if (!writer->startWriting()) fail("starting the movie");
@@ -76,18 +107,18 @@ int main(int count, char** arguments) {
   }
 
   CVPixelBufferPoolRef pool;
-  CVPixelBufferPoolCreate(nullptr, tellvane::pixelBufferAttributes({kWidth, kHeight}), pool);
+  CVPixelBufferPoolCreate(nullptr, tellvane::pixelBufferAttributes(screen.pixels()), pool);
   for (int frame = 0; frame < frames; ++frame) {
     CVPixelBufferRef buffer;
     CVPixelBufferPoolCreatePixelBuffer(pool, buffer);
     CVPixelBufferLockBaseAddress(buffer, 0);
     const double drawn = secondsOf(CLOCK_THREAD_CPUTIME_ID);
-    if (scrolls) list->moveTo(frame / 30.0);
-    drawWindow(*phone.window(), CVPixelBufferGetBaseAddress(buffer));
+    screen.draw(buffer, frame);
     drawing += secondsOf(CLOCK_THREAD_CPUTIME_ID) - drawn;
     if (movie) {
       if (!adaptor->appendPixelBuffer(buffer, CMTimeMake(frame * 1000 / 30, 1000))) fail("appending");
-    } else if (std::fwrite(CVPixelBufferGetBaseAddress(buffer), kWidth * 4, kHeight, stdout) != kHeight) {
+    } else if (std::fwrite(CVPixelBufferGetBaseAddress(buffer), CVPixelBufferGetBytesPerRow(buffer),
+                           CVPixelBufferGetHeight(buffer), stdout) != CVPixelBufferGetHeight(buffer)) {
       fail("writing");
     }
     CVPixelBufferUnlockBaseAddress(buffer, 0);

@@ -1,17 +1,17 @@
-// Heap blocks before and after an hour of a phone that lies idle, while the library puts its recognisers on
-// anew every ten seconds.
+// Heap blocks before and after an hour on an idle phone, while the library reinstalls its recognisers
+// every ten seconds.
 #include <chrono>
 #include <cstdio>
 
 #include "AllocationCount.h"
 #include "BenchmarkPhone.h"
 #include "DeviceClock/Clock.h"
-#include "front/Tellvane.h"
+#include "Tellvane/Tellvane.h"
 
 int main() {
   BenchmarkPhone phone;
   tellvane::Tellvane::instantiateSDK(true, false);
-  ios::Clock::shared().runFor(std::chrono::minutes(5));  // all that is made once has been made
+  ios::Clock::shared().runFor(std::chrono::minutes(5));  // everything that is created once exists by then
   const long before = liveBlocks();
   ios::Clock::shared().runFor(std::chrono::hours(1));
   const long growth = liveBlocks() - before;

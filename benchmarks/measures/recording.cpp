@@ -62,8 +62,8 @@ double secondsOf(int repetitions, Work&& work) {
   return (threadSeconds() - before) / repetitions;
 }
 
-/// Of the main thread for `work`, median of many. Between two frames of a recording an encoder has filled the
-/// caches with its own data, so what `work` reads and writes comes from memory here too.
+/// The main thread's time for `work`, the median of many runs. Between two frames of a recording an encoder
+/// has filled the caches with its own data, so what `work` reads and writes comes from memory here too.
 template <class Work>
 double secondsFromMemory(Work&& work) {
   std::vector<char> other(kCaches);

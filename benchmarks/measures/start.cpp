@@ -10,7 +10,7 @@
 #include <cstdio>
 
 #include "BenchmarkPhone.h"
-#include "front/Tellvane.h"
+#include "Tellvane/Tellvane.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ void count(std::atomic<int>& what) {
 
 }  // namespace
 
-// The process's calls come here first, whichever image makes them.
+// These intercept the calls of every image of the process.
 extern "C" {
 
 int open(const char* path, int flags, ...) {

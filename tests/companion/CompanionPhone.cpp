@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -17,17 +16,6 @@
 namespace companion_tests {
 
 namespace fs = std::filesystem;
-
-TemporaryFolder::TemporaryFolder() {
-  std::string pattern = (fs::temp_directory_path() / "companion-test-XXXXXX").string();
-  if (!::mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
-  path_ = fs::canonical(pattern);
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
-}
 
 Snapshot snapshot(const fs::path& folder) {
   Snapshot result;
@@ -66,7 +54,7 @@ ios::Bytes bytesOf(const std::string& text) {
 }
 
 Ended run(const Program& program) {
-  const TemporaryFolder folder;
+  const ScratchFolder folder;
   const fs::path out = folder.path() / "out", err = folder.path() / "err";
   std::vector<std::string> texts = program.arguments;
   std::vector<char*> arguments;
@@ -77,10 +65,8 @@ Ended run(const Program& program) {
     for (const auto& [name, value] : program.variables) ::setenv(name.c_str(), value.c_str(), 1);
     if (!std::freopen(out.c_str(), "w", stdout) || !std::freopen(err.c_str(), "w", stderr)) ::_exit(126);
     if (program.longestFile) {
-      const rlimit limit{*program.longestFile, *program.longestFile}, noCore{0, 0};
+      const rlimit limit{*program.longestFile, *program.longestFile};
       ::setrlimit(RLIMIT_FSIZE, &limit);
-      ::setrlimit(RLIMIT_CORE, &noCore);
-      std::signal(SIGXFSZ, program.outliveTheLimit ? SIG_IGN : SIG_DFL);
     }
     ::execv(arguments[0], arguments.data());
     ::_exit(127);

@@ -10,20 +10,11 @@
 
 #include "CoreFoundation/PropertyList.h"
 #include "companion/Report.h"
+#include "support/ScratchFolder.h"
 
 namespace companion_tests {
 
-/// A folder of its own for one test; gone with it.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
+using testing_support::ScratchFolder;
 
 /// All that is below a folder: path → bytes of a file, "→ target" of a link, "folder", or "other".
 using Snapshot = std::map<std::string, std::string>;
@@ -41,9 +32,8 @@ struct Ended {
 struct Program {
   std::vector<std::string> arguments;
   std::map<std::string, std::string> variables;
-  /// The longest file it may write; longer ones end it, or fail when `outliveTheLimit`.
+  /// The longest file it may write.
   std::optional<rlim_t> longestFile;
-  bool outliveTheLimit = false;
 };
 Ended run(const Program& program);
 
@@ -60,7 +50,7 @@ class CompanionPhone {
   Ended open() const { return run(program()); }
 
  private:
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
 };
 
 // --- Hand-offs

@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 
 #include "CompanionPhone.h"
 #include "Device/Device.h"
+#include "companion/Inbox.h"
 
 namespace companion_tests {
 namespace {
@@ -53,19 +56,25 @@ TEST(Companion, KeepsEachKindOfHandOffAsItCame) {
   }
 }
 
-// The kernel ends the process at the first byte beyond the limit: inside the image, with the record written.
+// The process ends before the image, with the record written.
 TEST(Companion, KilledHalfwayLeavesNothingHalf) {
   const CompanionPhone phone;
   write(phone.pasteboard(), pasteboardOf({imageItem()}));
   ASSERT_EQ(phone.open().status, 0);
   const Snapshot before = snapshot(phone.inbox());
 
-  ios::NSDictionary larger = imageItem();
-  larger["imageData"] = jpeg(1500, 1500);
-  write(phone.pasteboard(), pasteboardOf({larger}, 2));
-  Program program = phone.program();
-  program.longestFile = larger["imageData"].data()->size() / 2;
-  EXPECT_EQ(run(program).status, 128 + SIGXFSZ);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    companion::Folder::setFault([](const std::string&, const fs::path& path) {
+      if (path.filename() == "image.jpg") ::raise(SIGKILL);
+      return 0;
+    });
+    static_cast<void>(companion::Inbox(phone.home()).file(report("Late", 2), std::chrono::sys_seconds()));
+    ::_exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status));
   EXPECT_FALSE(snapshot(phone.inbox()) == before) << "it should have died with a report under way";
 
   write(phone.pasteboard(), pasteboardOf({}));
@@ -82,7 +91,6 @@ TEST(Companion, SaysThatTheDiskRefused) {
   write(phone.pasteboard(), pasteboardOf({imageItem()}, 2));
   Program program = phone.program();
   program.longestFile = 1000;
-  program.outliveTheLimit = true;
   const Ended ended = run(program);
   EXPECT_EQ(ended.status, 2);
   EXPECT_NE(ended.err.find("the report could not be kept: could not write Containers/"), std::string::npos)
@@ -100,7 +108,7 @@ TEST(Companion, SaysThatTheDiskRefused) {
 // The whole way: installed on a device, found by the URL's scheme, launched by the device at its own time.
 TEST(Companion, IsLaunchedThroughItsURL) {
   ios::Clock::shared().useVirtualTime();
-  const TemporaryFolder folder;
+  const ScratchFolder folder;
   ios::Device::Options options;
   options.root = folder.path();
   options.bundleIdentifier = "com.example.host";

@@ -51,7 +51,7 @@ class InboxTest : public testing::Test {
     EXPECT_EQ(listed(index), reports);
   }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
   const fs::path home_ = folder_.path() / "home", documents_ = home_ / "Documents",
                  inbox_ = documents_ / "inbox";
   const fs::path outside_ = folder_.path() / "outside";
@@ -185,8 +185,8 @@ TEST_F(InboxTest, NeverFollowsALinkOutOfIt) {
   }
 }
 
-// A person, or a fault, may have left anything in the inbox; none of it stops the next report or harms the
-// index.
+// A person, or a fault, may have left anything in the inbox; none of it stops the next
+// report or harms the index.
 TEST_F(InboxTest, GetsOnWithWhateverIsInIt) {
   ASSERT_EQ(file(report("List", 1)), kFirst);
   const auto place = [&](const std::string& path, const std::string& text) {

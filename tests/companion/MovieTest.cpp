@@ -164,7 +164,7 @@ TEST(CompanionMovie, IsWaitedForWhileAnotherProcessHoldsTheLibrary) {
 
 // As with every other file of a report: whole or not at all, whichever operation of the disk fails.
 TEST(CompanionMovie, IsThereWholeOrTheReportIsNot) {
-  const TemporaryFolder folder;
+  const ScratchFolder folder;
   const fs::path home = folder.path() / "home", source = folder.path() / "movie.mov";
   write(source, ios::Bytes(300'000, 7));
   fs::create_directories(home);

@@ -57,11 +57,11 @@ std::vector<Row> pasteboardRows() {
   // The trailer's count of objects, eight bytes big-endian, 24 before the end.
   std::fill_n(manyObjects.end() - 24, 8, std::uint8_t{0x7F});
   return {
-      {"NoBytes", {}, "no binary property list"},
-      {"Prose", bytesOf("bplist, or so it says"), "no binary property list"},
+      {"NoBytes", {}, "not a binary property list"},
+      {"Prose", bytesOf("bplist, or so it says"), "not a binary property list"},
       {"HeaderAlone", bytesOf("bplist00"), "the pasteboard is a binary property list cut short"},
       {"XML", bytesOf(PropertyList(NSDictionary{{"changeCount", 1}, {"items", NSArray{imageItem()}}}).xml()),
-       "no binary property list"},
+       "not a binary property list"},
       {"CutOff", cut(good, 40), "the pasteboard is a binary property list with a damaged trailer"},
       {"HugeCountOfObjects", manyObjects, "the pasteboard is a binary property list with a damaged trailer"},
       {"RootIsArray", PropertyList(NSArray{1, 2}).binary(), "no count of changes"},
@@ -72,7 +72,7 @@ std::vector<Row> pasteboardRows() {
        "no list of items"},
       {"Cleared", pasteboardOf({}), "the pasteboard is empty"},
       {"TwoItems", pasteboardOf({imageItem(), imageItem()}), "2 items instead of one"},
-      {"ItemIsText", pasteboardOf({"imageData"}), "no set of representations"},
+      {"ItemIsText", pasteboardOf({"imageData"}), "not a set of representations"},
   };
 }
 
@@ -115,7 +115,7 @@ std::vector<Row> archiveRows() {
       archive("CutArchive", cut(good, 60),
               "the archive in \"dictionaryInApp\" is a binary property list with a damaged trailer"),
       archive("PlainPropertyList", PropertyList(dictionaryOf(imageRecord())).binary(),
-              "the archive in \"dictionaryInApp\" is no keyed archive"),
+              "the archive in \"dictionaryInApp\" is not a keyed archive"),
       archive("RefersToItself", archiveOfObjects(objects({UID{3}}, {UID{1}})),
               "the archive in \"dictionaryInApp\" holds an object that contains itself"),
       archive("RefersBeyondTheEnd", archiveOfObjects(objects({UID{3}}, {UID{4'000'000'000}})),
@@ -182,7 +182,7 @@ void expectRefusals(const std::vector<Row>& rows) {
   }
 }
 
-TEST(Refusal, OfPasteboardsThatAreNone) {
+TEST(Refusal, OfFilesThatAreNotAPasteboard) {
   expectRefusals(pasteboardRows());
 }
 TEST(Refusal, OfTypesThatAreNotThoseOfAHandOff) {
@@ -191,7 +191,7 @@ TEST(Refusal, OfTypesThatAreNotThoseOfAHandOff) {
 TEST(Refusal, OfHostileArchivesAndForeignRecords) {
   expectRefusals(archiveRows());
 }
-TEST(Refusal, OfImagesThatAreNone) {
+TEST(Refusal, OfImagesThatCannotBeDecoded) {
   expectRefusals(imageRows());
 }
 
@@ -203,8 +203,8 @@ TEST(PasteboardFile, MustBeAFileOfBoundedSize) {
     const char* reason;
   } rows[] = {
       {"nothing", [](const auto&) {}, "the pasteboard is empty"},
-      {"a folder", [](const auto& path) { std::filesystem::create_directory(path); }, "no file"},
-      {"a pipe", [](const auto& path) { ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0); }, "no file"},
+      {"a folder", [](const auto& path) { std::filesystem::create_directory(path); }, "not a file"},
+      {"a pipe", [](const auto& path) { ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0); }, "not a file"},
       {"a link into nowhere", [](const auto& path) { std::filesystem::create_symlink("gone", path); },
        "is empty"},
       {"a file of 80 MiB",

@@ -2,14 +2,15 @@
 
 #include <random>
 
+#include "Tellvane/TLVManager.h"
+#include "Tellvane/Tellvane.h"
 #include "UIKit/UIAlertController.h"
 #include "UIKit/UINavigationController.h"
 #include "UIKit/UIPasteboard.h"
 #include "UIKit/UIPopoverPresentationController.h"
 #include "front/ScreenName.h"
-#include "front/TLVManager.h"
-#include "front/Tellvane.h"
 #include "media/CaptureScreenshot.h"
+#include "recording/TLVCaptureScreenRecording.h"
 #include "support/TestPhone.h"
 #include "triggers/UIApplication+TopViewController.h"
 
@@ -49,7 +50,7 @@ TEST(CaptureMenu, OffersThreeActionsOverAnImageTakenBefore) {
   phone.runFor(1);
   const auto sheet = sheetOnTop();
   ASSERT_TRUE(sheet);
-  EXPECT_EQ("Options", sheet->alertTitle());
+  EXPECT_EQ("Options", sheet->title());
   EXPECT_EQ(std::nullopt, sheet->message());
   EXPECT_EQ(UIAlertControllerStyle::actionSheet, sheet->preferredStyle());
   std::vector<std::pair<std::string, UIAlertActionStyle>> actions;
@@ -231,6 +232,37 @@ TEST(CaptureMenu, OpensOnANewWindowWhenTheOldOneWasPutAwayWithItsSheet) {
   ASSERT_TRUE(sheetOnTop());
   EXPECT_NE(first, sheetOnTop());
   EXPECT_EQ(next, sheetOnTop()->view()->window());
+}
+
+// Only the sheet counts as the library's own screen: its alerts are captured as any screen is.
+TEST(CaptureMenu, OpensOverTheLibrarysAlerts) {
+  const struct {
+    const char *choice, *title;
+  } rows[] = {{"Capture Screen", "Install Tellvane"}, {"Capture Screen Recording", "Access to Photos"}};
+  TestPhone phone;
+  phone.device().setPermission("photos", Permission::denied);
+  const auto root = std::make_shared<UIViewController>();
+  startWith(phone, root);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    phone.device().input().shake();
+    phone.runFor(1);
+    EXPECT_TRUE(phone.tapText(row.choice));
+    phone.runFor(1);
+    if (TLVCaptureScreenRecording::shared()->isRecording()) phone.device().input().shake();
+    phone.runFor(4);
+    ASSERT_TRUE(phone.shows(row.title));
+    const auto alert = sheetOnTop();
+    const auto image = CaptureScreenshot::shared()->getSavedScreenshot();
+    phone.device().input().shake();
+    phone.runFor(1);
+    ASSERT_TRUE(phone.shows("Options"));
+    EXPECT_EQ(alert, sheetOnTop()->presentingViewController());
+    EXPECT_NE(image, CaptureScreenshot::shared()->getSavedScreenshot());
+    EXPECT_EQ("UIAlertController", TLVManager::shared()->currentScreen());
+    root->dismissViewControllerAnimated(false);
+    phone.runFor(1);
+  }
 }
 
 TEST(CaptureMenu, OpensWhileTheHostIsMidAnimation) {

@@ -1,15 +1,18 @@
 #include <gtest/gtest.h>
 
 #include "DeviceClock/Clock.h"
+#include "Dispatch/Queue.h"
 #include "Foundation/NSNotificationCenter.h"
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
+#include "Tellvane/TLVManager.h"
+#include "Tellvane/TLVNotifications.h"
+#include "Tellvane/Tellvane.h"
+#include "UIKit/UIAlertController.h"
 #include "UIKit/UIPasteboard.h"
-#include "front/TLVManager.h"
-#include "front/Tellvane.h"
 #include "info/TLVConstants.h"
-#include "info/TLVNotifications.h"
 #include "media/CaptureScreenshot.h"
 #include "support/TestPhone.h"
+#include "triggers/UIApplication+TopViewController.h"
 
 using namespace tellvane;
 using testing_support::Console;
@@ -132,6 +135,13 @@ TEST(Handoff, WithoutTheCompanionOffersItsStorePage) {
   EXPECT_TRUE(items().empty());
   ASSERT_TRUE(phone.shows("Install Tellvane"));
   EXPECT_TRUE(phone.shows("Looks like you don't have Tellvane installed"));
+  const auto alert = std::dynamic_pointer_cast<UIAlertController>(topViewController());
+  ASSERT_TRUE(alert);
+  EXPECT_EQ(UIAlertControllerStyle::alert, alert->preferredStyle());
+  ASSERT_EQ(2u, alert->actions().size());
+  EXPECT_EQ(UIAlertActionStyle::default_, alert->actions()[0]->style());
+  EXPECT_EQ("Cancel", alert->actions()[1]->title());
+  EXPECT_EQ(UIAlertActionStyle::destructive, alert->actions()[1]->style());
   EXPECT_TRUE(phone.tapText("Install"));
   phone.runFor(1);
   EXPECT_EQ(TLV_STORE_PAGE, UIApplication::sharedApplication()->front());
@@ -156,21 +166,62 @@ TEST(Handoff, TwiceWithinThreeSecondsIsCheckedTwiceAndTheFirstCheckClearsTheSeco
   const auto center = NSNotificationCenter::defaultCenter();
   center->postNotificationName(TLV_SCREEN_RECORD, nullptr, NSDictionary{{"assetId", "first"}});
   phone.runFor(2);
-  center->postNotificationName(TLV_SCREEN_RECORD, nullptr, NSDictionary{{"assetId", "second"}});
-  EXPECT_EQ(1u, items().size());
+  // A host may post on any thread.
+  dispatch_async(dispatch_queue_create("host"), [center] {
+    center->postNotificationName(TLV_SCREEN_RECORD, nullptr, NSDictionary{{"assetId", "second"}});
+  });
+  phone.runFor(0);
+  ASSERT_EQ(1u, items().size());
+  EXPECT_NE(std::string::npos, readByPython(phone, *items()[0].at("TLVScreenVideoDetails")).find("second"));
   phone.runFor(1.1);
   EXPECT_TRUE(items().empty());
   EXPECT_EQ(1, console.count("<TLV Log> : Redirect to App Store"));
   phone.runFor(2);
   EXPECT_EQ(2, console.count("<TLV Log> : Redirect to App Store"));
-  EXPECT_TRUE(phone.shows("Install Tellvane"));
+  phone.runFor(1);  // the second one is still coming in
+  for (const char* alert : {"second", "first"}) {
+    EXPECT_TRUE(phone.shows("Install Tellvane")) << alert;
+    EXPECT_TRUE(phone.tapText("Cancel")) << alert;
+    phone.runFor(1);
+  }
+  EXPECT_FALSE(phone.shows("Install Tellvane"));
 }
 
-// The host must outlive a device that cannot be written: the hand-off fails, the alert still comes.
+TEST(Handoff, WithNoScreenLeftStillClearsThePasteboard) {
+  TestPhone phone;
+  start(phone);
+  captureTheScreen(phone);
+  UIApplication::sharedApplication()->keyWindow()->setRootViewController(nullptr);
+  phone.runFor(4);
+  EXPECT_TRUE(items().empty());
+  EXPECT_TRUE(phone.texts().empty());
+}
+
+// The companion would come in front of whatever the user went to.
+TEST(Handoff, IsDroppedWhenTheUserLeavesWhileTheSheetCloses) {
+  TestPhone phone;
+  phone.installApplication(kCompanion, "tellvane", "true");
+  start(phone);
+  phone.device().input().shake();
+  phone.runFor(1);
+  ASSERT_TRUE(phone.tapText("Capture Screen"));
+  UIApplication::sharedApplication()->moveToBackground("home");
+  phone.runFor(5);
+  EXPECT_EQ("home", UIApplication::sharedApplication()->front());
+  EXPECT_EQ(0, UIPasteboard::generalPasteboard()->changeCount());
+}
+
+// The host must outlive a device that cannot be written: the hand-off fails, the alert still comes. What was
+// handed over before goes all the same.
 TEST(Handoff, OnAFullDeviceKeepsTheHostAlive) {
   TestPhone phone;
   start(phone);
+  captureTheScreen(phone);
   setDiskFault([](const std::string&, const std::filesystem::path&) { return ENOSPC; });
+  phone.runFor(4);
+  EXPECT_TRUE(items().empty());
+  EXPECT_TRUE(phone.tapText("Cancel"));
+  phone.runFor(1);
   Console console;
   phone.device().input().shake();
   phone.runFor(1);

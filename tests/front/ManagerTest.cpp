@@ -7,8 +7,8 @@
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Semaphore.h"
 #include "Foundation/NSNotificationCenter.h"
-#include "front/TLVManager.h"
-#include "front/Tellvane.h"
+#include "Tellvane/TLVManager.h"
+#include "Tellvane/Tellvane.h"
 #include "support/TestPhone.h"
 
 using namespace tellvane;
@@ -69,6 +69,7 @@ TEST(RunOnMainThread, RunsInlineThereAndWaitsFromElsewhere) {
   dispatch_async(dispatch_get_main_queue(), [&] { queuedFirst = true; });
   TLVManager::runOnMainThread([&] { ran = !queuedFirst; });
   EXPECT_TRUE(ran) << "not through the queue";
+  TLVManager::runOnMainThread(nullptr);
 
   std::atomic<int> step = 0;
   dispatch_async(dispatch_queue_create("worker"), [&] {
@@ -77,6 +78,7 @@ TEST(RunOnMainThread, RunsInlineThereAndWaitsFromElsewhere) {
       step = 1;
     });
     EXPECT_EQ(1, step) << "returned before the closure had run";
+    TLVManager::runOnMainThread(nullptr);
     step = 2;
   });
   phone.runFor(0);

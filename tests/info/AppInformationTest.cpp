@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "Tellvane/UIDevice+Tellvane.h"
 #include "UIKit/UIDevice.h"
 #include "info/TLVConstants.h"
-#include "info/UIDevice+Tellvane.h"
 #include "support/TestPhone.h"
 
 using namespace tellvane;
@@ -50,7 +50,7 @@ TEST(DeviceModel, ComesFromTheMachineFieldAndSurvivesBytesThatAreNoText) {
       {"\xE2\x82", "\uFFFD"},                          // cut off
       {"\xC0\xAF", "\uFFFD\uFFFD"},                    // overlong
       {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},          // a surrogate
-      {"\xF0\x9F\x98\x80\xF5", "\U0001F600\uFFFD"},    // a good one, then a lead that is none
+      {"\xF0\x9F\x98\x80\xF5", "\U0001F600\uFFFD"},    // a valid sequence, then an invalid lead
       {std::string(300, 'x'), std::string(255, 'x')},  // the field ends with a NUL
   };
   for (const auto& row : rows) {
@@ -60,16 +60,23 @@ TEST(DeviceModel, ComesFromTheMachineFieldAndSurvivesBytesThatAreNoText) {
   }
 }
 
+TEST(DeviceInformation, NamesTheFamily) {
+  TestPhone phone({.profile = "iPad Air 2"});
+  EXPECT_EQ("iPad", deviceFamily(*UIDevice::currentDevice()));
+}
+
 TEST(DeviceInformation, FollowsTheWayTheDeviceIsHeld) {
   TestPhone phone;
+  EXPECT_EQ("iPhone", deviceFamily(*UIDevice::currentDevice()));
   EXPECT_EQ("750.00 x 1334.00", DEVICE_RESOLUTION());
   phone.device().changeSettings([](DeviceSettings& settings) { settings.orientation = 3; });
   EXPECT_EQ("1334.00 x 750.00", DEVICE_RESOLUTION());
   EXPECT_EQ("Landscape Left", deviceOrientationString(*UIDevice::currentDevice()));
-  EXPECT_EQ("Unknown", orientationName(0));
-  EXPECT_EQ("Face Down", orientationName(6));
-  EXPECT_EQ("Portrait", orientationName(7));
-  EXPECT_EQ("Portrait", orientationName(-1));
+  const std::pair<long, const char*> names[] = {
+      {-1, "Portrait"},      {0, "Unknown"},         {1, "Portrait"}, {2, "Portrait Upside Down"},
+      {3, "Landscape Left"}, {4, "Landscape Right"}, {5, "Face Up"},  {6, "Face Down"},
+      {7, "Portrait"}};
+  for (const auto& [orientation, name] : names) EXPECT_EQ(name, orientationName(orientation));
 }
 
 TEST(DeviceInformation, TheLanguageIsReadAfreshAndHasAFallback) {

@@ -5,7 +5,7 @@
 #include <array>
 #include <thread>
 
-#include "front/TLVManager.h"
+#include "Tellvane/TLVManager.h"
 #include "info/printTLV.h"
 #include "support/TestPhone.h"
 
@@ -29,6 +29,10 @@ TEST(Log, JoinsTheItemsBehindThePrefix) {
   printTLV("one item");
   printTLV(LogLayout{.separator = "-"}, "a", 1);
   printTLV("numbers", 1.0, 0.1, true, std::size_t{7});
+  printTLV(100000.0, -1e21, 1e-7, 0.1f);
+  const int target = 0;
+  const int* const pointers[] = {nullptr, &target};
+  printTLV(pointers[0], static_cast<const char*>(nullptr), logText(pointers[1]).substr(0, 2));
   printTLV("error : ", std::shared_ptr<NSError>());
   printTLV(std::optional<std::string>("x"));
   printTLV(LogLayout{.terminator = ""}, "no end");
@@ -37,6 +41,8 @@ TEST(Log, JoinsTheItemsBehindThePrefix) {
       "<TLV Log> : one item\n"
       "<TLV Log> : a-1\n"
       "<TLV Log> : numbers 1.0 0.1 true 7\n"
+      "<TLV Log> : 100000.0 -1000000000000000000000.0 0.0000001 0.1\n"
+      "<TLV Log> : nil nil 0x\n"
       "<TLV Log> : error :  nil\n"
       "<TLV Log> : Optional(x)\n"
       "<TLV Log> : no end",

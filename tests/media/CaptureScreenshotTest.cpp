@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "CoreGraphics/CGImage.h"
 #include "UIKit/UIColor.h"
+#include "UIKit/UIImageView.h"
 #include "UIKit/UINavigationController.h"
 #include "UIKit/UITabBarController.h"
+#include "ground/Switches.h"
 #include "support/TestPhone.h"
 
 using namespace tellvane;
@@ -16,6 +20,17 @@ namespace {
 
 std::shared_ptr<NSData> dataOf(std::size_t size) {
   return std::make_shared<NSData>(Bytes(size));
+}
+
+/// As large as the screen.
+std::shared_ptr<UIImage> noiseImage() {
+  constexpr std::size_t kWidth = 750, kHeight = 1334;
+  const std::shared_ptr<std::uint8_t[]> pixels(new std::uint8_t[kWidth * kHeight * 4]);
+  std::mt19937 random(1);
+  for (std::size_t i = 0; i < kWidth * kHeight * 4; ++i) {
+    pixels[i] = i % 4 == 3 ? 0xFF : static_cast<std::uint8_t>(random());
+  }
+  return std::make_shared<UIImage>(std::make_shared<CGImage>(pixels, kWidth, kHeight, kWidth * 4, true), 2);
 }
 
 /// The qualities asked for when every encoding is too large.
@@ -74,11 +89,13 @@ TEST(Screenshot, ShowsThePixelsOfTheScreenToAnyJpegReader) {
   window->rootViewController()->view()->addSubview(corner);
 
   Console console;
+  setDebugMode(false);  // the line with the size is written all the same
   const auto grabber = CaptureScreenshot::shared();
   EXPECT_EQ(nullptr, grabber->getSavedScreenshot());
   grabber->saveCurrentScreenshot();
   const auto image = grabber->getSavedScreenshot();
   ASSERT_TRUE(image);
+  EXPECT_EQ(image, send<std::shared_ptr<NSData>>(*grabber, "getSavedScreenshot"));
   EXPECT_EQ("newImage: " + std::to_string(image->length() / 1024) + "\n", console.text());
 
   const auto jpeg = testing_support::fileWith(phone.folder(), "screen.jpg", image->bytes());
@@ -96,12 +113,37 @@ TEST(Screenshot, ShowsThePixelsOfTheScreenToAnyJpegReader) {
   EXPECT_TRUE(near({0x33, 0x66, 0xCC}, pixel(500, 1000)));
 }
 
+// Noise hardly compresses: a screen full of it exceeds the limit at full quality, part of a screen does not.
+TEST(Screenshot, IsSharpAsLongAsItHasNoMoreThanTwoMebibytes) {
+  const struct {
+    const char* what;
+    CGFloat height;
+    std::size_t least;
+  } rows[] = {{"within the limit at full quality", 300, 1 << 20}, {"beyond it", 667, 1 << 19}};
+  TestPhone phone;
+  for (const auto& row : rows) {
+    const auto window = phone.show();
+    const auto noise = std::make_shared<UIImageView>(noiseImage());
+    noise->setFrame(CGRectMake(0, 0, 375, 667));
+    window->rootViewController()->view()->addSubview(noise);
+    const auto cover = std::make_shared<UIView>(CGRectMake(0, row.height, 375, 667));
+    cover->setBackgroundColor(UIColor::whiteColor());
+    window->rootViewController()->view()->addSubview(cover);
+    CaptureScreenshot::shared()->saveCurrentScreenshot();
+    const auto size = CaptureScreenshot::shared()->getSavedScreenshot()->length();
+    EXPECT_GT(size, row.least) << row.what;
+    EXPECT_LE(size, std::size_t{2 << 20}) << row.what;
+  }
+}
+
 TEST(Screenshot, WaitsForPendingChangesAndReplacesTheEarlierImage) {
   TestPhone phone;
   const auto grabber = CaptureScreenshot::shared();
   const auto window = phone.show();
+  phone.runFor(1.005);  // between two refreshes of the display
   grabber->saveCurrentScreenshot();
   const auto first = grabber->getSavedScreenshot();
+  phone.runFor(0.005);  // the display has yet to show what comes
   window->rootViewController()->view()->setBackgroundColor(UIColor::blackColor());
   grabber->saveCurrentScreenshot();
   const auto second = grabber->getSavedScreenshot();

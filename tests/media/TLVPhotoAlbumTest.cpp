@@ -9,7 +9,7 @@
 #include "Photos/PHAssetChangeRequest.h"
 #include "Photos/PHAssetCollectionChangeRequest.h"
 #include "Photos/PHPhotoLibrary.h"
-#include "front/TLVManager.h"
+#include "Tellvane/TLVManager.h"
 #include "support/SampleMovie.h"
 #include "support/TestPhone.h"
 
@@ -27,7 +27,7 @@ class Album : public TestPhone {
   Album() { movie = sampleMovie(folder() / "movie.mov"); }
 
   void allow(Permission permission) const { device().setPermission("photos", permission); }
-  /// Whoever is asked answers so, after a second, on a thread of their own.
+  /// The user answers like this, a second after being asked, on another thread.
   void answer(bool granted) {
     setPermissionPresenter([this, granted](const PermissionQuestion& question, auto reply) {
       questions.push_back(question.service);

@@ -9,8 +9,8 @@
 #include "Dispatch/Semaphore.h"
 #include "Photos/PHPhotoLibrary.h"
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
+#include "Tellvane/Tellvane.h"
 #include "UIKit/UIApplication.h"
-#include "front/Tellvane.h"
 #include "info/TLVConstants.h"
 #include "support/MovieProbe.h"
 #include "support/TestPhone.h"
@@ -22,6 +22,8 @@ namespace {
 using testing_support::Console;
 using testing_support::MovieProbe;
 using testing_support::TestPhone;
+
+class AnotherScreen : public UIViewController {};
 
 /// A phone on which the library runs in debug mode and may use the photo library.
 class SessionPhone : public TestPhone {
@@ -63,9 +65,12 @@ TEST(RecordingSession, GoesFromTriggerToTriggerToTheConfirmationScreen) {
   Console console;
   phone.startThroughTheSheet();
   EXPECT_TRUE(phone.isRecording());
+  const auto root = UIApplication::sharedApplication()->keyWindow()->rootViewController();
+  root->presentViewController(std::make_shared<AnotherScreen>(), true);
   phone.runFor(2);
   phone.tap({180, 300}, 3);
   EXPECT_FALSE(phone.isRecording());
+  EXPECT_EQ("UIViewController", TLVManager::shared()->currentScreen()) << "where the recording was begun";
   phone.runFor(1);
   EXPECT_EQ(
       "<TLV Log> : Capture Screen recording selected\n<TLV Log> : Screen recording started\n"
@@ -226,6 +231,36 @@ TEST(RecordingSession, TheNextOneMayEndWhileTheLastIsBeingSaved) {
   EXPECT_TRUE(std::filesystem::is_empty(temporary));
 }
 
+// Home may come while the sheet closes, or while the user is being asked for the microphone.
+TEST(RecordingSession, IsNotStartedWhereNobodySeesIt) {
+  std::vector<std::function<void(bool)>> questions;
+  setPermissionPresenter([&](const PermissionQuestion&, std::function<void(bool)> answer) {
+    questions.push_back(std::move(answer));
+  });
+  Microphone::shared().setSound(Microphone::Tone{});
+  SessionPhone phone(true);
+  Console console;
+  const auto application = UIApplication::sharedApplication();
+  for (const double leavesAfter : {0.0, 1.0}) {
+    SCOPED_TRACE(leavesAfter);
+    phone.device().input().shake();
+    phone.runFor(1);
+    EXPECT_TRUE(phone.tapText("Capture Screen Recording"));
+    phone.runFor(leavesAfter);
+    application->moveToBackground("home");
+    phone.runFor(1);
+    EXPECT_EQ(leavesAfter > 0, questions.size() == 1);
+    for (const auto& answer : questions) answer(true);
+    phone.runFor(1);
+    EXPECT_FALSE(phone.isRecording());
+    EXPECT_EQ(0, console.count("<TLV Log> : Screen recording started"));
+    application->moveToForeground();
+    phone.runFor(1);
+  }
+  phone.startThroughTheSheet();
+  EXPECT_TRUE(phone.isRecording()) << "the next one is not affected";
+}
+
 TEST(RecordingSession, IsStartedOnceWhileTheUserIsAskedForTheMicrophone) {
   std::vector<std::function<void(bool)>> questions;
   setPermissionPresenter([&](const PermissionQuestion&, std::function<void(bool)> answer) {
@@ -277,6 +312,22 @@ TEST(RecordingSession, TriggersWorkAgainAfterTheConfirmationScreen) {
       if (phone.tapText("Cancel")) phone.runFor(1);  // the offer to install the companion
     }
   }
+}
+
+TEST(RecordingSession, AsksNothingAboutAMovieThatCouldNotBeSaved) {
+  SessionPhone phone;
+  phone.startThroughTheSheet();
+  phone.runFor(1);
+  setDiskFault([](const std::string& operation, const std::filesystem::path&) {
+    return operation == "write" ? ENOSPC : 0;
+  });
+  Console console;
+  TLVCaptureScreenRecording::shared()->stopRecording();
+  phone.runFor(2);
+  setDiskFault(nullptr);
+  EXPECT_EQ(1, console.count("<TLV Log> : Screen recording ended"));
+  EXPECT_TRUE(phone.movies().empty());
+  EXPECT_FALSE(phone.confirmation());
 }
 
 TEST(RecordingSession, WithoutAControllerKeepsTheMovieAndShowsNothing) {

@@ -59,12 +59,14 @@ TEST(RecordedSound, ThatComesLateLeavesAPlayableMovie) {
   RecordingPhone phone(withMicrophone());
   Microphone::shared().setDelay(500ms);
   ASSERT_TRUE(phone.start());
+  const double arrival = phone.now() + 0.5;
   phone.runFor(2);
   EXPECT_EQ(1, phone.stop());
   ASSERT_TRUE(phone.savedAs());
   const auto times = phone.movie().times('v');
   ASSERT_NEAR(60, times.size(), 1);
   EXPECT_EQ(0, times.front()) << "timed from zero until the sound has come";
+  EXPECT_NEAR(arrival + 2, times.back(), 0.1) << "and from the sound's time afterwards";
   for (std::size_t i = 1; i < times.size(); ++i) EXPECT_LT(times[i - 1], times[i]) << i;
 }
 
@@ -129,12 +131,15 @@ TEST(RecordedSound, OfOtherOutputsIsIgnored) {
 
 TEST(RecordedSound, ASecondStartListensAnew) {
   RecordingPhone phone(withMicrophone());
+  Console console;
   ASSERT_TRUE(phone.start());
   phone.runFor(0.5);
   EXPECT_TRUE(phone.start());
   phone.runFor(1);
   EXPECT_EQ(1, phone.stop());
   EXPECT_TRUE(phone.savedAs());
+  const std::string lines = console.text(), device = "<TLV Log> : Device : ";
+  EXPECT_NE(lines.find(device), lines.rfind(device));
   const MovieProbe movie = phone.movie();
   EXPECT_NEAR(45, movie.times('v').size(), 2);
   EXPECT_NEAR(kHertz, frequency(movie.sound(), 0.7, 1.4), 5);

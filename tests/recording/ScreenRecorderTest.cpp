@@ -42,6 +42,7 @@ TEST(ScreenRecorder, MakesAMovieThatLooksLikeTheScreenDid) {
   EXPECT_TRUE(phone.savedAs());
   EXPECT_TRUE(phone.movieWasThere()) << "it goes after the completion";
   EXPECT_FALSE(std::filesystem::exists(phone.temporaryMovie()));
+  EXPECT_EQ(1, phone.recorder().use_count()) << "its display link keeps it alive for ever";
 
   const MovieProbe movie = phone.movie();
   EXPECT_EQ("h264", movie.fact('v', "codec_name"));
@@ -66,7 +67,7 @@ TEST(ScreenRecorder, MakesAMovieThatLooksLikeTheScreenDid) {
       all = all && quarters[i].distance(RecordingPhone::quartersOf(pictures[0])[i]) <= 4;
     if (all && first < 0) first = time;
   }
-  ASSERT_GE(first, 0) << "the first frame is none that the display showed";
+  ASSERT_GE(first, 0) << "the first frame was never on the display";
   for (std::size_t frame = 0; frame < pictures.size(); ++frame) {
     const auto shown = phone.shown().lower_bound(first + offsets[frame] - 0.001);
     ASSERT_NE(shown, phone.shown().end());
@@ -171,7 +172,7 @@ TEST(ScreenRecorder, GoesOnAfterMemoryWasShort) {
   const auto before = phone.frames()->backgrounds();
   setPixelBufferFault([] { return kCVReturnAllocationFailed; });
   phone.runFor(0.5);
-  EXPECT_EQ(before, phone.frames()->backgrounds()) << "a frame without a buffer is none";
+  EXPECT_EQ(before, phone.frames()->backgrounds()) << "without a buffer there is no frame";
   setPixelBufferFault(nullptr);
   phone.runFor(0.5);
   EXPECT_EQ(1, phone.stop());
@@ -199,6 +200,48 @@ TEST(ScreenRecorder, KeepsTheSizeItWasMadeWith) {
   EXPECT_EQ(1, phone.stop());
   EXPECT_EQ("750", phone.movie().fact('v', "width"));
   EXPECT_EQ("1334", phone.movie().fact('v', "height"));
+}
+
+TEST(ScreenRecorder, DrawsEveryWindowOverTheWholeOfEachFrame) {
+  RecordingPhone phone;
+  // Not the key window, far smaller than the screen; a quarter of it is green, the rest lets the others show.
+  const auto small = std::make_shared<UIWindow>(CGRectMake(0, 0, 375 / 5.0, 667 / 5.0));
+  small->setRootViewController(std::make_shared<UIViewController>());
+  const auto green = std::make_shared<UIView>(CGRectMake(0, 0, 375 / 10.0, 667 / 10.0));
+  green->setBackgroundColor(UIColor::colorWithRedGreenBlueAlpha(0, 1, 0, 1));
+  small->rootViewController()->view()->addSubview(green);
+  small->setHidden(false);
+  std::string calls;
+  phone.frames()->onBackground = [&](const CGContextRef&) { calls += "background "; };
+  phone.frames()->onFrame = [&](double) { calls += "time "; };
+  ASSERT_TRUE(phone.start());
+  phone.runFor(0.5);
+  EXPECT_EQ(1, phone.stop());
+  std::string expected;
+  for (std::size_t i = 0; i < phone.frames()->backgrounds(); ++i) expected += "background time ";
+  EXPECT_EQ(expected, calls);
+  const auto pictures = phone.movie().pictures();
+  ASSERT_NEAR(15, pictures.size(), 1);
+  for (const Picture& picture : pictures) {
+    const auto quarters = RecordingPhone::quartersOf(picture);
+    EXPECT_LE(quarters[0].distance({0, 255, 0}), 6);
+    EXPECT_GT(quarters[3].distance({0, 255, 0}), 30) << "the key window's";
+    EXPECT_GT(quarters[3].distance({0, 0, 0}), 30) << "the key window's";
+  }
+}
+
+TEST(ScreenRecorder, MadeWithoutArgumentsRecordsHalfAMegabitAtEveryRefresh) {
+  RecordingPhone phone;
+  const auto recorder = std::make_shared<TLVScreenRecorder>();
+  const auto frames = std::make_shared<FrameLog>();
+  recorder->setDelegate(frames);
+  EXPECT_EQ(524288.0, recorder->desiredBitRate());
+  recorder->startTLVScreenRecording([](bool success) { EXPECT_TRUE(success); });
+  phone.runFor(0.5);
+  recorder->stopTLVRecordingWithCompletion(nullptr);
+  phone.runFor(0.5);
+  EXPECT_NEAR(30, frames->backgrounds(), 1);
+  EXPECT_EQ("", phone.movie().fact('a', "codec_name"));
 }
 
 TEST(ScreenRecorder, DrawsTheBackgroundBelowTheWindowsAndNothingOfEarlierFrames) {

@@ -1,74 +1,22 @@
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
+
+#include "SimulatorFixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-struct Outcome {
-  int status = -1;
-  std::string said;  // standard output and error
-  bool says(const std::string& text) const { return said.find(text) != std::string::npos; }
-};
-
-Outcome shell(const std::string& command) {
-  Outcome outcome;
-  FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
-  if (!pipe) return outcome;
-  char bytes[4096];
-  while (const std::size_t count = std::fread(bytes, 1, sizeof bytes, pipe))
-    outcome.said.append(bytes, count);
-  const int status = ::pclose(pipe);
-  outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  return outcome;
-}
-
-/// Plays flows with the simulator as a person would, each in a folder of its own.
-class Simulator : public testing::Test {
- protected:
-  void SetUp() override {
-    folder_ = fs::temp_directory_path() / ("simulator-" + std::to_string(::getpid()));
-    fs::create_directories(folder_);
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
-  Outcome play(const fs::path& flow, const std::string& out, const std::string& options = "") const {
-    return shell(std::string(SIMULATOR) + " " + flow.string() + " --out " + (folder_ / out).string() + " " +
-                 options);
-  }
-  Outcome playText(const std::string& commands, const std::string& appId = "com.example.notes") const {
-    std::ofstream(folder_ / "f.yaml") << "appId: " << appId << "\n---\n" << commands;
-    return play(folder_ / "f.yaml", "out");
-  }
-  /// An application that is a shell script.
-  void makeApplication(const std::string& identifier, const std::string& script) const {
-    const fs::path bundle = folder_ / identifier;
-    fs::create_directories(bundle);
-    std::ofstream(bundle / "Info.plist")
-        << "<plist version=\"1.0\"><dict><key>CFBundleIdentifier</key><string>" << identifier
-        << "</string><key>CFBundleExecutable</key><string>run</string></dict></plist>";
-    std::ofstream(bundle / "run") << "#!/bin/sh\n" << script << "\n";
-    fs::permissions(bundle / "run", fs::perms::owner_all);
-  }
-
-  fs::path folder_;
-};
-
 TEST_F(Simulator, PlaysTheTourTwiceToTheSameBytes) {
   const fs::path tour = fs::path(FLOWS) / "tour.yaml";
   const Outcome first = play(tour, "a"), second = play(tour, "b");
-  ASSERT_EQ(first.status, 0) << first.said;
-  ASSERT_EQ(second.status, 0) << second.said;
-  const Outcome difference = shell("diff -r " + (folder_ / "a").string() + " " + (folder_ / "b").string());
-  EXPECT_EQ(difference.status, 0) << difference.said;
+  ASSERT_EQ(first.status, 0) << first.output;
+  ASSERT_EQ(second.status, 0) << second.output;
+  const Outcome difference = shell("diff -r " + (path() / "a").string() + " " + (path() / "b").string());
+  EXPECT_EQ(difference.status, 0) << difference.output;
 
   // What it leaves, read with other people's readers.
-  const Outcome checked = shell("python3 - " + (folder_ / "a").string() + " <<'END'\n" + R"(
+  const Outcome checked = shell("python3 - " + (path() / "a").string() + " <<'END'\n" + R"(
 import glob, json, os, plistlib, sqlite3, subprocess, sys
 out = sys.argv[1]
 for name in ['1-notes', '2-sheet', '3-companion', '4-photos', '5-confirmation', '6-playing', '7-companion',
@@ -110,19 +58,44 @@ assert not os.path.exists(f'{out}/device/Containers/com.example.notes/tmp/screen
 assert os.path.exists(f'{report}/index.html') and os.path.exists(f'{out}/inbox/index.html')
 END
 )");
-  EXPECT_EQ(checked.status, 0) << checked.said;
+  EXPECT_EQ(checked.status, 0) << checked.output;
 }
 
 TEST_F(Simulator, AsksTheUserTwiceAlike) {
   const fs::path flow = fs::path(FLOWS) / "permissions.yaml";
   const Outcome first = play(flow, "a"), second = play(flow, "b");
-  ASSERT_EQ(first.status, 0) << first.said;
-  ASSERT_EQ(second.status, 0) << second.said;
-  const Outcome difference = shell("diff -r " + (folder_ / "a").string() + " " + (folder_ / "b").string());
-  EXPECT_EQ(difference.status, 0) << difference.said;
-  const Outcome kept = shell("grep -A 6 com.example.notes " + (folder_ / "a/device/Settings.plist").string());
-  EXPECT_TRUE(kept.says("<key>microphone</key>\n\t\t\t<string>authorized</string>")) << kept.said;
-  EXPECT_TRUE(kept.says("<key>photos</key>\n\t\t\t<string>denied</string>")) << kept.said;
+  ASSERT_EQ(first.status, 0) << first.output;
+  ASSERT_EQ(second.status, 0) << second.output;
+  const Outcome difference = shell("diff -r " + (path() / "a").string() + " " + (path() / "b").string());
+  EXPECT_EQ(difference.status, 0) << difference.output;
+  const Outcome kept = shell("grep -A 6 com.example.notes " + (path() / "a/device/Settings.plist").string());
+  EXPECT_TRUE(kept.says("<key>microphone</key>\n\t\t\t<string>authorized</string>")) << kept.output;
+  EXPECT_TRUE(kept.says("<key>photos</key>\n\t\t\t<string>denied</string>")) << kept.output;
+}
+
+TEST_F(Simulator, HasTheSystemRecordTwiceTheSameBytes) {
+  const fs::path flow = fs::path(FLOWS) / "system-record.yaml";
+  const Outcome first = play(flow, "a"), second = play(flow, "b");
+  ASSERT_EQ(first.status, 0) << first.output;
+  ASSERT_EQ(second.status, 0) << second.output;
+  const Outcome difference = shell("diff -r " + (path() / "a").string() + " " + (path() / "b").string());
+  EXPECT_EQ(difference.status, 0) << difference.output;
+  const Outcome checked = shell("python3 - " + (path() / "a").string() + " <<'END'\n" + R"(
+import glob, json, os, sqlite3, subprocess, sys
+out = sys.argv[1]
+library = sqlite3.connect(f'file:{out}/device/Media/Photos.sqlite?mode=ro', uri=True)
+[(file, seconds)] = library.execute('SELECT file, duration FROM asset').fetchall()
+assert library.execute('SELECT count(*) FROM album').fetchone() == (0,), 'the system makes no album'
+streams = json.loads(subprocess.run(['ffprobe', '-v', 'error', '-of', 'json', '-show_streams', f'{out}/device/Media/{file}'],
+                                    check=True, capture_output=True).stdout)['streams']
+assert [stream['codec_name'] for stream in streams] == ['h264', 'aac'], streams
+assert (streams[0]['width'], streams[0]['height']) == (750, 1334), streams
+assert all(abs(float(stream['duration']) - seconds) < 0.1 for stream in streams), (seconds, streams)
+assert 3 < seconds < 20, seconds
+assert os.listdir(f'{out}/device/ReplayKit') == [], 'movies that nobody saved'
+END
+)");
+  EXPECT_EQ(checked.status, 0) << checked.output;
 }
 
 TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
@@ -151,16 +124,16 @@ TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
   };
   for (const auto& c : kCases) {
     const Outcome outcome = playText(c.commands);
-    EXPECT_EQ(outcome.status, c.status) << c.commands << outcome.said;
-    EXPECT_TRUE(outcome.says(c.complaint)) << c.commands << outcome.said;
+    EXPECT_EQ(outcome.status, c.status) << c.commands << outcome.output;
+    EXPECT_TRUE(outcome.says(c.complaint)) << c.commands << outcome.output;
   }
-  EXPECT_TRUE(play(folder_ / "gone.yaml", "out").says("gone.yaml: there is no such flow"));
+  EXPECT_TRUE(play(path() / "gone.yaml", "out").says("gone.yaml: there is no such flow"));
   const Outcome textSize = play(fs::path(FLOWS) / "tour.yaml", "out", "--text-size huge");
   EXPECT_EQ(textSize.status, 2);
-  EXPECT_TRUE(textSize.says("no text size is called \"huge\"; known: XS, S, M, L, ")) << textSize.said;
+  EXPECT_TRUE(textSize.says("no text size is called \"huge\"; known: XS, S, M, L, ")) << textSize.output;
   const Outcome profile = play(fs::path(FLOWS) / "tour.yaml", "out", "--profile Abacus");
   EXPECT_EQ(profile.status, 2);
-  EXPECT_TRUE(profile.says("no profile is called \"Abacus\"; known: ")) << profile.said;
+  EXPECT_TRUE(profile.says("no profile is called \"Abacus\"; known: ")) << profile.output;
 }
 
 // A dead application must end the step that met it, at once and by name, not look like a missing text.
@@ -176,20 +149,20 @@ TEST_F(Simulator, NoticesAnApplicationThatEnds) {
     makeApplication("com.example.broken", c.script);
     const Outcome outcome =
         playText("- installApp: ./com.example.broken\n- launchApp\n", "com.example.broken");
-    EXPECT_EQ(outcome.status, 1) << c.name << outcome.said;
-    EXPECT_TRUE(outcome.says("f.yaml:4: launchApp: ")) << c.name << outcome.said;
-    EXPECT_TRUE(outcome.says(c.complaint)) << c.name << outcome.said;
+    EXPECT_EQ(outcome.status, 1) << c.name << outcome.output;
+    EXPECT_TRUE(outcome.says("f.yaml:4: launchApp: ")) << c.name << outcome.output;
+    EXPECT_TRUE(outcome.says(c.complaint)) << c.name << outcome.output;
   }
 }
 
 TEST_F(Simulator, RemovesOnlyWhatItLeavesItself) {
   const std::string flow = "- takeScreenshot: home\n- assertVisible: Nothing\n";
-  const fs::path out = folder_ / "out";
+  const fs::path out = path() / "out";
   fs::create_directories(out / "DCIM");
   std::ofstream(out / "DCIM" / "holiday.jpg") << "mine";
   const Outcome refused = playText(flow);
   EXPECT_EQ(refused.status, 2);
-  EXPECT_NE(refused.said.find("\"DCIM\""), std::string::npos) << refused.said;
+  EXPECT_NE(refused.output.find("\"DCIM\""), std::string::npos) << refused.output;
   EXPECT_TRUE(fs::exists(out / "DCIM" / "holiday.jpg"));
 
   fs::remove_all(out / "DCIM");

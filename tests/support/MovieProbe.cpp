@@ -10,11 +10,9 @@
 #include <iterator>
 #include <sstream>
 
-namespace testing_support {
+#include "support/Process.h"
 
-int Colour::distance(const Colour& other) const {
-  return std::max({std::abs(red - other.red), std::abs(green - other.green), std::abs(blue - other.blue)});
-}
+namespace testing_support {
 
 Colour Picture::at(std::size_t x, std::size_t y) const {
   const std::uint8_t* pixel = &pixels[(y * width + x) * 3];
@@ -23,11 +21,7 @@ Colour Picture::at(std::size_t x, std::size_t y) const {
 
 std::string MovieProbe::run(const std::string& command) const {
   // Complaints come in between the output, where a caller who expects numbers or pixels stumbles over them.
-  FILE* pipe = popen((command + " 2>'" + path_.string() + ".complaints'").c_str(), "r");
-  std::string output;
-  std::array<char, 65536> part{};
-  while (const auto count = fread(part.data(), 1, part.size(), pipe)) output.append(part.data(), count);
-  EXPECT_EQ(pclose(pipe), 0) << command;
+  std::string output = outputOf(command + " 2>'" + path_.string() + ".complaints'");
   const std::filesystem::path complaints = path_.string() + ".complaints";
   std::ifstream file(complaints);
   const std::string text(std::istreambuf_iterator<char>(file), {});

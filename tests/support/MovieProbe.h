@@ -6,13 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace testing_support {
+#include "support/Colour.h"
 
-struct Colour {
-  int red = 0, green = 0, blue = 0;
-  /// The largest difference of a component.
-  int distance(const Colour& other) const;
-};
+namespace testing_support {
 
 /// A decoded picture.
 struct Picture {
@@ -21,24 +17,24 @@ struct Picture {
   Colour at(std::size_t x, std::size_t y) const;
 };
 
-/// A movie as ffprobe and ffmpeg see it: readers that share nothing with the writer but the format. Whatever
-/// they complain of fails the test.
+/// A movie as ffprobe and ffmpeg see it, which share only the format with the writer. Any complaint of
+/// theirs fails the test.
 class MovieProbe {
  public:
   explicit MovieProbe(std::filesystem::path path) : path_(std::move(path)) {}
 
-  /// A fact about the first stream of pictures ('v') or sound ('a'): "codec_name", "nb_frames". Empty without
-  /// one.
+  /// A fact about the first stream of pictures ('v') or sound ('a'): "codec_name",
+  /// "nb_frames". Empty without one.
   std::string fact(char kind, const std::string& name) const;
   double number(char kind, const std::string& name) const;
   /// Presentation times, in seconds.
   std::vector<double> times(char kind) const;
   std::vector<long> sizes(char kind) const;
-  /// How many pictures lie from one key picture to the next, at most.
+  /// The largest number of pictures from one key picture to the next.
   std::size_t longestKeyInterval() const;
   std::vector<Picture> pictures() const;
-  /// Sound from the movie's time zero on, in frames of `rate`, mixed to one channel unless `channels` says
-  /// otherwise.
+  /// Sound from the movie's time zero on, in frames of `rate`, mixed to one channel unless
+  /// `channels` says otherwise.
   std::vector<std::int16_t> sound(int rate = 44100, int channels = 1) const;
 
  private:

@@ -1,21 +1,19 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
 
+#include "support/Process.h"
+
 namespace testing_support {
 
-/// An empty folder that goes with its owner, for tests below the views.
+/// An empty folder that goes with its owner.
 class ScratchFolder {
  public:
   ScratchFolder() {
@@ -65,11 +63,7 @@ class ScratchFolder {
 /// Standard output of a python program; the test fails unless it exits with 0.
 inline std::string outputOfPython(const ScratchFolder& folder, const std::string& program) {
   const auto script = folder.write("program.py", program);
-  FILE* pipe = popen(("python3 '" + script.string() + "'").c_str(), "r");
-  std::string text;
-  std::array<char, 4096> part{};
-  while (const auto count = fread(part.data(), 1, part.size(), pipe)) text.append(part.data(), count);
-  EXPECT_EQ(pclose(pipe), 0) << text;
+  const std::string text = outputOf("python3 '" + script.string() + "'");
   std::filesystem::remove(script);
   return text;
 }

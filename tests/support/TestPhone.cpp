@@ -4,12 +4,14 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
 
 #include "DeviceClock/Clock.h"
+#include "UIKit/VisibleElements.h"
 
 namespace testing_support {
 
@@ -22,29 +24,6 @@ constexpr char kHost[] = "com.example.host";
 void writeText(const std::filesystem::path& path, const std::string& text) {
   std::filesystem::create_directories(path.parent_path());
   std::ofstream(path) << text;
-}
-
-struct Element {
-  std::string label;
-  CGPoint center;  // on the screen
-};
-
-void collect(const std::shared_ptr<UIView>& view, std::vector<Element>& elements) {
-  if (view->isHidden() || view->alpha() < 0.01) return;
-  if (const std::string label = view->accessibilityLabel(); !label.empty()) {
-    const CGRect bounds = view->bounds();
-    elements.push_back({label, view->convertPointToView({bounds.midX(), bounds.midY()}, nullptr)});
-  }
-  for (const auto& subview : view->subviews()) collect(subview, elements);
-}
-
-std::vector<Element> elementsOnScreen() {
-  std::vector<Element> elements;
-  for (const auto& window : UIApplication::sharedApplication()->windowsOnScreen()) {
-    window->layoutIfNeeded();
-    collect(window, elements);
-  }
-  return elements;
 }
 
 }  // namespace
@@ -85,9 +64,7 @@ int Console::count(const std::string& line) const {
 }
 
 TestPhone::TestPhone(Options options) {
-  std::string name = (std::filesystem::temp_directory_path() / "phone-XXXXXX").string();
-  folder_ = mkdtemp(name.data());
-  const auto bundle = folder_ / "Applications" / kHost;
+  const auto bundle = folder() / "Applications" / kHost;
   NSDictionary info = options.info;
   info["CFBundleIdentifier"] = kHost;
   writeText(bundle / "Info.plist", PropertyList(info).xml());
@@ -98,14 +75,12 @@ TestPhone::TestPhone(Options options) {
   DeviceSettings settings;
   settings.profile = options.profile;
   settings.languages = options.languages;
-  Device::start({.root = folder_, .mainBundle = bundle, .bundleIdentifier = {}, .settings = settings});
+  Device::start({.root = folder(), .mainBundle = bundle, .bundleIdentifier = {}, .settings = settings});
   if (options.launched) UIApplication::sharedApplication()->launch(std::make_shared<UIApplicationDelegate>());
 }
 
 TestPhone::~TestPhone() {
   windows_.clear();
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
 }
 
 std::shared_ptr<UIWindow> TestPhone::show(std::shared_ptr<UIViewController> root) {
@@ -134,31 +109,30 @@ void TestPhone::tap(CGPoint point, int count, int fingers) const {
 }
 
 bool TestPhone::tapText(const std::string& text) const {
-  const auto elements = elementsOnScreen();
+  const auto elements = visibleElements(*UIApplication::sharedApplication());
   for (auto element = elements.rbegin(); element != elements.rend(); ++element) {
-    if (element->label != text) continue;
-    tap(element->center);
+    if (element->text != text) continue;
+    tap({element->frame.midX(), element->frame.midY()});
     return true;
   }
   return false;
 }
 
 bool TestPhone::shows(const std::string& text) const {
-  for (const auto& element : elementsOnScreen()) {
-    if (element.label == text) return true;
-  }
-  return false;
+  const auto all = texts();
+  return std::find(all.begin(), all.end(), text) != all.end();
 }
 
 std::vector<std::string> TestPhone::texts() const {
-  std::vector<std::string> labels;
-  for (const auto& element : elementsOnScreen()) labels.push_back(element.label);
-  return labels;
+  std::vector<std::string> texts;
+  for (const auto& element : visibleElements(*UIApplication::sharedApplication()))
+    texts.push_back(element.text);
+  return texts;
 }
 
 void TestPhone::installApplication(const std::string& identifier, const std::string& scheme,
                                    const std::string& script) const {
-  const auto bundle = folder_ / "Applications" / identifier;
+  const auto bundle = folder() / "Applications" / identifier;
   const NSDictionary types{{"CFBundleURLSchemes", NSArray{scheme}}};
   writeText(bundle / "Info.plist", PropertyList(NSDictionary{{"CFBundleIdentifier", identifier},
                                                              {"CFBundleExecutable", "run"},
@@ -166,20 +140,6 @@ void TestPhone::installApplication(const std::string& identifier, const std::str
                                        .xml());
   writeText(bundle / "run", "#!/bin/sh\n" + script + "\n");
   std::filesystem::permissions(bundle / "run", std::filesystem::perms::owner_all);
-}
-
-std::string outputOf(const std::string& command) {
-  std::string output;
-  FILE* pipe = popen(command.c_str(), "re");
-  if (!pipe) {
-    ADD_FAILURE() << "could not run " << command;
-    return output;
-  }
-  std::array<char, 4096> piece{};
-  while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), pipe))
-    output.append(piece.data(), count);
-  EXPECT_EQ(0, pclose(pipe)) << command;
-  return output;
 }
 
 std::filesystem::path fileWith(const std::filesystem::path& folder, const std::string& name,

@@ -11,6 +11,8 @@
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIViewController.h"
 #include "UIKit/UIWindow.h"
+#include "support/Process.h"
+#include "support/ScratchFolder.h"
 
 namespace testing_support {
 
@@ -28,8 +30,8 @@ class Console {
   int file_, original_;
 };
 
-/// A phone of its own for one test: virtual time, a device folder that goes with it, a host application
-/// without windows, active. One a process.
+/// A phone of its own for one test: virtual time, a device folder that is deleted with it, a host application
+/// without windows, active. One per process.
 class TestPhone {
  public:
   struct Options {
@@ -47,7 +49,7 @@ class TestPhone {
   ~TestPhone();
 
   ios::Device& device() const { return ios::Device::current(); }
-  const std::filesystem::path& folder() const { return folder_; }
+  const std::filesystem::path& folder() const { return folder_.path(); }
 
   /// Shows `root` in a new key window of the screen's size; without one, a plain white controller.
   std::shared_ptr<ios::UIWindow> show(std::shared_ptr<ios::UIViewController> root = nullptr);
@@ -56,10 +58,11 @@ class TestPhone {
   /// Seconds since the phone was started.
   double now() const;
   void tap(ios::CGPoint point, int count = 1, int fingers = 1) const;
-  /// Taps the middle of the topmost visible view that is labelled `text`; false when there is none.
+  // As a person sees the screen: what is hidden, cut off or covered is not there.
+  /// Taps the middle of what says `text`, the foremost if there are several; false when there is none.
   bool tapText(const std::string& text) const;
   bool shows(const std::string& text) const;
-  /// The labels on the screen, from back to front.
+  /// From back to front.
   std::vector<std::string> texts() const;
 
   /// Installs an application that is the shell script `script`, and claims `scheme`.
@@ -67,12 +70,10 @@ class TestPhone {
                           const std::string& script) const;
 
  private:
-  std::filesystem::path folder_;
+  ScratchFolder folder_;
   std::vector<std::shared_ptr<ios::UIWindow>> windows_;
 };
 
-/// A command's standard output; fails the test if it could not be run or did not exit with 0.
-std::string outputOf(const std::string& command);
 /// Writes `bytes` to a new file below `folder` and returns its path.
 std::filesystem::path fileWith(const std::filesystem::path& folder, const std::string& name,
                                const ios::Bytes& bytes);

@@ -5,9 +5,9 @@
 #include "DeviceClock/Clock.h"
 #include "Foundation/NSNotificationCenter.h"
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
+#include "Tellvane/TLVNotifications.h"
+#include "Tellvane/Tellvane.h"
 #include "UIKit/UIGestureRecognizer.h"
-#include "front/Tellvane.h"
-#include "info/TLVNotifications.h"
 #include "support/TestPhone.h"
 #include "triggers/GestureListeners.h"
 
@@ -139,7 +139,14 @@ TEST(Triggers, AShakeBeforeTheStartIsLoggedAndPreparesTheRecognisers) {
   EXPECT_TRUE(phone.texts().empty()) << "nobody observes yet";
 }
 
+int inheritedMotions = 0;
+
 TEST(Triggers, OtherMotionsOnlyGetTheInheritedHandling) {
+  // The inherited handling hands a motion on to the next responder, after the window the application.
+  const Category next{
+      UIApplication::classObject(),
+      {{"motionEnded:withEvent:",
+        +[](UIApplication&, UIEventSubtype, const std::shared_ptr<UIEvent>&) { ++inheritedMotions; }}}};
   TestPhone phone;
   Console console;
   const auto window = phone.show();
@@ -153,6 +160,7 @@ TEST(Triggers, OtherMotionsOnlyGetTheInheritedHandling) {
   EXPECT_EQ("", console.text());
   send(*window, "motionEnded:withEvent:", UIEventSubtype::motionShake, motion);
   EXPECT_EQ(1, heard->count);
+  EXPECT_EQ(4, inheritedMotions);
 }
 
 TEST(Triggers, AreAnnouncedWithoutAnyWindowAndWithoutARoot) {
@@ -196,11 +204,18 @@ TEST(Triggers, AreIgnoredOnlyWhileTheConfirmationScreenItselfIsUp) {
   EXPECT_EQ(2, heard->count) << "a class derived from it is the host's";
 }
 
-TEST(Triggers, HostPostsTheNotificationItselfAndTheMenuOpens) {
+TEST(Triggers, HostPostsTheNotificationItselfOnAnyThreadAndTheMenuOpens) {
   TestPhone phone;
   phone.show();
   Tellvane::instantiateSDK(true, false);
-  NSNotificationCenter::defaultCenter()->postNotificationName("GestureForTellvaneSDK");
-  phone.runFor(1);
-  EXPECT_TRUE(phone.shows("Options"));
+  const auto post = [] {
+    NSNotificationCenter::defaultCenter()->postNotificationName("GestureForTellvaneSDK");
+  };
+  for (const auto& queue : {dispatch_get_main_queue(), dispatch_queue_create("host")}) {
+    dispatch_async(queue, post);
+    phone.runFor(1);
+    EXPECT_TRUE(phone.shows("Options"));
+    EXPECT_TRUE(phone.tapText("Cancel"));
+    phone.runFor(1);
+  }
 }

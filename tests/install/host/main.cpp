@@ -3,12 +3,11 @@
 #include <filesystem>
 #include <memory>
 
+#include <Tellvane/Tellvane.h>
 #include "Device/Device.h"
 #include "DeviceClock/Clock.h"
 #include "Foundation/NSBundle.h"
 #include "UIKit/UIApplication.h"
-#include "front/Tellvane.h"
-#include "info/UIDevice+Tellvane.h"
 
 int main(int argc, char** argv) {
   using namespace ios;

@@ -64,6 +64,20 @@ TEST(PropertyList, OtherReadersAndWritersAgreeOnEveryKind) {
   }
 }
 
+TEST(PropertyList, DatesAreReadAsTextsFromEitherForm) {
+  const ScratchFolder folder;
+  outputOfPython(folder, "import os, plistlib, datetime; os.chdir('" + folder.path().string() +
+                             "')\nvalue = [datetime.datetime(1999, 12, 31, 23, 59, 58),"
+                             " datetime.datetime(2026, 1, 5, 9, 41)]\n"
+                             "plistlib.dump(value, open('b', 'wb'), fmt=plistlib.FMT_BINARY)\n"
+                             "plistlib.dump(value, open('x', 'wb'), fmt=plistlib.FMT_XML)\n");
+  for (const char* name : {"b", "x"}) {
+    EXPECT_EQ(PropertyList::parse(folder.path() / name),
+              PropertyList(NSArray{"1999-12-31T23:59:58Z", "2026-01-05T09:41:00Z"}))
+        << name;
+  }
+}
+
 TEST(PropertyList, TextsThatNoReaderWouldTakeAreRepairedWhenWritten) {
   const ScratchFolder folder;
   const PropertyList hostile =
@@ -148,14 +162,16 @@ TEST(PropertyList, RefusesWhatIsDamagedOrHostileAndSaysWhy) {
       {"count beyond the file", binaryOf({"\xAF\x13\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"}), "cut short"},
       {"data beyond the file", binaryOf({"\x4F\x12\x00\xFF\xFF\xFF"}), "cut short"},
       {"reference to nowhere", binaryOf({"\xA1\x05"}), "does not exist"},
-      {"number as key", binaryOf({"\xD1\x01\x01", std::string("\x10\x00", 2)}), "key that is no text"},
+      {"number as key", binaryOf({"\xD1\x01\x01", std::string("\x10\x00", 2)}), "key that is not a text"},
       {"key twice", binaryOf({"\xD2\x01\x01\x01\x01", "\x51k"}), "key twice"},
-      {"text that is no text", binaryOf({"\x51\xFF"}), "no characters"},
-      {"lone surrogate", binaryOf({std::string("\x61\xDC\x00", 3)}), "no characters"},
+      {"text that is not ASCII", binaryOf({"\x51\xFF"}), "not characters"},
+      {"lone surrogate", binaryOf({std::string("\x61\xDC\x00", 3)}), "not characters"},
       {"half a character", binaryOf({std::string("\x61\xD8\x00", 3)}), "within a character"},
       {"128 bits", binaryOf({"\x14" + std::string(16, '\x7F')}), "64 bits"},
+      {"a date of no calendar", binaryOf({std::string("\x33\x7F\xF0\0\0\0\0\0\0", 9)}),
+       "damaged real or date"},
       {"a set", binaryOf({"\xC0"}), "unknown kind"},
-      {"XML cut short", bytesOf("<plist>\n<array>"), "no well-formed XML"},
+      {"XML cut short", bytesOf("<plist>\n<array>"), "not well-formed XML"},
       {"XML of something else", bytesOf("<html></html>"), "without a <plist>"},
       {"513 levels of XML", nestedXML(513), "512 levels"},
       {"XML key twice", xmlOf("<dict><key>k</key><true/>\n<key>k</key><true/></dict>"),
@@ -166,7 +182,7 @@ TEST(PropertyList, RefusesWhatIsDamagedOrHostileAndSaysWhy) {
       {"XML data, one digit over", xmlOf("<data>AAAAA</data>"), "not base64"},
       {"XML integer", xmlOf("<integer>9223372036854775808</integer>"), "64 bits"},
       {"XML integer of letters", xmlOf("<integer>12a</integer>"), "<integer>"},
-      {"XML real", xmlOf("<real>a lot</real>"), "no number"},
+      {"XML real", xmlOf("<real>a lot</real>"), "not a number"},
       {"XML of an unknown kind", xmlOf("<money>3</money>"), "<money>"},
       {"two values", xmlOf("<true/><true/>"), "more than one value"},
   };
@@ -201,7 +217,7 @@ TEST(PropertyList, ReadsOnlyRegularFiles) {
   const ScratchFolder folder;
   std::string problem;
   EXPECT_FALSE(PropertyList::parse(folder.path(), &problem));
-  EXPECT_EQ(problem, "is no readable file");
+  EXPECT_EQ(problem, "is not a readable file");
   EXPECT_FALSE(PropertyList::parse(folder.path() / "none", &problem));
   EXPECT_EQ(problem, "does not exist");
 }

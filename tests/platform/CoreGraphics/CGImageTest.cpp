@@ -1,50 +1,29 @@
 #include "CoreGraphics/CGImage.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
 #include <limits>
 #include <random>
 
 #include "Canvas.h"
+#include "support/ScratchFolder.h"
 
 using namespace ios;
+using testing_support::outputOf;
+using testing_support::ScratchFolder;
 
 namespace {
 
-class Folder {
- public:
-  Folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "imagesXXXXXX").string();
-    path_ = mkdtemp(name.data());
-  }
-  ~Folder() { std::filesystem::remove_all(path_); }
-  const std::filesystem::path& path() const { return path_; }
-  std::filesystem::path write(const char* name, const Bytes& bytes) const {
-    std::ofstream(path_ / name, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return path_ / name;
-  }
-  /// Standard output of a command line in which "%" stands for the folder; it must succeed.
-  std::string run(std::string command) const {
-    for (auto at = command.find('%'); at != std::string::npos; at = command.find('%'))
-      command.replace(at, 1, path_.string());
-    std::string output;
-    FILE* pipe = popen(command.c_str(), "r");
-    char buffer[4096];
-    while (const auto count = fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, count);
-    EXPECT_EQ(0, pclose(pipe)) << command;
-    return output;
-  }
+/// Standard output of a command line in which "%" stands for the folder; it must succeed.
+std::string runIn(const ScratchFolder& folder, std::string command) {
+  for (auto at = command.find('%'); at != std::string::npos; at = command.find('%'))
+    command.replace(at, 1, folder.path().string());
+  return outputOf(command);
+}
 
- private:
-  std::filesystem::path path_;
-};
-
-// Soft colours, so that a lossy encoder has no excuse.
+// Soft colours, which a lossy encoder must keep.
 Canvas picture(std::size_t width, std::size_t height) {
   Canvas canvas(width, height);
   CGContextDrawVerticalGradient(canvas.context, {{0, 0}, {width * 1.0, height * 1.0}}, {0.9, 0.2, 0.1, 1},
@@ -58,7 +37,7 @@ Pixel pixel(const CGImageRef& image, std::size_t x, std::size_t y) {
   return p;
 }
 
-// Whatever becomes of damaged bytes: an image with pixels that can be read, or none.
+// Decoding damaged bytes must give either an image with readable pixels or no image.
 void expectHarmless(const Bytes& bytes) {
   const CGImageRef image = CGImage::decode(bytes);
   if (!image) return;
@@ -71,12 +50,12 @@ void expectHarmless(const Bytes& bytes) {
 }  // namespace
 
 TEST(CGImage, JPEGIsReadByDjpegWithTheSamePicture) {
-  const Folder folder;
+  const ScratchFolder folder;
   const Canvas canvas = picture(61, 37);
   const CGImageRef image = canvas.image(true);
   for (const double quality : {0.5, 0.8, 0.95}) {
     folder.write("a.jpg", image->jpeg(quality).value());
-    const std::string pnm = folder.run("djpeg -pnm %/a.jpg");
+    const std::string pnm = runIn(folder, "djpeg -pnm %/a.jpg");
     const std::string header = "P6\n61 37\n255\n";
     ASSERT_EQ(header, pnm.substr(0, header.size()));
     ASSERT_EQ(header.size() + 61 * 37 * 3, pnm.size());
@@ -115,7 +94,7 @@ TEST(CGImage, JPEGQualityIsClampedAndChoosesTheSubsampling) {
 }
 
 TEST(CGImage, PNGKeepsPixelsAndIsReadByOthers) {
-  const Folder folder;
+  const ScratchFolder folder;
   Canvas canvas(3, 2, true, 1, 1);
   canvas.fill({{0, 0}, {1, 1}}, kRed);
   canvas.fill({{0, 1}, {1, 1}}, Pixel{0xFF204060});
@@ -137,7 +116,7 @@ TEST(CGImage, PNGKeepsPixelsAndIsReadByOthers) {
       "  assert zlib.crc32(t+c)==struct.unpack('>I',b[at+8+n:at+12+n])[0]\n"
       "  data+=c if t==b'IDAT' else b''; at+=12+n\n"
       "print(zlib.decompress(data).hex(), end='')\"";
-  const std::string rows = folder.run(reader);
+  const std::string rows = runIn(folder, reader);
   EXPECT_EQ(
       "00"
       "ff0000ff"
@@ -184,9 +163,10 @@ TEST(CGImage, SurvivesDamagedFiles) {
 }
 
 TEST(CGImage, RefusesSizesBeyondItsLimit) {
-  const Folder folder;
-  // Whole and sound files of one bit a pixel, a few kilobytes each.
-  folder.run(
+  const ScratchFolder folder;
+  // Complete, valid files with one bit per pixel, a few kilobytes each.
+  runIn(
+      folder,
       "python3 -c \"import struct,zlib\n"
       "def chunk(t,c): return struct.pack('>I',len(c))+t+c+struct.pack('>I',zlib.crc32(t+c))\n"
       "for w,h in (8000,100),(8000,8001),(64000001,1):\n"

@@ -103,11 +103,14 @@ TEST_F(ApplicationsTest, BundlesWithoutAProperNameAreRefused) {
     EXPECT_FALSE(applications().uninstall(identifier)) << identifier;
   }
   folder_.write("bundles/com.example.a/Info.plist", std::string("garbage"));
-  EXPECT_TRUE(applications().install(good));
+  const auto damaged = applications().install(good);
+  ASSERT_TRUE(damaged);
+  EXPECT_NE(damaged->description().find("Info.plist: it is neither"), std::string::npos)
+      << damaged->description();
   EXPECT_TRUE(applications().install(folder_.path() / "none"));
   EXPECT_TRUE(std::filesystem::exists(folder_.path() / "phone/Settings.plist"));
 
-  // One that somebody laid there by hand is passed over, with a line.
+  // A folder that was put there by hand is skipped, with a line on standard error.
   folder_.write("phone/Applications/com.example.c/Info.plist", std::string("garbage"));
   CaptureStderr();
   EXPECT_TRUE(applications().all().empty());
@@ -141,6 +144,7 @@ TEST_F(ApplicationsTest, WhatCannotBeLaunchedIsNamed) {
   folder_.writeScript("phone/Applications/com.example.a/broken", "");
   folder_.write("phone/Applications/com.example.a/broken", std::string("\x7F"
                                                                        "ELF garbage"));
+  std::filesystem::create_symlink("/bin/sh", folder_.path() / "phone/Applications/com.example.a/link");
   struct Case {
     PropertyList executable;
     const char* problem;
@@ -148,8 +152,9 @@ TEST_F(ApplicationsTest, WhatCannotBeLaunchedIsNamed) {
   for (const auto& [executable, problem] : {
            Case{1, "names no executable"},
            Case{"", "names no executable"},
-           Case{"../../../bundles/com.example.a/run", "names no executable"},
-           Case{"/bin/sh", "names no executable"},
+           Case{"../../../bundles/com.example.a/run", "leads outside the bundle"},
+           Case{"/bin/sh", "\"/bin/sh\" leads outside the bundle"},
+           Case{"link", "\"link\" leads outside the bundle"},
            Case{"none", "there is no "},
            Case{".", "names no executable"},
            Case{"notes", "is not executable"},

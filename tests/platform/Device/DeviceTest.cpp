@@ -1,6 +1,7 @@
 #include "Device/Device.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cerrno>
 
@@ -83,6 +84,7 @@ TEST(Device, SettingsWithoutAMeaningAreNamed) {
            Case{"text", "no dictionary"},
            Case{NSDictionary{{"Languages", "de"}}, "Languages"},
            Case{NSDictionary{{"Languages", NSArray{1}}}, "Languages"},
+           Case{NSDictionary{{"Languages", NSArray{"de", ""}}}, "Languages"},
            Case{NSDictionary{{"Profile", "iPhone 99"}}, "Profile"},
            Case{NSDictionary{{"Orientation", 7}}, "Orientation"},
            Case{NSDictionary{{"Orientation", 1.0}}, "Orientation"},
@@ -94,6 +96,33 @@ TEST(Device, SettingsWithoutAMeaningAreNamed) {
     EXPECT_FALSE(settingsFromPropertyList(list, problem)) << expected;
     EXPECT_NE(problem.find(expected), std::string::npos) << problem;
   }
+}
+
+TEST(Device, KnowsTheFormOfALanguageTag) {
+  for (const char* tag : {"de", "de-AT", "ast", "zh-Hant-TW", "es-419", "sl-rozaj-biske", "de-CH-1996",
+                          "en-a-myext-b-another", "ar-u-nu-latn", "zh-cmn-Hans-CN", "de-x-private"}) {
+    EXPECT_TRUE(isLanguageTag(tag)) << tag;
+  }
+  for (const auto& text :
+       std::vector<std::string>{"", "d", "de_AT", "de-", "-de", "de--AT", "de-AT-", "de-AT-DE", "en-u", "ä",
+                                "de AT", "../de", std::string(2000, 'a')}) {
+    EXPECT_FALSE(isLanguageTag(text)) << text;
+  }
+}
+
+// By default the system silently kills a process that writes too long a file.
+TEST(Device, AFileBeyondTheProcessesLimitIsAFailureThatIsTold) {
+  const ScratchFolder folder;
+  startIn(folder);
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  limit.rlim_cur = 1000;
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+  const auto problem = writeFileAtomically(folder.path() / "large", std::vector<std::uint8_t>(2000));
+  limit.rlim_cur = limit.rlim_max;
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+  ASSERT_TRUE(problem);
+  EXPECT_EQ(problem->code, EFBIG);
 }
 
 TEST(Device, LivesOnADiskThatRefusesAndWritesEverythingOnceItIsWell) {

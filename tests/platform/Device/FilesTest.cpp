@@ -51,7 +51,7 @@ TEST(Files, AFailedWriteLeavesTheOldFileAndNothingElse) {
     EXPECT_EQ(folder.read("Pasteboard/general.plist"), "old");
   }
   {
-    // Folders made for a file that could not be written go again.
+    // Folders created for a file that could not be written are removed again.
     const Refusing refusing("write", ENOSPC);
     EXPECT_TRUE(writeFileAtomically(folder.path() / "a" / "b" / "c", bytesOf("new")));
   }
@@ -91,7 +91,7 @@ TEST(Files, ReadingRefusesWhatIsTooLargeOrNoFile) {
 
 TEST(Files, WhatKilledProcessesLeftInTheMakingIsSweptAndNothingElse) {
   const ScratchFolder folder;
-  // Beyond the highest process number there can be, so nobody's.
+  // Above the highest possible process number, so it belongs to no process.
   for (const std::string name :
        {".file.99999999.1.tmp", ".hidden", "file.tmp", ".file.tmp", ".file.x.1.tmp"}) {
     folder.write(name, std::string("x"));
@@ -119,7 +119,7 @@ TEST(Files, CopiesOfATreeKeepModesAndNeverLeadBackOut) {
                 std::filesystem::perms::owner_exec,
             std::filesystem::perms::owner_exec);
 
-  // A link to a folder that it stands in would be copied without end.
+  // A link to a folder that contains it would be copied endlessly.
   std::filesystem::create_symlink(folder.path() / "from", folder.path() / "from" / "again");
   const auto failure = copyTree(folder.path() / "from", folder.path() / "endless");
   ASSERT_TRUE(failure);

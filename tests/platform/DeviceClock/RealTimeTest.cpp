@@ -10,8 +10,8 @@
 #include "Dispatch/Semaphore.h"
 #include "Dispatch/Time.h"
 
-// The clock as it is without `useVirtualTime`. Nothing here expects the machine to be quick; a wake that gets
-// lost shows as a test that never ends.
+// The clock as it is without `useVirtualTime`. Nothing here depends on the machine's speed; a lost wake shows
+// as a test that never ends.
 namespace ios {
 namespace {
 
@@ -77,7 +77,7 @@ TEST(RealTime, RunUntilSeesWhatAWorkerDid) {
   }
 }
 
-TEST(RealTime, AFarDeadlineIsAWaitAndNotARush) {
+TEST(RealTime, AFarDeadlineIsWaitedForAndDoesNotSpin) {
   Clock& clock = Clock::shared();
   bool far = false, near = false;
   clock.schedule(Clock::Instant::max() - 1ns, Clock::Lane::main, [&] { far = true; });

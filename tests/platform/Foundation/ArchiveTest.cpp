@@ -108,11 +108,11 @@ TEST(Archive, HostileArchivesAreRefusedWithTheReason) {
     const char* problem;
   };
   const Case cases[] = {
-      {"a list", NSArray{1}, "no keyed archive"},
-      {"other archiver", with(good, "$archiver", "Other"), "no keyed archive"},
+      {"a list", NSArray{1}, "not a keyed archive"},
+      {"other archiver", with(good, "$archiver", "Other"), "not a keyed archive"},
       {"other version", with(good, "$version", 1), "unknown version"},
-      {"objects of one text", with(good, "$objects", "text"), "no keyed archive"},
-      {"no root", with(good, "$top", NSDictionary{}), "no keyed archive"},
+      {"objects of one text", with(good, "$objects", "text"), "not a keyed archive"},
+      {"no root", with(good, "$top", NSDictionary{}), "not a keyed archive"},
       {"root without a reference", with(good, "$top", NSDictionary{{"root", "text"}}),
        "where a reference belongs"},
       {"root is null", with(good, "$top", NSDictionary{{"root", UID{0}}}), "null"},
@@ -136,7 +136,7 @@ TEST(Archive, HostileArchivesAreRefusedWithTheReason) {
        "unequal numbers"},
       {"key twice", archiveOf({dictionaryOf({UID{3}, UID{4}}, {UID{3}, UID{3}}, 2), dictionaries, "k", "k"}),
        "twice"},
-      {"number as key", archiveOf({dictionaryOf({UID{3}}, {UID{3}}, 2), dictionaries, 5}), "no text"},
+      {"number as key", archiveOf({dictionaryOf({UID{3}}, {UID{3}}, 2), dictionaries, 5}), "not a text"},
       {"text of no characters",
        archiveOf({NSDictionary{{"NS.string", 5}, {"$class", UID{2}}}, classNamed("NSString")}), "characters"},
       {"data of no bytes", archiveOf({NSDictionary{{"$class", UID{2}}}, classNamed("NSData")}), "bytes"},

@@ -78,13 +78,60 @@ TEST_F(BundleTest, BaseAndUnlocalisedTablesComeLast) {
   EXPECT_EQ(text({"de"}), "de");
 }
 
-TEST_F(BundleTest, ADamagedTableSaysSoOnceAndKeepsItsStart) {
-  table("de.lproj", "\"key\" = \"de\";\n\"other\" \"text\";");
+TEST_F(BundleTest, TablesAreReadInEveryFormThatTranslatorsSave) {
+  struct Case {
+    std::string content;
+    std::map<std::string, std::string> texts;
+  };
+  const std::string bigEndian("\xFE\xFF\0\"\0a\0\"\0=\0\"\xD8\x3D\xDE\x00\0\"\0;", 20);
+  const std::string littleEndian("\xFF\xFE\"\0a\0\"\0=\0\"\0\xFC\0\"\0;\0", 18);
+  const Case cases[] = {
+      {"\"a\" = \"b\";\n\"c\"=\"d\";", {{"a", "b"}, {"c", "d"}}},
+      {"\xEF\xBB\xBF\"a\" = \"ü\";", {{"a", "ü"}}},
+      {bigEndian, {{"a", "😀"}}},
+      {littleEndian, {{"a", "ü"}}},
+      {"/* \"x\" = \"y\"; */ // \"z\"\nkey.1 = \"v\"; plain = word;",
+       {{"key.1", "v"}, {"plain", "word"}, {"x", "missing"}, {"z", "missing"}}},
+      {"alone;", {{"alone", "alone"}}},
+      {R"("q" = "\"\\\n\t\U00e9\Ud83d\ude00\z";)", {{"q", "\"\\\n\té😀z"}}},
+      {"\"two\" = \"lines\nlong\";", {{"two", "lines\nlong"}}},
+      {"<?xml version=\"1.0\"?><plist><dict><key>a</key><string>b</string></dict></plist>", {{"a", "b"}}},
+      {"", {{"a", "missing"}}},
+  };
   CaptureStderr();
-  EXPECT_EQ(text({"de"}), "de");
-  EXPECT_EQ(text({"de"}, "other"), "other");
-  const std::string file = (folder_.path() / "App/de.lproj/Menu.strings").string();
-  EXPECT_EQ(GetCapturedStderr(), "tellvane-platform: " + file + ":2: expected \";\" after \"other\"\n");
+  for (const auto& [content, texts] : cases) {
+    const std::string name = "Case" + std::to_string(&content - &cases[0].content);
+    folder_.write("App/" + name + ".strings", content);
+    for (const auto& [key, text] : texts)
+      EXPECT_EQ(NSLocalizedString(key, name, NSBundle::mainBundle(), "missing"), text) << content;
+  }
+  EXPECT_EQ(GetCapturedStderr(), "");
+}
+
+TEST_F(BundleTest, ADamagedTableKeepsItsStartAndNamesTheLineOnce) {
+  struct Case {
+    std::string damage, problem;
+  };
+  int count = 0;
+  for (const auto& [damage, problem] : {
+           Case{"\"b\" = \"c\"", "2: expected \";\" after \"b\""},
+           Case{"\"b\" \"c\";", "2: expected \";\" after \"b\""},
+           Case{"\"b\" = ;", "2: expected a text in quotes"},
+           Case{"\"b\" = ", "2: the file ends where a text is expected"},
+           Case{"\n\"b\" = \"never\n\nclosed;", "3: a text has no closing quote"},
+           Case{"\"b\" = \"\\", "2: a text has no closing quote"},
+           Case{"/* never closed", "2: a comment has no end"},
+           Case{"\"b\" = \"\\U12\";", "2: \"\\U\" takes four hexadecimal digits"},
+           Case{std::string("\0", 1), "2: expected a text in quotes"},
+           Case{"\"b\" = \"\xFF\";", "1: has bytes that are not UTF-8"},
+       }) {
+    const std::string name = "Case" + std::to_string(count++);
+    const std::string file = folder_.write("App/" + name + ".strings", "\"a\" = \"kept\";\n" + damage);
+    CaptureStderr();
+    for (int again = 0; again < 2; ++again)
+      EXPECT_EQ(NSLocalizedString("a", name, NSBundle::mainBundle(), ""), "kept") << damage;
+    EXPECT_EQ(GetCapturedStderr(), "tellvane-platform: " + file + ":" + problem + "\n");
+  }
 }
 
 TEST_F(BundleTest, AreFoundByIdentifierWhereTheProcessCanLoadFrom) {

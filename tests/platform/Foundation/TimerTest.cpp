@@ -100,8 +100,8 @@ TEST_F(TimerTest, DefaultModeWaitsForTheEndOfADragAndCommonModesDoNot) {
   loop->popMode();
   EXPECT_EQ(target_->times, Times{}) << "called inside popMode";
   Clock::shared().runFor(100ms);
-  // The timer once for all it missed, and the delayed perform, as soon as the drag is over; then the grid
-  // again.
+  // The timer once for all it missed, and the delayed perform, as soon as the drag is over; then
+  // the grid again.
   EXPECT_EQ(target_->times, (Times{350, 350, 400}));
   EXPECT_EQ(cancelled->times, Times{});
 }

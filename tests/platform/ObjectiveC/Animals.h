@@ -40,7 +40,7 @@ class Dog : public ios::Subclass<Dog, Animal> {
   }
 };
 
-/// Without a table of its own.
+/// Has no method table of its own.
 class Puppy : public Dog {};
 
 class Stone : public ios::NSObject {};

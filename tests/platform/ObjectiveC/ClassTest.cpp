@@ -9,6 +9,9 @@
 namespace ios {
 
 class NSPrivateThing : public NSObject {};
+namespace {
+class NSUnnamedThing : public NSObject {};
+}  // namespace
 
 namespace {
 
@@ -71,7 +74,7 @@ TEST(Categories, ReplaceOverrideAndReachEverySubclass) {
 void roll(Dog& dog) {
   dog.log.push_back("rolls");
 }
-// There before any thread asks for it.
+// Added before any thread looks it up.
 const Category kEarly{Dog::classObject(), {{"roll", &roll}}};
 
 // Fault: replacing a method pulls it from under a thread that is looking it up or is inside it.
@@ -94,6 +97,7 @@ TEST(Classes, AreDescribedAsTheirReadersKnowThem) {
   const std::pair<std::shared_ptr<NSObject>, std::string> rows[] = {
       {std::make_shared<NSObject>(), "NSObject"},
       {std::make_shared<NSPrivateThing>(), "NSPrivateThing"},
+      {std::make_shared<NSUnnamedThing>(), "NSUnnamedThing"},
       {std::make_shared<Dog>(), "Zoo.Dog"},
       {std::make_shared<Box<NSPrivateThing>>(), "Zoo.Box<NSPrivateThing>"},
       {std::make_shared<Box<Dog>>(), "Zoo.Box<Zoo.Dog>"},
@@ -103,12 +107,10 @@ TEST(Classes, AreDescribedAsTheirReadersKnowThem) {
   EXPECT_NE(Local().className().find("Local"), std::string::npos);
 }
 
-TEST(Classes, TellExactlyOfFromIsA) {
+TEST(Classes, ASubclassIsNotAMemberOfItsBase) {
   Puppy puppy;
-  EXPECT_TRUE(isKindOfClass<Dog>(puppy));
   EXPECT_FALSE(isMemberOfClass<Dog>(puppy));
   EXPECT_TRUE(isMemberOfClass<Puppy>(puppy));
-  EXPECT_FALSE(isKindOfClass<Stone>(puppy));
 }
 
 TEST(Actions, TakeTheirSenderOrNothing) {

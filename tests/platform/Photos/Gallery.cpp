@@ -99,6 +99,13 @@ std::string Gallery::query(const std::string& statement) const {
   return bytesOf(output);
 }
 
+std::vector<std::string> Gallery::members(const PHAssetCollection& album) const {
+  return linesOf(
+      query("SELECT asset.uuid || '/L0/001' FROM membership JOIN album ON album.id = membership.album"
+            " JOIN asset ON asset.id = membership.asset WHERE album.uuid || '/L0/040' = '" +
+            album.localIdentifier() + "' ORDER BY membership.id"));
+}
+
 std::vector<std::string> Gallery::files() const {
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(media())) {

@@ -14,7 +14,7 @@
 
 namespace testing_support {
 
-/// A device in virtual time that allows the use of its photo library. One a process.
+/// A device in virtual time that allows the use of its photo library. One per process.
 class Gallery {
  public:
   Gallery();
@@ -33,8 +33,10 @@ class Gallery {
                                   const std::shared_ptr<ios::PHAssetCollection>& album = nullptr,
                                   std::shared_ptr<ios::NSError>* error = nullptr) const;
 
-  /// What another program reads in the library, a line a row.
+  /// What another program reads in the library, one line per row.
   std::string query(const std::string& statement) const;
+  /// The identifiers of an album's assets, in their order, as another program reads them.
+  std::vector<std::string> members(const ios::PHAssetCollection& album) const;
   /// Names of all that lies in the library's folder, without the database's own passing files.
   std::vector<std::string> files() const;
   /// Fails the test unless each asset has its movie, whole, and there is no other file of the library.

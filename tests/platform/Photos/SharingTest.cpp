@@ -30,7 +30,7 @@ TEST(PhotoLibrary, SeveralProcessesSaveAtOnce) {
     }
   }
   EXPECT_EQ(identifiers.size(), 40u);
-  EXPECT_EQ(PHAsset::fetchAssetsInAssetCollection(*album, nullptr)->count(), 50u);
+  EXPECT_EQ(gallery.members(*album).size(), 50u);
   gallery.expectWhole();
 }
 

@@ -7,7 +7,7 @@
 
 #include "UIKit/UIGraphics.h"
 
-/// What was drawn, as an image of one pixel a point whose pixels read as 0xAARRGGBB.
+/// What was drawn, as an image with one pixel per point, whose pixels read as 0xAARRGGBB.
 struct Picture {
   std::shared_ptr<ios::UIImage> image;
 

@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "UIKit/UIApplication.h"
-#include "UIKit/UIGestureRecognizer.h"
+#include "UIKit/UITapGestureRecognizer.h"
 #include "support/TestPhone.h"
 
 namespace ios {
 
-/// Counts what it is told and may do something at it.
+/// Counts its calls, and can run a function at each.
 class Listener : public Subclass<Listener, NSObject> {
  public:
   static MethodList methods() { return {{"heard", &Listener::heard}}; }

@@ -7,7 +7,7 @@
 #include "AVFoundation/Microphone.h"
 #include "Device/Device.h"
 #include "DeviceClock/Clock.h"
-#include "Studio.h"
+#include "platform/AVFoundation/Studio.h"
 
 namespace ios {
 namespace {
@@ -194,7 +194,7 @@ TEST_F(CaptureTest, AnEmptySessionRunsAndDeliversNothing) {
   EXPECT_EQ(output->recommendedAudioSettingsForAssetWriterWithOutputFileType(AVFileTypeMPEG4), std::nullopt);
 }
 
-TEST_F(CaptureTest, AMicrophoneThatIsNotToBeHadSaysWhy) {
+TEST_F(CaptureTest, AMicrophoneThatCannotBeUsedSaysWhy) {
   struct Row {
     const char* name;
     std::function<void()> arrange;
@@ -248,7 +248,7 @@ TEST_F(CaptureTest, AFileIsPlayedAgainAndAgain) {
   for (std::size_t i = 0; i < sound.size(); ++i) ASSERT_EQ(sound[i], samples[i % 6]) << "sample " << i;
 }
 
-TEST_F(CaptureTest, FilesThatAreNoSoundAreRefusedWithAReason) {
+TEST_F(CaptureTest, FilesWithoutUsableSoundAreRefusedWithAReason) {
   const std::string good = wave(8000, 1, {1, 2, 3});
   struct Row {
     const char* name;

@@ -7,7 +7,7 @@
 #include "Device/PermissionPrompt.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
-#include "Studio.h"
+#include "platform/AVFoundation/Studio.h"
 
 namespace ios {
 namespace {

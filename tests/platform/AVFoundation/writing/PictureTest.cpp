@@ -7,7 +7,7 @@
 #include <random>
 #include <set>
 
-#include "Studio.h"
+#include "platform/AVFoundation/Studio.h"
 
 namespace ios {
 namespace {
@@ -136,67 +136,59 @@ bool changesAt(int frame) {
 
 TEST(MovieWriter, StillPicturesCostNextToNothingAndEveryFrameIsRight) {
   Studio studio;
-  for (const bool named : {false, true}) {
-    const Movie movie(studio, {.width = 128, .height = 96, .bitRate = 2e6});
-    constexpr int kFrames = 900;
-    std::vector<std::size_t> shown;
-    for (int frame = 0; frame < kFrames; ++frame) {
-      shown.push_back((shown.empty() ? 0 : shown.back()) + (changesAt(frame) ? 1 : 0));
-      const auto drawn = picture(128, 96, [&](auto x, auto y) { return square(x, y, shown.back()); });
-      if (named) CVPixelBufferSetContentGeneration(drawn, shown.back() + 1);
-      ASSERT_TRUE(movie.append(drawn, frame / 30.0)) << movie.problem();
-    }
-    movie.finish();
-    const MovieProbe probe = movie.probe();
-    const auto pictures = probe.pictures();
-    ASSERT_EQ(pictures.size(), static_cast<std::size_t>(kFrames));
-    int wrong = 0;
-    for (int frame = 0; frame < kFrames; ++frame) {
-      for (std::size_t x = 16; x < 128; x += 32) {
-        const auto& decoded = pictures[static_cast<std::size_t>(frame)];
-        if (decoded.at(x, 48).distance(square(x, 48, shown[static_cast<std::size_t>(frame)])) > 12) ++wrong;
-      }
-    }
-    EXPECT_EQ(wrong, 0);
-    const auto sizes = probe.sizes('v');
-    const auto small = std::count_if(sizes.begin(), sizes.end(), [](long size) { return size < 20; });
-    EXPECT_GT(small, kFrames * 3 / 4) << "still pictures were encoded";
-    EXPECT_LE(probe.longestKeyInterval(), 250u) << "a player could not jump into the movie";
-    std::filesystem::remove(studio.path());
+  const Movie movie(studio, {.width = 128, .height = 96, .bitRate = 2e6});
+  constexpr int kFrames = 900;
+  std::vector<std::size_t> shown;
+  for (int frame = 0; frame < kFrames; ++frame) {
+    shown.push_back((shown.empty() ? 0 : shown.back()) + (changesAt(frame) ? 1 : 0));
+    const auto drawn = picture(128, 96, [&](auto x, auto y) { return square(x, y, shown.back()); });
+    ASSERT_TRUE(movie.append(drawn, frame / 30.0)) << movie.problem();
   }
-}
-
-TEST(MovieWriter, ContentOfTheSameNameIsNotLookedAt) {
-  Studio studio;
-  const Movie movie(studio);
-  const auto first = plain(64, 64, kColours[2]), second = plain(64, 64, kColours[4]),
-             third = plain(64, 64, kColours[4]);
-  CVPixelBufferSetContentGeneration(first, 5);
-  CVPixelBufferSetContentGeneration(second, 5);
-  CVPixelBufferSetContentGeneration(third, 6);
-  ASSERT_TRUE(movie.append(first, 0) && movie.append(second, 0.033) && movie.append(third, 0.066));
   movie.finish();
-  const auto pictures = movie.probe().pictures();
-  ASSERT_EQ(pictures.size(), 3u);
-  EXPECT_LE(pictures[1].at(32, 32).distance(kColours[2]), 8);
-  EXPECT_LE(pictures[2].at(32, 32).distance(kColours[4]), 8);
+  const MovieProbe probe = movie.probe();
+  const auto pictures = probe.pictures();
+  ASSERT_EQ(pictures.size(), static_cast<std::size_t>(kFrames));
+  int wrong = 0;
+  for (int frame = 0; frame < kFrames; ++frame) {
+    for (std::size_t x = 16; x < 128; x += 32) {
+      const auto& decoded = pictures[static_cast<std::size_t>(frame)];
+      if (decoded.at(x, 48).distance(square(x, 48, shown[static_cast<std::size_t>(frame)])) > 12) ++wrong;
+    }
+  }
+  EXPECT_EQ(wrong, 0);
+  const auto sizes = probe.sizes('v');
+  const auto small = std::count_if(sizes.begin(), sizes.end(), [](long size) { return size < 20; });
+  EXPECT_GT(small, kFrames * 3 / 4) << "still pictures were encoded";
+  EXPECT_LE(probe.longestKeyInterval(), 450u) << "a player could not jump into the movie";
 }
 
-TEST(MovieWriter, KeepsTheBitRateWhateverTheFrameRate) {
+// Pictures that have nothing in common with the ones before need more than any rate gives.
+TEST(MovieWriter, KeepsTheBitRateOverThirtySecondsWhateverIsShown) {
   Studio studio;
-  for (const double rate : {15.0, 30.0, 60.0}) {
-    const Movie movie(studio, {.width = 320, .height = 240, .bitRate = 629145.6});
+  const struct {
+    const char* name;
+    std::size_t grain;  // pixels that have a colour in common, across and down
+    double pace;        // pictures a second
+    double rate;        // asked for
+  } rows[] = {{"coarse", 8, 15, 629145.6}, {"coarse, quick", 8, 60, 629145.6}, {"noise", 1, 30, 100000}};
+  for (const auto& row : rows) {
+    const Movie movie(studio, {.width = 320, .height = 240, .bitRate = row.rate});
     std::mt19937 random(1);
-    const int frames = static_cast<int>(10 * rate);
+    const int frames = static_cast<int>(30 * row.pace);
+    const std::size_t columns = 320 / row.grain;
+    std::vector<Colour> grains(columns * (240 / row.grain));
     for (int frame = 0; frame < frames; ++frame) {
-      std::vector<Colour> blocks(40 * 30);
-      for (auto& block : blocks) block = {int(random() % 256), int(random() % 256), int(random() % 256)};
-      ASSERT_TRUE(movie.append(picture(320, 240, [&](auto x, auto y) { return blocks[y / 8 * 40 + x / 8]; }),
-                               frame / rate));
+      for (auto& colour : grains) {
+        const auto value = random();
+        colour = {int(value & 255), int(value >> 8 & 255), int(value >> 16 & 255)};
+      }
+      const auto colourAt = [&](auto x, auto y) { return grains[y / row.grain * columns + x / row.grain]; };
+      ASSERT_TRUE(movie.append(picture(320, 240, colourAt), frame / row.pace));
     }
     movie.finish();
-    EXPECT_NEAR(movie.probe().number('v', "bit_rate"), 629145.6, 629145.6 * 0.15)
-        << rate << " frames a second";
+    const double rate = movie.probe().number('v', "bit_rate");
+    EXPECT_LE(rate, row.rate * 1.05) << row.name;
+    EXPECT_GE(rate, row.rate * 0.85) << row.name;
     std::filesystem::remove(studio.path());
   }
 }

@@ -6,7 +6,7 @@
 
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
-#include "Studio.h"
+#include "platform/AVFoundation/Studio.h"
 
 namespace ios {
 namespace {
@@ -24,8 +24,8 @@ MovieOptions withSound(std::optional<NSDictionary> settings = aacSettings()) {
   return {.sound = true, .soundSettings = std::move(settings), .start = kStart};
 }
 
-/// Silence up to frame 44100 of the movie, then a tone; as a microphone gives it, `position` frames from the
-/// start.
+/// Silence up to frame 44100 of the movie, then a tone; as a microphone gives it, `position` frames
+/// from the start.
 std::vector<std::int16_t> silenceThenTone(std::int64_t position) {
   auto samples = tone(1000, 1024, static_cast<std::size_t>(std::max<std::int64_t>(position, 0)));
   for (std::int64_t i = 0; i < 1024; ++i) {

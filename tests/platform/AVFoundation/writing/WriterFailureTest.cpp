@@ -8,7 +8,7 @@
 #include "Device/Files.h"
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
-#include "Studio.h"
+#include "platform/AVFoundation/Studio.h"
 
 namespace ios {
 namespace {
@@ -116,8 +116,8 @@ TEST(MovieFailure, BadTimesAndMediaFailTheWriter) {
   const Row rows[] = {
       {"the same time", [&](auto& movie) { return at(movie, CMTimeMake(1, 2)); }, "not later"},
       {"an earlier time", [&](auto& movie) { return at(movie, CMTimeMake(1, 3)); }, "not later"},
-      {"no time", [&](auto& movie) { return at(movie, kCMTimeInvalid); }, "no number"},
-      {"an endless time", [&](auto& movie) { return at(movie, kCMTimePositiveInfinity); }, "no number"},
+      {"no time", [&](auto& movie) { return at(movie, kCMTimeInvalid); }, "not a number"},
+      {"an endless time", [&](auto& movie) { return at(movie, kCMTimePositiveInfinity); }, "not a number"},
       {"a time beyond all files", [&](auto& movie) { return at(movie, CMTimeMake(INT64_MAX, 1)); },
        "out of range"},
       {"a picture that stands for a day", [&](auto& movie) { return at(movie, CMTimeMake(86400, 1)); },
@@ -182,7 +182,7 @@ TEST(MovieFailure, WhatComesAfterTheEndIsRefusedAndHarmless) {
   EXPECT_EQ(movie.probe().pictures().size(), 1u);
 }
 
-TEST(MovieFailure, AMovieOfNothingIsNone) {
+TEST(MovieFailure, AMovieWithoutMediaFails) {
   Studio studio;
   const Movie movie(studio);
   EXPECT_EQ(movie.finish(), 1);
@@ -290,7 +290,7 @@ TEST(MovieFailure, InputsThatCannotBeMetAreRefusedBeforeAnythingIsWritten) {
       {"pictures without settings", AVMediaTypeVideo, std::nullopt},
       {"another codec", AVMediaTypeVideo, otherCodec},
       {"no width", AVMediaTypeVideo, video(0, 64, 1e6)},
-      {"a width that is no number", AVMediaTypeVideo, video(NAN, 64, 1e6)},
+      {"a width that is not a number", AVMediaTypeVideo, video(NAN, 64, 1e6)},
       {"a height beyond all screens", AVMediaTypeVideo, video(64, 1e9, 1e6)},
       {"no bits", AVMediaTypeVideo, video(64, 64, 0)},
       {"bits that are a text", AVMediaTypeVideo, video(64, 64, "many")},

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "Support.h"
 #include "UIKit/UILabel.h"
+#include "platform/UIKit/Support.h"
 
 namespace controllers_test {
 namespace {
@@ -165,46 +165,47 @@ TEST(AlertController, OnAPadASheetIsAPopoverAtItsAnchor) {
   }
 }
 
+struct ButtonLayout {
+  const char* name;
+  const char* language;
+  std::vector<std::pair<const char*, ActionStyle>> actions;
+  /// From left to right, then from top to bottom.
+  std::vector<const char*> order;
+  bool sideBySide;
+};
+const ButtonLayout kButtonLayouts[] = {
+    {"two",
+     "en-US",
+     {{"Install", ActionStyle::default_}, {"Cancel", ActionStyle::destructive}},
+     {"Install", "Cancel"},
+     true},
+    {"cancel first",
+     "en-US",
+     {{"OK", ActionStyle::default_}, {"Cancel", ActionStyle::cancel}},
+     {"Cancel", "OK"},
+     true},
+    {"mirrored",
+     "ar",
+     {{"OK", ActionStyle::default_}, {"Cancel", ActionStyle::cancel}},
+     {"OK", "Cancel"},
+     true},
+    {"long",
+     "de-DE",
+     {{"Abbrechen", ActionStyle::cancel}, {"Bildschirmaufnahme starten", ActionStyle::default_}},
+     {"Bildschirmaufnahme starten", "Abbrechen"},
+     false},
+    {"three",
+     "en-US",
+     {{"Cancel", ActionStyle::cancel}, {"A", ActionStyle::default_}, {"B", ActionStyle::default_}},
+     {"A", "B", "Cancel"},
+     false},
+};
+
 TEST(AlertController, LaysButtonsOutByStyleLanguageAndLength) {
-  struct Row {
-    const char* name;
-    const char* language;
-    std::vector<std::pair<const char*, ActionStyle>> actions;
-    /// From left to right, then from top to bottom.
-    std::vector<const char*> order;
-    bool sideBySide;
-  };
-  const Row rows[] = {
-      {"two",
-       "en-US",
-       {{"Install", ActionStyle::default_}, {"Cancel", ActionStyle::destructive}},
-       {"Install", "Cancel"},
-       true},
-      {"cancel first",
-       "en-US",
-       {{"OK", ActionStyle::default_}, {"Cancel", ActionStyle::cancel}},
-       {"Cancel", "OK"},
-       true},
-      {"mirrored",
-       "ar",
-       {{"OK", ActionStyle::default_}, {"Cancel", ActionStyle::cancel}},
-       {"OK", "Cancel"},
-       true},
-      {"long",
-       "de-DE",
-       {{"Abbrechen", ActionStyle::cancel}, {"Bildschirmaufnahme starten", ActionStyle::default_}},
-       {"Bildschirmaufnahme starten", "Abbrechen"},
-       false},
-      {"three",
-       "en-US",
-       {{"Cancel", ActionStyle::cancel}, {"A", ActionStyle::default_}, {"B", ActionStyle::default_}},
-       {"A", "B", "Cancel"},
-       false},
-  };
   TestPhone phone;
   const auto root = plain();
   phone.show(root);
-  for (const Row& row : rows) {
+  for (const ButtonLayout& row : kButtonLayouts) {
     SCOPED_TRACE(row.name);
     phone.device().changeSettings([&](DeviceSettings& settings) { settings.languages = {row.language}; });
     const auto alert = UIAlertController::alertControllerWithTitle("t", "m", Style::alert);

@@ -2,9 +2,9 @@
 #include <malloc.h>
 
 #include "Foundation/NSNotificationCenter.h"
-#include "Screen.h"
 #include "UIKit/UIDevice.h"
 #include "UIKit/UIScreen.h"
+#include "platform/UIKit/Screen.h"
 
 namespace ios {
 namespace {
@@ -136,8 +136,6 @@ TEST(Application, OpensPagesSettingsAndItselfAndNothingElse) {
   }
 }
 
-// --- Shakes ---
-
 Lines heard;
 
 void shaken(UIWindow& window, UIEventSubtype motion, const std::shared_ptr<UIEvent>& event) {
@@ -204,8 +202,7 @@ TEST(Application, TurningTheDeviceTurnsTheWindowsThatFillTheScreen) {
   EXPECT_EQ(Lines{}, turn(3));
 }
 
-// Recognisers that are put on afresh, taps half made, displays looked at: after a while no more memory than
-// before.
+// Reinstalled recognisers, unfinished taps and display reads must not make the heap grow.
 TEST(Application, AnHourOfIdlingLeavesTheHeapAsItWas) {
   TestPhone phone;
   const auto window = phone.show();

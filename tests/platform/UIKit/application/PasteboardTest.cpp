@@ -2,8 +2,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "Support.h"
 #include "UIKit/UIPasteboard.h"
+#include "platform/UIKit/Support.h"
 
 namespace controllers_test {
 namespace {
@@ -55,6 +55,11 @@ TEST(Pasteboard, ADiskThatRefusesKeepsTheOldItems) {
   }
   pasteboard->setItems({{{"t", data("new")}}});
   EXPECT_EQ("new", text(pasteboard->items().at(0).at("t")));
+
+  setDiskFault([](const std::string&, const std::filesystem::path&) { return ENOSPC; });
+  EXPECT_EQ("", complaintsOf([&] { pasteboard->setItems({}); }));
+  EXPECT_TRUE(pasteboard->items().empty()) << "emptying takes no space";
+  setDiskFault(nullptr);
 }
 
 TEST(Pasteboard, DamageCountsAsEmptyAndIsOverwritten) {

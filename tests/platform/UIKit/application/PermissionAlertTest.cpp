@@ -2,8 +2,8 @@
 #include "Dispatch/Queue.h"
 #include "Foundation/NSNotificationCenter.h"
 #include "Photos/PHPhotoLibrary.h"
-#include "Support.h"
 #include "UIKit/UIControl.h"
+#include "platform/UIKit/Support.h"
 
 namespace controllers_test {
 namespace {

@@ -1,10 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "UIKit/Automation/AutomationServer.h"
-#include "UIKit/Automation/VisibleElements.h"
-#include "UIKit/UIControl.h"
+#include "UIKit/AutomationCoding.h"
+#include "UIKit/AutomationServer.h"
+#include "UIKit/UIButton.h"
 #include "UIKit/UILabel.h"
 #include "UIKit/UIScrollView.h"
+#include "UIKit/VisibleElements.h"
 #include "support/TestPhone.h"
 
 namespace {
@@ -32,7 +33,7 @@ std::string seen() {
   return texts;
 }
 
-// Each of these would make a flow see, or tap on, what nobody can.
+// With each of these faults, a flow would see or tap what no user can.
 TEST(VisibleElements, AreThoseThatAPersonWouldSee) {
   TestPhone phone;
   const auto window = phone.show();
@@ -73,6 +74,13 @@ TEST(AutomationServer, RefusesWhatMakesNoSense) {
   TestPhone phone;
   phone.show();
   AutomationServer server(*UIApplication::sharedApplication());
+  const NSDictionary tap{{"request", "tap"}, {"x", 1.0},  {"y", 1},    {"count", 1},
+                         {"fingers", 1},     {"hold", 1}, {"delay", 1}};
+  const auto tapWith = [&tap](const std::string& key, const PropertyList& value) {
+    NSDictionary changed = tap;
+    changed[key] = value;
+    return changed;
+  };
   const struct {
     NSDictionary request;
     const char* problem;
@@ -80,10 +88,11 @@ TEST(AutomationServer, RefusesWhatMakesNoSense) {
       {{}, "a request without a name"},
       {{{"request", 7}}, "a request without a name"},
       {{{"request", "explode"}}, "no request is called \"explode\""},
-      {{{"request", "tap"}, {"x", "left"}, {"y", 1.0}}, "a tap without a place"},
-      {{{"request", "tap"}, {"x", 1.0}, {"y", 1}, {"count", -1}}, "a tap of nothing"},
-      {{{"request", "swipe"}, {"fromX", 1.0}}, "a swipe from nowhere to nowhere"},
-      {{{"request", "openURL"}}, "openURL without a URL"},
+      {{{"request", "tap"}}, "tap: \"x\" is missing or of another kind"},
+      {tapWith("y", "left"), "tap: \"y\" is missing or of another kind"},
+      {tapWith("fingers", std::int64_t{1} << 40), "tap: \"fingers\" is missing or of another kind"},
+      {tapWith("count", -1), "a tap of nothing"},
+      {{{"request", "openURL"}, {"url", 1}}, "openURL: \"url\" is missing or of another kind"},
   };
   for (const auto& c : kCases) {
     const PropertyList answer(server.answer(c.request));
@@ -92,6 +101,20 @@ TEST(AutomationServer, RefusesWhatMakesNoSense) {
   }
   EXPECT_EQ(phone.now(), 0);  // and none of it took time
   EXPECT_FALSE(server.hasEnded());
+  EXPECT_EQ(*PropertyList(server.answer(tap)).text("problem"), "");
+}
+
+/// What a driver learns over the channel: the test plays both ends, through real bytes.
+template <class Request>
+automation::Reply<Request> askThroughBytes(AutomationServer& server, const Request& request) {
+  const auto reply =
+      automation::ask(request, [&server](const NSDictionary& asked) -> std::optional<NSDictionary> {
+        const auto came = PropertyList::parse(PropertyList(asked).binary());
+        const auto answer = PropertyList::parse(PropertyList(server.answer(*came->dictionary())).binary());
+        return *answer->dictionary();
+      });
+  EXPECT_TRUE(reply) << Request::kName;
+  return reply.value_or(automation::Reply<Request>());
 }
 
 TEST(AutomationServer, SettlesWhenAnAnimationHasEnded) {
@@ -103,14 +126,41 @@ TEST(AutomationServer, SettlesWhenAnAnimationHasEnded) {
   AutomationServer server(*UIApplication::sharedApplication());
   const double start = phone.now();
   UIView::animateWithDuration(0.5, [&] { block->setFrame(CGRectMake(300, 100, 50, 50)); });
-  const NSDictionary answer = server.answer({{"request", "settle"}, {"limit", std::int64_t{3'000'000'000}}});
-  EXPECT_EQ(answer.at("still"), PropertyList(true));
+  const auto reply = askThroughBytes(server, automation::Settle{std::chrono::seconds(3)});
+  EXPECT_TRUE(reply.answer.still);
+  EXPECT_EQ(reply.status.uptime, Clock::shared().now().time_since_epoch());
   EXPECT_GE(phone.now() - start, 0.5);
   EXPECT_LE(phone.now() - start, 0.7);
 
   UIView::animateWithDuration(5, [&] { block->setFrame(CGRectMake(0, 100, 50, 50)); });
-  const NSDictionary later = server.answer({{"request", "settle"}, {"limit", std::int64_t{1'000'000'000}}});
-  EXPECT_EQ(later.at("still"), PropertyList(false));
+  EXPECT_FALSE(askThroughBytes(server, automation::Settle{std::chrono::seconds(1)}).answer.still);
+}
+
+TEST(AutomationServer, TellsAndDoesThroughTheChannelsBytes) {
+  TestPhone phone;
+  const auto window = phone.show();
+  auto button = std::make_shared<UIButton>(CGRectMake(20, 400, 100, 40));
+  button->setTitle("Go");
+  window->rootViewController()->view()->addSubview(button);
+  AutomationServer server(*UIApplication::sharedApplication());
+
+  const auto elements = askThroughBytes(server, automation::Elements()).answer.elements;
+  ASSERT_EQ(elements.size(), 1u);
+  EXPECT_EQ(elements[0].text, "Go");
+  EXPECT_EQ(elements[0].frame, CGRectMake(20, 400, 100, 40));
+  EXPECT_TRUE(elements[0].control);
+  const Bytes png = askThroughBytes(server, automation::Screenshot()).answer.png;
+  ASSERT_GT(png.size(), 8u);
+  EXPECT_EQ(png[1], 'P');
+
+  askThroughBytes(server,
+                  automation::Tap{.location = {70, 420}, .count = 2, .hold = std::chrono::seconds(1)});
+  EXPECT_NEAR(phone.now(), 2.1, 0.1);
+  const auto status = askThroughBytes(server, automation::MoveToBackground{"home"}).status;
+  EXPECT_EQ(status.front, "home");
+  EXPECT_EQ(status.state, static_cast<int>(UIApplicationState::background));
+  askThroughBytes(server, automation::Terminate());
+  EXPECT_TRUE(server.hasEnded());
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
-#include "Support.h"
 #include "UIKit/UINavigationController.h"
 #include "UIKit/UISplitViewController.h"
 #include "UIKit/UITabBarController.h"
+#include "platform/UIKit/Support.h"
 
 namespace controllers_test {
 namespace {

@@ -1,8 +1,8 @@
 #include <array>
 
-#include "Support.h"
-#include "UIKit/UIControl.h"
+#include "UIKit/UIButton.h"
 #include "UIKit/UINavigationController.h"
+#include "platform/UIKit/Support.h"
 
 namespace controllers_test {
 namespace {

@@ -7,7 +7,7 @@
 #include "DeviceClock/Clock.h"
 #include "Dispatch/Queue.h"
 #include "Dispatch/Semaphore.h"
-#include "Picture.h"
+#include "platform/UIKit/Picture.h"
 
 using namespace ios;
 

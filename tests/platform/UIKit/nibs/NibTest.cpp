@@ -39,30 +39,32 @@ class Screen : public Subclass<Screen, UIViewController> {
   void count() { ++counted; }
 };
 
+/// A whole document whose view holds `inside`, and whose owner has `connections`.
+std::string document(const std::string& inside, const std::string& connections = "") {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><document version=\"3.0\"><objects>"
+         "<placeholder placeholderIdentifier=\"IBFilesOwner\" id=\"-1\"><connections>"
+         "<outlet property=\"view\" destination=\"root\"/>" +
+         connections +
+         "</connections></placeholder><placeholder placeholderIdentifier=\"IBFirstResponder\" id=\"-2\"/>"
+         "<view id=\"root\"><rect key=\"frame\" x=\"0\" y=\"0\" width=\"300\" height=\"400\"/>"
+         "<autoresizingMask widthSizable=\"YES\" heightSizable=\"YES\"/><subviews>" +
+         inside + "</subviews></view></objects></document>";
+}
+
+std::string button(const std::string& connections, const std::string& identifier = "b") {
+  return "<button id=\"" + identifier +
+         "\"><rect key=\"frame\" x=\"50\" y=\"100\" width=\"200\" height=\"50\"/><state key=\"normal\" "
+         "title=\"Press\"/><connections>" +
+         connections + "</connections></button>";
+}
+
+std::string label(const std::string& attributes, const std::string& inside = "") {
+  return "<label id=\"l\" " + attributes +
+         "><rect key=\"frame\" x=\"10\" y=\"10\" width=\"100\" height=\"30\"/>" + inside + "</label>";
+}
+
 class Nib : public testing::Test {
  protected:
-  /// A whole document whose view holds `inside`, and whose owner has `connections`.
-  static std::string document(const std::string& inside, const std::string& connections = "") {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><document version=\"3.0\"><objects>"
-           "<placeholder placeholderIdentifier=\"IBFilesOwner\" id=\"-1\"><connections>"
-           "<outlet property=\"view\" destination=\"root\"/>" +
-           connections +
-           "</connections></placeholder><placeholder placeholderIdentifier=\"IBFirstResponder\" id=\"-2\"/>"
-           "<view id=\"root\"><rect key=\"frame\" x=\"0\" y=\"0\" width=\"300\" height=\"400\"/>"
-           "<autoresizingMask widthSizable=\"YES\" heightSizable=\"YES\"/><subviews>" +
-           inside + "</subviews></view></objects></document>";
-  }
-  static std::string button(const std::string& connections, const std::string& identifier = "b") {
-    return "<button id=\"" + identifier +
-           "\"><rect key=\"frame\" x=\"50\" y=\"100\" width=\"200\" height=\"50\"/><state key=\"normal\" "
-           "title=\"Press\"/><connections>" +
-           connections + "</connections></button>";
-  }
-  static std::string label(const std::string& attributes, const std::string& inside = "") {
-    return "<label id=\"l\" " + attributes +
-           "><rect key=\"frame\" x=\"10\" y=\"10\" width=\"100\" height=\"30\"/>" + inside + "</label>";
-  }
-
   void write(const std::string& file, const std::string& text) { folder_.write(file, text); }
   std::shared_ptr<Screen> screen() {
     return std::make_shared<Screen>("Screen", std::make_shared<NSBundle>(folder_.path()));
@@ -196,58 +198,61 @@ TEST_F(Nib, IsMirroredForWhoReadsFromTheRightUnlessItIsOfTheirLanguage) {
   }
 }
 
+std::string action(const std::string& attributes) {
+  return button("<action " + attributes + "/>");
+}
+
+struct Unknown {
+  std::string what, inside, connections, complaint;
+};
+const std::vector<Unknown> kUnknown{
+    {"an element", "<hologram id=\"h\"/>", "", "<hologram id=\"h\"> is not a known element"},
+    {"a child element",
+     "<view id=\"v\"><rect x=\"0\" y=\"0\" width=\"1\" height=\"1\"/><constraints/></view>", "",
+     "<constraints> inside <view id=\"v\"> is not known"},
+    {"a class",
+     "<view id=\"v\" customClass=\"Hologram\"><rect x=\"0\" y=\"0\" width=\"1\" height=\"1\"/></view>", "",
+     "unknown class Hologram of <view id=\"v\">"},
+    {"a frame", "<view id=\"v\"/>", "", "<view id=\"v\"> has no frame"},
+    {"a frame of words", "<view id=\"v\"><rect x=\"0\" y=\"nan\" width=\"1e999\" height=\"many\"/></view>",
+     "", "<view id=\"v\"> has no frame"},
+    {"a negative size", "<view id=\"v\"><rect x=\"0\" y=\"0\" width=\"-1\" height=\"1\"/></view>", "",
+     "has no frame"},
+    {"a color", label("", "<color key=\"textColor\" red=\"1\"/>"), "",
+     "<color key=\"textColor\"> is not a known color"},
+    {"a font", label("", "<fontDescription name=\"Hologram-Bold\" pointSize=\"9\"/>"), "",
+     "there is no font named \"Hologram-Bold\""},
+    {"an image",
+     "<imageView id=\"i\" image=\"hologram\"><rect x=\"0\" y=\"0\" width=\"1\" height=\"1\"/></imageView>",
+     "", "there is no image \"hologram\""},
+    {"an identifier twice", label("text=\"a\"") + label("text=\"b\""), "", "has the identifier of another"},
+    {"an outlet", "", "<outlet property=\"hologram\" destination=\"last\"/>",
+     "Screen has no outlet \"hologram\""},
+    {"an outlet that takes a number", "", "<outlet property=\"level\" destination=\"last\"/>",
+     "has no outlet \"level\""},
+    {"an outlet of two", "", "<outlet property=\"question:x\" destination=\"last\"/>",
+     "has no outlet \"question:x\""},
+    {"an outlet without a name", "", "<outlet destination=\"last\"/>", "has no outlet \"\""},
+    {"an outlet to nowhere", "", "<outlet property=\"question\" destination=\"zzz\"/>",
+     "leads to \"zzz\", which is not there"},
+    {"a connection", "", "<segue destination=\"last\"/>", "<segue> is not a known connection"},
+    {"an action", action("selector=\"hologram:\" destination=\"-1\" eventType=\"touchUpInside\""), "",
+     "Screen has no action \"hologram:\""},
+    {"an action of two", action("selector=\"answer:twice:\" destination=\"-1\" eventType=\"touchUpInside\""),
+     "", "has no action \"answer:twice:\""},
+    {"an action with a number",
+     action("selector=\"setLevel:\" destination=\"-1\" eventType=\"touchUpInside\""), "",
+     "has no action \"setLevel:\""},
+    {"an event", action("selector=\"answer:\" destination=\"-1\" eventType=\"telepathy\""), "",
+     "sends no action at \"telepathy\""},
+    {"an action of the owner", "",
+     "<action selector=\"answer:\" destination=\"-1\" eventType=\"touchUpInside\"/>",
+     "Screen sends no action"},
+};
+
 TEST_F(Nib, WhatIsNotKnownCostsALineAndTheRestIsMade) {
   const TestPhone phone;
-  const auto action = [](const std::string& attributes) { return button("<action " + attributes + "/>"); };
-  struct Row {
-    std::string what, inside, connections, complaint;
-  };
-  const std::vector<Row> rows{
-      {"an element", "<hologram id=\"h\"/>", "", "<hologram id=\"h\"> is no element that is known"},
-      {"a child element",
-       "<view id=\"v\"><rect x=\"0\" y=\"0\" width=\"1\" height=\"1\"/><constraints/></view>", "",
-       "<constraints> inside <view id=\"v\"> is not known"},
-      {"a class",
-       "<view id=\"v\" customClass=\"Hologram\"><rect x=\"0\" y=\"0\" width=\"1\" height=\"1\"/></view>", "",
-       "unknown class Hologram of <view id=\"v\">"},
-      {"a frame", "<view id=\"v\"/>", "", "<view id=\"v\"> has no frame"},
-      {"a frame of words", "<view id=\"v\"><rect x=\"0\" y=\"nan\" width=\"1e999\" height=\"many\"/></view>",
-       "", "<view id=\"v\"> has no frame"},
-      {"a negative size", "<view id=\"v\"><rect x=\"0\" y=\"0\" width=\"-1\" height=\"1\"/></view>", "",
-       "has no frame"},
-      {"a color", label("", "<color key=\"textColor\" red=\"1\"/>"), "",
-       "<color key=\"textColor\"> is no known color"},
-      {"a font", label("", "<fontDescription name=\"Hologram-Bold\" pointSize=\"9\"/>"), "",
-       "there is no font named \"Hologram-Bold\""},
-      {"an image",
-       "<imageView id=\"i\" image=\"hologram\"><rect x=\"0\" y=\"0\" width=\"1\" height=\"1\"/></imageView>",
-       "", "there is no image \"hologram\""},
-      {"an identifier twice", label("text=\"a\"") + label("text=\"b\""), "", "has the identifier of another"},
-      {"an outlet", "", "<outlet property=\"hologram\" destination=\"last\"/>",
-       "Screen has no outlet \"hologram\""},
-      {"an outlet that takes a number", "", "<outlet property=\"level\" destination=\"last\"/>",
-       "has no outlet \"level\""},
-      {"an outlet of two", "", "<outlet property=\"question:x\" destination=\"last\"/>",
-       "has no outlet \"question:x\""},
-      {"an outlet without a name", "", "<outlet destination=\"last\"/>", "has no outlet \"\""},
-      {"an outlet to nowhere", "", "<outlet property=\"question\" destination=\"zzz\"/>",
-       "leads to \"zzz\", which is not there"},
-      {"a connection", "", "<segue destination=\"last\"/>", "<segue> is no connection that is known"},
-      {"an action", action("selector=\"hologram:\" destination=\"-1\" eventType=\"touchUpInside\""), "",
-       "Screen has no action \"hologram:\""},
-      {"an action of two",
-       action("selector=\"answer:twice:\" destination=\"-1\" eventType=\"touchUpInside\""), "",
-       "has no action \"answer:twice:\""},
-      {"an action with a number",
-       action("selector=\"setLevel:\" destination=\"-1\" eventType=\"touchUpInside\""), "",
-       "has no action \"setLevel:\""},
-      {"an event", action("selector=\"answer:\" destination=\"-1\" eventType=\"telepathy\""), "",
-       "sends no action at \"telepathy\""},
-      {"an action of the owner", "",
-       "<action selector=\"answer:\" destination=\"-1\" eventType=\"touchUpInside\"/>",
-       "Screen sends no action"},
-  };
-  for (const auto& row : rows) {
+  for (const auto& row : kUnknown) {
     SCOPED_TRACE(row.what);
     write("Screen.xib",
           document(row.inside + "<view id=\"last\"><rect x=\"1\" y=\"2\" width=\"3\" height=\"4\"/></view>",
@@ -272,8 +277,8 @@ TEST_F(Nib, AnUnreadableDocumentGivesAPlainView) {
     std::string what, text, complaint;
   };
   const std::vector<Row> rows{
-      {"empty", "", "is no well-formed XML"},
-      {"cut", whole.substr(0, whole.size() / 2), "is no well-formed XML at byte"},
+      {"empty", "", "is not well-formed XML"},
+      {"cut", whole.substr(0, whole.size() / 2), "is not well-formed XML at byte"},
       {"a picture", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16), "Screen.xib: is "},
       {"something else", "<plist/>", "is XML without a <document>"},
       {"nothing in it", "<document/>", "is a document without <objects>"},

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "Screen.h"
 #include "UIKit/UIGraphics.h"
+#include "platform/UIKit/Screen.h"
 
 namespace ios {
 namespace {
@@ -41,76 +41,74 @@ bool samePixels(const UIImage& a, const UIImage& b) {
 }
 
 // White window, a red plate at 100,100 of 100×100 with a green one of 20×20 at its left top.
+struct Look {
+  const char* name;
+  std::function<void(UIView& red, UIView& green)> change;
+  CGPoint point;
+  const char* color;
+};
+const Look kLooks[] = {
+    {"as it is", nullptr, {105, 105}, "00ff00"},
+    {"beside", nullptr, {99.6, 150}, "ffffff"},
+    {"first pixel", nullptr, {100, 150}, "ff0000"},
+    {"hidden", [](UIView& r, UIView&) { r.setHidden(true); }, {150, 150}, "ffffff"},
+    {"faint", [](UIView& r, UIView&) { r.setAlpha(0.2); }, {150, 150}, "ffcccc"},
+    {"faint as one group", [](UIView& r, UIView&) { r.setAlpha(0.2); }, {105, 105}, "ccffcc"},
+    {"turned by a quarter",
+     [](UIView& r, UIView&) { r.setTransform(CGAffineTransformMakeRotation(M_PI / 2)); },
+     {195, 105},
+     "00ff00"},
+    {"enlarged",
+     [](UIView& r, UIView&) { r.setTransform(CGAffineTransformMakeScale(2, 2)); },
+     {85, 85},
+     "00ff00"},
+    {"scrolled",
+     [](UIView& r, UIView&) { r.setBounds(CGRectMake(-30, -30, 100, 100)); },
+     {135, 135},
+     "00ff00"},
+    {"hanging out", [](UIView&, UIView& g) { g.setFrame(CGRectMake(90, 0, 20, 20)); }, {205, 105}, "00ff00"},
+    {"hanging out, clipped",
+     [](UIView& r, UIView& g) {
+       g.setFrame(CGRectMake(90, 0, 20, 20));
+       r.setClipsToBounds(true);
+     },
+     {205, 105},
+     "ffffff"},
+    {"round background",
+     [](UIView& r, UIView& g) {
+       g.setHidden(true);
+       r.layer()->cornerRadius = 30;
+     },
+     {103, 103},
+     "ffffff"},
+    {"round, subview not clipped",
+     [](UIView& r, UIView&) { r.layer()->cornerRadius = 30; },
+     {103, 103},
+     "00ff00"},
+    {"round, subview clipped",
+     [](UIView& r, UIView&) {
+       r.layer()->cornerRadius = 30;
+       r.setClipsToBounds(true);
+     },
+     {103, 103},
+     "ffffff"},
+    {"border above the subview",
+     [](UIView& r, UIView&) {
+       r.layer()->borderWidth = 6;
+       r.layer()->borderColor = {0, 0, 1, 1};
+     },
+     {103, 103},
+     "0000ff"},
+    {"shrunk to nothing",
+     [](UIView& r, UIView&) { r.setTransform(CGAffineTransformMakeScale(0, 1)); },
+     {150, 150},
+     "ffffff"},
+};
+
 TEST(Rendering, DrawsTheTreeAsItsValuesSay) {
-  struct Row {
-    const char* name;
-    std::function<void(UIView& red, UIView& green)> change;
-    CGPoint point;
-    const char* color;
-  };
-  const Row rows[] = {
-      {"as it is", nullptr, {105, 105}, "00ff00"},
-      {"beside", nullptr, {99.6, 150}, "ffffff"},
-      {"first pixel", nullptr, {100, 150}, "ff0000"},
-      {"hidden", [](UIView& r, UIView&) { r.setHidden(true); }, {150, 150}, "ffffff"},
-      {"faint", [](UIView& r, UIView&) { r.setAlpha(0.2); }, {150, 150}, "ffcccc"},
-      {"faint as one group", [](UIView& r, UIView&) { r.setAlpha(0.2); }, {105, 105}, "ccffcc"},
-      {"turned by a quarter",
-       [](UIView& r, UIView&) { r.setTransform(CGAffineTransformMakeRotation(M_PI / 2)); },
-       {195, 105},
-       "00ff00"},
-      {"enlarged",
-       [](UIView& r, UIView&) { r.setTransform(CGAffineTransformMakeScale(2, 2)); },
-       {85, 85},
-       "00ff00"},
-      {"scrolled",
-       [](UIView& r, UIView&) { r.setBounds(CGRectMake(-30, -30, 100, 100)); },
-       {135, 135},
-       "00ff00"},
-      {"hanging out",
-       [](UIView&, UIView& g) { g.setFrame(CGRectMake(90, 0, 20, 20)); },
-       {205, 105},
-       "00ff00"},
-      {"hanging out, clipped",
-       [](UIView& r, UIView& g) {
-         g.setFrame(CGRectMake(90, 0, 20, 20));
-         r.setClipsToBounds(true);
-       },
-       {205, 105},
-       "ffffff"},
-      {"round background",
-       [](UIView& r, UIView& g) {
-         g.setHidden(true);
-         r.layer()->cornerRadius = 30;
-       },
-       {103, 103},
-       "ffffff"},
-      {"round, subview not clipped",
-       [](UIView& r, UIView&) { r.layer()->cornerRadius = 30; },
-       {103, 103},
-       "00ff00"},
-      {"round, subview clipped",
-       [](UIView& r, UIView&) {
-         r.layer()->cornerRadius = 30;
-         r.setClipsToBounds(true);
-       },
-       {103, 103},
-       "ffffff"},
-      {"border above the subview",
-       [](UIView& r, UIView&) {
-         r.layer()->borderWidth = 6;
-         r.layer()->borderColor = {0, 0, 1, 1};
-       },
-       {103, 103},
-       "0000ff"},
-      {"shrunk to nothing",
-       [](UIView& r, UIView&) { r.setTransform(CGAffineTransformMakeScale(0, 1)); },
-       {150, 150},
-       "ffffff"},
-  };
   TestPhone phone;
   const auto window = phone.show();
-  for (const Row& row : rows) {
+  for (const Look& row : kLooks) {
     SCOPED_TRACE(row.name);
     const auto red = addPlate(window, CGRectMake(100, 100, 100, 100), 0xff0000);
     const auto green = addPlate(red, CGRectMake(0, 0, 20, 20), 0x00ff00);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Picture.h"
+#include "platform/UIKit/Picture.h"
 
 using namespace ios;
 

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "Picture.h"
+#include <map>
+
+#include "platform/UIKit/Picture.h"
+#include "support/TestPhone.h"
 
 using namespace ios;
 
@@ -120,4 +123,31 @@ TEST(UILabel, IsCalledByItsTextUnlessItWasGivenAName) {
   EXPECT_EQ("Capture Screen", label.accessibilityLabel());
   label.setAccessibilityLabel("Camera");
   EXPECT_EQ("Camera", label.accessibilityLabel());
+}
+
+// Chinese and Japanese share characters and write some of them differently.
+TEST(UILabel, WritesSharedCharactersAsTheUsersFirstLanguageDoes) {
+  testing_support::TestPhone phone({.languages = {"ja-JP", "en-US"}});
+  const auto pixels = [](const char* text) {
+    UILabel label({{0, 0}, {200, 50}});
+    label.setFont(UIFont::systemFontOfSize(40));
+    label.setText(text);
+    const Picture picture = drawn(label);
+    std::vector<std::uint32_t> all;
+    for (std::size_t i = 0; i < picture.width() * picture.height(); ++i)
+      all.push_back(picture.at(i % picture.width(), i / picture.width()));
+    return all;
+  };
+  const char* const shared = "\u76F4\u9AA8\u8FD4";
+  const auto japanese = pixels(shared), latin = pixels("Notes");
+  std::map<std::string, std::vector<std::uint32_t>> forms;
+  for (const char* language : {"zh-Hans-CN", "zh-Hant-TW", "ja"}) {
+    phone.device().changeSettings([&](DeviceSettings& settings) { settings.languages = {language, "ja"}; });
+    forms[language] = pixels(shared);
+    EXPECT_EQ(latin, pixels("Notes")) << language;
+  }
+  EXPECT_EQ(japanese, forms["ja"]);
+  EXPECT_NE(japanese, forms["zh-Hans-CN"]);
+  EXPECT_NE(japanese, forms["zh-Hant-TW"]);
+  EXPECT_NE(forms["zh-Hans-CN"], forms["zh-Hant-TW"]);
 }

@@ -3,8 +3,8 @@
 #include <functional>
 
 #include "Foundation/NSRunLoop.h"
-#include "Screen.h"
 #include "UIKit/UIScrollView.h"
+#include "platform/UIKit/Screen.h"
 
 namespace ios {
 namespace {
@@ -276,8 +276,8 @@ TEST(Scrolling, OnlyAViewWithRoomInThatDirectionFollowsTheFinger) {
   EXPECT_EQ(30, outer->contentOffset().y);
 }
 
-// A drag that ends by the view's removal or destruction must not leave the run loop tracking: delayed
-// performs of the whole application would never come.
+// A drag that ends with the view's removal or destruction must not leave the run loop tracking: the whole
+// application's delayed performs would never run.
 TEST(Scrolling, TheRunLoopTracksWhileADragLastsHoweverItEnds) {
   TestPhone phone;
   for (const char* end : {"lifted", "removed", "destroyed", "with its window", "background"}) {

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "ObjectiveC/NSObject.h"
+#include "support/MovieProbe.h"
+
+namespace testing_support {
+
+/// What coding may change a colour by.
+inline constexpr int kLoss = 6;
+
+/// The colour of the coloured movie's picture at a time: of 30 pictures a second, another one
+/// every quarter of it.
+Colour colourAt(double seconds);
+
+/// A movie of plain colours at 30 pictures a second, "movie.mov" in `folder`.
+std::filesystem::path colouredMovie(const std::filesystem::path& folder, double seconds,
+                                    std::size_t width = 96, std::size_t height = 64);
+
+/// What ffmpeg makes of `movie` with `arguments` behind it, in a file beside it.
+std::filesystem::path rewritten(const std::filesystem::path& movie, const std::string& arguments);
+
+/// `movie`, its index in front, cut off in the middle of its picture at `seconds`.
+std::filesystem::path brokenOff(const std::filesystem::path& movie, double seconds);
+
+/// Counts how often any player has played to the end.
+class Ends : public ios::Subclass<Ends, ios::NSObject> {
+ public:
+  static ios::MethodList methods() { return {{"ended", &Ends::ended}}; }
+  static std::shared_ptr<Ends> counted();
+  int count = 0;
+
+ private:
+  void ended() { ++count; }
+};
+
+}  // namespace testing_support

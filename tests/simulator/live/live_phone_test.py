@@ -1,0 +1,376 @@
+"""Switches the phone on, and uses it as people and browsers do, and as those who should be kept out."""
+
+import os
+import pathlib
+import plistlib
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+from phone import Phone, Viewer
+
+PROGRAM = sys.argv.pop(1)
+SCRATCH = sys.argv.pop(1)
+NOTES = "com.example.notes"
+
+
+def png_size(data):
+    assert data[:8] == b"\x89PNG\r\n\x1a\n", data[:8]
+    return struct.unpack(">II", data[16:24])
+
+
+def jpeg_size(data):
+    """From the frame header, wherever it is."""
+    at = 2
+    while data[at] == 0xff:
+        marker, length = data[at + 1], struct.unpack(">H", data[at + 2:at + 4])[0]
+        if 0xc0 <= marker <= 0xc3:
+            height, width = struct.unpack(">HH", data[at + 5:at + 9])
+            return width, height
+        at += 2 + length
+    raise AssertionError("no frame in the JPEG image")
+
+
+class LivePhone(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(dir=SCRATCH))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+
+    def switch_on(self, *options):
+        phone = Phone(PROGRAM, *options)
+        self.addCleanup(phone.end)
+        return phone
+
+    def script(self, identifier, text):
+        """A bundle whose executable is a shell script, in a folder of bundles."""
+        bundle = self.folder / "bundles" / identifier
+        bundle.mkdir(parents=True)
+        (bundle / "Info.plist").write_bytes(plistlib.dumps(
+            {"CFBundleIdentifier": identifier, "CFBundleExecutable": "run", "CFBundleName": identifier.split(".")[-1]}))
+        (bundle / "run").write_text("#!/bin/bash\n" + text)
+        (bundle / "run").chmod(0o755)
+        return str(bundle)
+
+    def element(self, viewer, text):
+        found = [each for each in viewer.topics.get("elements", {}).get("elements", []) if each["text"] == text]
+        return found[-1] if found else None
+
+    def tap_on(self, viewer, text):
+        viewer.until(lambda: (self.element(viewer, text) or {}).get("focusable") and viewer.topics["time"]["resting"],
+                     "%s, to be tapped" % text)
+        x, y, width, height = self.element(viewer, text)["frame"]
+        return viewer.tap(x + width / 2, y + height / 2)
+
+    def test_lets_in_whom_it_should_and_nobody_else(self):
+        phone = self.switch_on()
+        self.assertEqual(phone.location, "/#" + phone.secret)
+        self.assertRegex(phone.secret, "^[0-9a-f]{64}$")
+        self.assertIn("HttpOnly", phone.set_cookie)
+        self.assertIn("SameSite=Lax", phone.set_cookie)
+        page = phone.get("/", Cookie=phone.cookie)
+        self.assertEqual(page.status, 200)
+        self.assertNotIn(phone.secret.encode(), page.body)
+        self.assertIn("script-src 'self'", page.headers["Content-Security-Policy"])
+        self.assertIsNone(page.headers["Access-Control-Allow-Origin"])
+        wrong = "0" * 64
+        viewer = phone.watch()
+        viewer.until(lambda: "hello" in viewer.topics, "hello")
+        files = viewer.topics["hello"]["files"]
+        for status, reply in [
+                (403, phone.get("/")),
+                (403, phone.get("/?token=" + wrong)),
+                (403, phone.get("/?token=")),
+                (403, phone.get("/", Cookie=phone.cookie[:-1] + "x")),
+                (403, phone.get("/", host="localhost:%d" % phone.port, Cookie=phone.cookie)),
+                (403, phone.get("/", host="evil.example:%d" % phone.port, Cookie=phone.cookie)),
+                (403, phone.get("/", host=phone.host, Cookie=phone.cookie)),
+                (403, phone.get("/", Cookie=phone.cookie, Origin="http://evil.example")),
+                (403, phone.get("/?token=" + phone.token, host="evil.example:%d" % phone.port)),
+                (405, phone.get("/", method="POST", Cookie=phone.cookie, Content_Length="0")),
+                (404, phone.get("/page/../Server.cpp", Cookie=phone.cookie)),
+                (404, phone.get("/page/%2e%2e/%2e%2e/etc/passwd", Cookie=phone.cookie)),
+                (404, phone.get(files + "inbox/../../../../Settings.plist")),
+                (404, phone.get(files + "inbox/%2e%2e/%2e%2e/%2e%2e/%2e%2e/Settings.plist")),
+                (404, phone.get(files + "movies//etc/passwd")),
+                (404, phone.get(files + "kept/1/nothing.png")),
+                (403, phone.get("/files/" + wrong + "/inbox/index.html", Cookie=phone.cookie)),
+                (403, phone.get("/files/", Cookie=phone.cookie)),
+                (400, phone.get("/%zz", Cookie=phone.cookie)),
+        ]:
+            with self.subTest(status=status, body=reply.body):
+                self.assertEqual(reply.status, status)
+                self.assertNotIn(b"root:", reply.body)
+        for options in [{"protocols": "tellvane.1"}, {"protocols": "tellvane.1, secret." + wrong},
+                        {"protocols": "secret." + phone.secret}, {"cookie": ""}, {"cookie": "tellvane_1=" + wrong},
+                        {"origin": "http://evil.example"}, {"origin": "null"}, {"target": "/"},
+                        {"origin": "http://%s:1" % phone.host}]:
+            with self.subTest(options=options):
+                refused = Viewer(phone, **options)
+                self.assertEqual(refused.status, 403)
+                refused.leave()
+
+    def test_refuses_what_is_malformed_and_lives_on(self):
+        phone = self.switch_on()
+        for data, status in [
+                (b"GET / HTTP/1.1\r\nHost: x\r\nX: " + b"y" * 20000 + b"\r\n\r\n", b"431"),
+                (b"POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 99999999\r\n\r\n", b"413"),
+                (b"\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03" + b"\r\n\r\n", b"400"),
+                (b"GET / HTTP/9.9\r\n\r\n", b"400"),
+        ]:
+            with self.subTest(data=data[:40]):
+                answer = phone.raw(data)
+                self.assertEqual(answer.split()[1:2], [status], answer)
+                self.assertTrue(answer.endswith(b".\n"), answer)
+        for data, opcode, code in [(b"nonsense", 1, 1008), (b"[1,2]", 1, 1008), (b'{"shown": 4000000}', 1, 1008),
+                                   (b"{}", 2, 1008), (b'{"a": "' + b"x" * 70000 + b'"}', 1, 1009)]:
+            with self.subTest(data=data[:40]):
+                viewer = phone.watch()
+                viewer.send_frame(data, opcode)
+                while viewer.receive():
+                    pass
+                self.assertEqual(viewer.closed[0], code, viewer.closed)
+        viewer = phone.watch()
+        for problem, command in [("no command", dict(command="explode")), ("needs", dict(command="rotate")),
+                                 ("does not know", dict(command="home", twice=True)),
+                                 ("expected", dict(command="rotate", orientation=7)),
+                                 ("expected", dict(command="launch", identifier=NOTES, arguments=3)),
+                                 ("bundle identifier", dict(command="reset", identifier="../.."))]:
+            with self.subTest(command=command):
+                self.assertIn(problem, viewer.ask(**command).get("problem", ""))
+        viewer.do("home")
+
+    def test_shows_what_a_finger_does_and_rests(self):
+        phone = self.switch_on()
+        viewer = phone.watch()
+        viewer.do("watch", topics=["elements", "tree"])
+        viewer.until(lambda: viewer.pictures and viewer.pictures[-1]["codec"] == 2, "an exact picture at rest")
+        first = viewer.pictures[0]
+        self.assertEqual((first["flags"] & 1, first["size"], first["rect"]), (1, (750, 1334), (0, 0, 750, 1334)))
+        self.assertEqual(jpeg_size(first["image"]), (750, 1334))
+        # Down and up in one message, and so in one step: the icon is tapped.
+        touch = self.tap_on(viewer, "Notes")
+        viewer.until(lambda: viewer.topics["phone"]["front"] == NOTES, "Notes in front")
+        self.assertEqual(viewer.topics["phone"]["running"]["arguments"], {"debug": "true"})
+        viewer.until(lambda: any(p["touch"] >= touch for p in viewer.pictures), "a picture that has the touch")
+        for picture in viewer.pictures:
+            size = (jpeg_size if picture["codec"] == 1 else png_size)(picture["image"])
+            self.assertEqual(size, picture["rect"][2:])
+        # Three taps, each down and up in one message; the library's sheet comes.
+        viewer.until(lambda: viewer.topics["time"]["now"] > 4, "the library's recognisers")
+        for _ in range(3):
+            viewer.tap(187, 400)
+        viewer.until(lambda: (self.element(viewer, "Capture Screen") or {}).get("focusable"), "the sheet")
+        self.assertTrue(viewer.topics["tree"]["top"])
+        self.assertEqual(viewer.topics["tree"]["tree"][0]["class"], "UIWindow")
+        # At rest no picture comes.
+        viewer.until(lambda: viewer.topics["time"]["resting"] and viewer.pictures[-1]["codec"] == 2, "rest")
+        while viewer.receive(timeout=0.5):
+            pass
+        count = len(viewer.pictures)
+        while viewer.receive(timeout=1):
+            pass
+        self.assertEqual(len(viewer.pictures), count)
+
+    def test_hands_a_capture_over_where_everybody_sees_it(self):
+        phone = self.switch_on()
+        viewer = phone.watch()
+        viewer.do("watch", topics=["elements"])
+        viewer.do("launch", identifier=NOTES, arguments={"debug": True})
+        viewer.until(lambda: viewer.topics["time"]["now"] > 3, "the library's recognisers")
+        for _ in range(3):
+            viewer.tap(187, 400)
+        self.tap_on(viewer, "Capture Screen")
+        viewer.until(lambda: viewer.topics["pasteboard"]["items"], "an item on the pasteboard")
+        board = viewer.topics["pasteboard"]
+        kinds = {each["type"]: each for each in board["items"][0]["types"]}
+        self.assertEqual(kinds["imageData"]["kind"], "image")
+        self.assertIn(["appName", "Notes"], kinds["dictionaryInApp"]["rows"])
+        self.assertAlmostEqual(board["emptiesAt"] - board["since"], 3.0)
+        image = phone.get(kinds["imageData"]["url"])
+        self.assertEqual(jpeg_size(image.body), (750, 1334))
+        viewer.until(lambda: viewer.topics["inbox"]["reports"], "a report")
+        report = viewer.topics["inbox"]["reports"][0]
+        page = phone.get(report["url"])
+        self.assertEqual(page.status, 200)
+        self.assertIn("sandbox;", page.headers["Content-Security-Policy"])
+        self.assertEqual(phone.get(report["image"]).body, image.body)
+        viewer.until(lambda: not viewer.topics["pasteboard"]["items"], "an empty pasteboard")
+        self.assertEqual(viewer.topics["pasteboard"]["log"][-1]["what"], "emptied")
+        self.assertTrue(viewer.said("Tellvane") or viewer.lines)
+
+    def test_a_full_disk_is_felt_while_it_is_full(self):
+        phone = self.switch_on()
+        viewer = phone.watch()
+        viewer.do("watch", topics=["elements"])
+        viewer.do("launch", identifier=NOTES, arguments={"debug": True})
+        for state in ["full", "normal"]:
+            viewer.do("disk", state=state)
+            viewer.until(lambda: viewer.topics["phone"]["disk"]["state"] == state, "the disk " + state)
+            viewer.do("back")
+            viewer.until(lambda: viewer.topics["time"]["now"] > 3 and viewer.topics["time"]["resting"], "rest")
+            for _ in range(3):
+                viewer.tap(187, 400)
+            self.tap_on(viewer, "Capture Screen")
+            if state == "full":
+                viewer.until(lambda: any(line["from"] == "err" for line in viewer.lines), "a line on standard error")
+                self.assertEqual(viewer.topics["pasteboard"]["items"], [])
+            else:
+                viewer.until(lambda: viewer.topics["pasteboard"]["items"], "an item on the pasteboard")
+
+    def test_plays_a_movie_in_parts(self):
+        out = self.folder / "out"
+        phone = self.switch_on("--out", str(out))
+        viewer = phone.watch()
+        viewer.do("watch", topics=["elements"])
+        viewer.do("permission", identifier=NOTES, service="photos", value="granted")
+        viewer.do("launch", identifier=NOTES, arguments={"debug": True})
+        viewer.until(lambda: viewer.topics["time"]["now"] > 3, "the library's recognisers")
+        for _ in range(3):
+            viewer.tap(187, 400)
+        self.tap_on(viewer, "Capture Screen Recording")
+        start = viewer.topics["time"]["now"]
+        viewer.until(lambda: viewer.topics["time"]["now"] > start + 2, "two seconds of the phone's")
+        for _ in range(3):
+            viewer.tap(187, 400)
+        viewer.until(lambda: viewer.topics["photos"]["movies"], "a movie")
+        movie = viewer.topics["photos"]["movies"][0]
+        self.assertEqual((movie["width"], movie["height"]), (750, 1334))
+        whole = phone.get(movie["url"])
+        self.assertEqual((whole.status, len(whole.body), whole.headers["Accept-Ranges"]), (200, movie["size"], "bytes"))
+        part = phone.get(movie["url"], Range="bytes=100-199")
+        self.assertEqual((part.status, part.body), (206, whole.body[100:200]))
+        self.assertEqual(part.headers["Content-Range"], "bytes 100-199/%d" % movie["size"])
+        self.assertEqual(phone.get(movie["url"], Range="bytes=%d-" % movie["size"]).status, 416)
+        head = phone.get(movie["url"], method="HEAD")
+        self.assertEqual((head.status, head.headers["Content-Length"], head.body), (200, str(movie["size"]), b""))
+
+    def test_time_stops_and_goes_on_by_steps(self):
+        phone = self.switch_on()
+        viewer = phone.watch()
+        viewer.do("pause")
+        viewer.until(lambda: viewer.topics["time"]["paused"], "the pause")
+        before = viewer.topics["time"]["now"]
+        viewer.do("advance", milliseconds=1000)
+        viewer.until(lambda: viewer.topics["time"]["now"] > before, "a step")
+        self.assertAlmostEqual(viewer.topics["time"]["now"] - before, 1.0, places=6)
+        self.assertIn("problem", viewer.ask("speed", factor=3))
+        viewer.do("speed", factor=0.5)
+        viewer.do("resume")
+        self.assertIn("problem", viewer.ask("advance", milliseconds=100))
+        viewer.until(lambda: not viewer.topics["time"]["paused"], "the end of the pause")
+
+    def test_what_is_recorded_plays_again(self):
+        phone = self.switch_on()
+        viewer = phone.watch()
+        viewer.do("watch", topics=["elements"])
+        viewer.do("recordFlow", on=True)
+        viewer.do("launch", identifier=NOTES, arguments={"debug": True})
+        self.tap_on(viewer, "Groceries")
+        viewer.until(lambda: viewer.topics["time"]["now"] > 4 and viewer.topics["time"]["resting"], "the note at rest")
+        for _ in range(3):
+            viewer.tap(187, 400)
+        viewer.until(lambda: self.element(viewer, "Capture Screen"), "the sheet")
+        viewer.do("checkpoint", text="Capture Screen")
+        recorded = viewer.do("recordFlow", on=False)
+        self.assertIn('- tapOn: "Groceries"\n', recorded["text"])
+        self.assertIn("repeat: 3", recorded["text"])
+        self.assertEqual(phone.get(recorded["url"]).body.decode(), recorded["text"])
+
+        # On the phone itself, at the wall's pace, and alone.
+        viewer.do("home")
+        viewer.do("playFlow", text=recorded["text"])
+        self.assertEqual(viewer.ask("home").get("problem"), "a flow is playing")
+        lines = set()
+        def over():
+            lines.add(viewer.topics["flow"].get("playing", {}).get("line"))
+            return "last" in viewer.topics["flow"]
+        viewer.until(over, "the flow's end")
+        self.assertEqual(viewer.topics["flow"]["last"]["problem"], "")
+        # A mark that is overtaken by the next one is not sent.
+        steps = {n for n, line in enumerate(recorded["text"].splitlines(), 1) if line.startswith("- ")}
+        self.assertLessEqual(lines - {None}, steps)
+        self.assertGreaterEqual(len(lines & steps), 2)
+        flow = self.folder / "recorded.yaml"
+        flow.write_text(recorded["text"])
+        played = subprocess.run([PROGRAM, str(flow), "--out", str(self.folder / "out")], capture_output=True, text=True)
+        self.assertEqual(played.returncode, 0, played.stdout + played.stderr)
+
+    def test_a_slow_viewer_holds_nobody_up(self):
+        phone = self.switch_on()
+        slow, quick = phone.watch(slow=True), phone.watch()
+        quick.do("watch", topics=["elements"])
+        self.tap_on(quick, "Notes")
+        quick.until(lambda: self.element(quick, "About"), "Notes")
+        for x in range(30):
+            quick.touch((0, "began" if x == 0 else "moved", 180, 500 - 10 * x))
+        last = quick.touch((0, "ended", 180, 200))
+        quick.until(lambda: quick.touched[-1:] == [last] or quick.pictures[-1]["touch"] == last, "the last touch")
+        while slow.receive(timeout=0.5):
+            pass
+        self.assertLessEqual(len(slow.pictures), 2)
+        self.assertIsNone(slow.closed)
+        # When it has caught up it sees what everybody sees.
+        slow.slow = False
+        for picture in slow.pictures:
+            slow.send({"shown": picture["sequence"]})
+        slow.until(lambda: slow.pictures[-1]["codec"] == 2, "an exact picture")
+
+    def test_a_viewer_that_leaves_lifts_its_fingers(self):
+        phone = self.switch_on()
+        first, second = phone.watch(), phone.watch()
+        second.do("watch", topics=["elements"])
+        second.until(lambda: self.element(second, "Notes"), "the icon")
+        x, y, width, height = self.element(second, "Notes")["frame"]
+        first.touch((0, "began", x + width / 2, y + height / 2))
+        first.until(lambda: first.touched or any(p["touch"] for p in first.pictures), "the touch")
+        first.send_frame(b"\x03\xe8", opcode=8)
+        while first.receive():
+            pass
+        second.do("home")
+        self.tap_on(second, "Notes")
+        second.until(lambda: second.topics["phone"]["front"] == NOTES, "Notes in front")
+
+    def test_outlives_applications_that_crash_and_hang(self):
+        self.script("com.example.crash", "echo going down >&2\nkill -SEGV $$\n")
+        self.script("com.example.hang", "while read -r -t 0.1 x <&3; do :; done\nsleep 1000\n")
+        phone = self.switch_on("--applications", str(self.folder / "bundles"))
+        viewer, other = phone.watch(), phone.watch()
+        answer = viewer.ask("launch", identifier="com.example.crash")
+        self.assertIn("signal 11", answer["problem"])
+        viewer.until(lambda: viewer.said("going down"), "its last words")
+        self.assertEqual([line["from"] for line in viewer.lines if line["text"] == "going down"], ["err"])
+
+        launched = viewer.begin("launch", identifier="com.example.hang")
+        viewer.until(lambda: viewer.topics["phone"].get("running", {}).get("responding") is False,
+                     "that it does not respond")
+        # Whoever comes now sees the phone all the same.
+        late = phone.watch()
+        late.until(lambda: late.pictures and "phone" in late.topics, "a picture")
+        other.do("end", identifier="com.example.hang")
+        viewer.until(lambda: launched in viewer.answers, "the answer of the launch")
+        viewer.do("launch", identifier=NOTES)
+        viewer.until(lambda: viewer.topics["phone"]["front"] == NOTES, "Notes in front")
+
+    def test_ends_and_leaves_nothing(self):
+        before = set(pathlib.Path(tempfile.gettempdir()).glob("tellvane-phone-*"))
+        phone = self.switch_on()
+        viewer = phone.watch()
+        viewer.do("launch", identifier=NOTES)
+        children = subprocess.run(["pgrep", "-P", str(phone.process.pid)], capture_output=True, text=True).stdout.split()
+        self.assertEqual(len(children), 1)
+        phone.process.send_signal(2)
+        while viewer.receive():
+            pass
+        self.assertEqual(viewer.closed[0], 1001)
+        self.assertEqual(phone.process.wait(60), 0)
+        self.assertEqual(phone.process.stderr.read(), "")
+        self.assertFalse(os.path.exists("/proc/" + children[0]))
+        self.assertEqual(set(pathlib.Path(tempfile.gettempdir()).glob("tellvane-phone-*")) - before, set())
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
