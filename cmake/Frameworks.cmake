@@ -1,10 +1,17 @@
-# ios_framework(NAME SOURCES ... [LINKS ...] [USES ...] [THIRD_PARTY ...])
+# ios_framework(NAME [WINGS ...] [EQUIPMENT ...] [LINKS ...] [USES ...] [OWN ...] [THIRD_PARTY ...])
 #
-# One folder of platform/ as one target. Its headers are reached as "NAME/Header.h", and only by targets that link
-# ios_NAME: each framework has an include root of its own, so an include that the map forbids does not build.
-#   LINKS        lower frameworks that the headers mention; who links this one sees them too
+# One folder of platform/ as one target: the sources and headers in it or, in a large framework, in its wings.
+#   WINGS        the folders that divide it, lowest first; each may include those before it, never a later one
+#   EQUIPMENT    public headers, as patterns, that the real platform does not have: for the frameworks, the simulator and
+#                tests. All others are in NAME/NAME.h; a framework that is all equipment ("*") has no NAME.h
+#   LINKS        lower frameworks that the headers mention; targets that link this one see them too
 #   USES         lower frameworks that only the sources use
+#   OWN          headers for the platform's own sources: they are not installed, and no installed header includes them
 #   THIRD_PARTY  libraries that only the sources use
+#
+# Its headers are reached as "NAME/Header.h", whichever wing they are in, and only by targets that link ios_NAME: each
+# framework has an include root of its own, so an include that the map forbids does not build. Headers in a Private/
+# folder are reached as "NAME/Private/Header.h", from within the framework only.
 #
 # ios_NAME_headers is the include root alone; ios_NAME adds the platform's one shared image.
 include_guard()
@@ -18,9 +25,9 @@ precompiled_headers(framework_headers LIBRARY ${standard_headers})
 # check_headers compiles each header that others may include alone and included twice, seeing no more than its users do.
 add_custom_target(check_headers)
 
-# ios_check_headers(NAME LIBRARIES HEADERS...): adds headers to it, as "#include" has them, with what LIBRARIES let see.
+# ios_check_headers(NAME LIBRARIES HEADERS...): adds headers, as written in "#include", which are compiled with the
+# include folders of LIBRARIES.
 function(ios_check_headers name libraries)
-  list(FILTER ARGN EXCLUDE REGEX "\\+Private\\.h$")
   set(sources)
   foreach(header IN LISTS ARGN)
     set(source ${PROJECT_BINARY_DIR}/headers/${header}.cpp)
@@ -33,19 +40,48 @@ function(ios_check_headers name libraries)
   add_dependencies(check_headers check_${name}_headers)
 endfunction()
 
+# include_root(ROOT HEADERS...): makes a folder of links to the headers, and removes links to headers that are gone.
+function(include_root root)
+  file(GLOB stale RELATIVE ${root} ${root}/*.h)
+  foreach(header IN LISTS ARGN)
+    get_filename_component(name ${header} NAME)
+    if(EXISTS ${root}/${name} AND NOT name IN_LIST stale)
+      message(FATAL_ERROR "${header}: a header of this name is in another wing")
+    endif()
+    list(REMOVE_ITEM stale ${name})
+    file(MAKE_DIRECTORY ${root})
+    file(CREATE_LINK ${header} ${root}/${name} SYMBOLIC)
+  endforeach()
+  foreach(name IN LISTS stale)
+    file(REMOVE ${root}/${name})
+  endforeach()
+endfunction()
+
 function(ios_framework name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LINKS;USES;THIRD_PARTY" ${ARGN})
-  set(root ${PROJECT_BINARY_DIR}/include/${name})
-  file(MAKE_DIRECTORY ${root})
-  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${root}/${name} SYMBOLIC)
+  cmake_parse_arguments(arg "" "" "WINGS;EQUIPMENT;LINKS;USES;OWN;THIRD_PARTY" ${ARGN})
+  set(sources)
+  set(public)
+  set(private)
+  foreach(folder IN LISTS CMAKE_CURRENT_SOURCE_DIR arg_WINGS)
+    get_filename_component(folder ${folder} ABSOLUTE)
+    file(GLOB found_sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+    file(GLOB found_public CONFIGURE_DEPENDS ${folder}/*.h)
+    file(GLOB found_private CONFIGURE_DEPENDS ${folder}/Private/*.h)
+    list(APPEND sources ${found_sources})
+    list(APPEND public ${found_public})
+    list(APPEND private ${found_private})
+  endforeach()
+  include_root(${PROJECT_BINARY_DIR}/roots/public/${name}/${name} ${public})
+  include_root(${PROJECT_BINARY_DIR}/roots/private/${name}/${name}/Private ${private})
 
   add_library(ios_${name}_headers INTERFACE)
-  target_include_directories(ios_${name}_headers INTERFACE $<BUILD_INTERFACE:${root}>)
+  target_include_directories(ios_${name}_headers INTERFACE $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/roots/public/${name}>)
   list(TRANSFORM arg_LINKS REPLACE "(.+)" "ios_\\1_headers")
   list(TRANSFORM arg_USES REPLACE "(.+)" "ios_\\1_headers")
   target_link_libraries(ios_${name}_headers INTERFACE ${arg_LINKS})
 
-  add_library(ios_${name}_objects OBJECT ${arg_SOURCES})
+  add_library(ios_${name}_objects OBJECT ${sources})
+  target_include_directories(ios_${name}_objects PRIVATE ${PROJECT_BINARY_DIR}/roots/private/${name})
   target_link_libraries(ios_${name}_objects PRIVATE ios_${name}_headers ${arg_USES} ${arg_THIRD_PARTY})
   share_headers(ios_${name}_objects framework_headers)
   # The platform is one image that exports everything: hosts, the library and tests share its singletons.
@@ -54,9 +90,28 @@ function(ios_framework name)
   add_library(ios_${name} INTERFACE)
   target_link_libraries(ios_${name} INTERFACE ios_${name}_headers ios)
 
-  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${root} ${root}/${name}/*.h ${root}/${name}/Automation/*.h)
-  ios_check_headers(${name} ios_${name}_headers ${headers})
+  list(TRANSFORM public REPLACE ".*/" "${name}/" OUTPUT_VARIABLE included)
+  ios_check_headers(${name} ios_${name}_headers ${included})
 
+  set(installed)
+  list(TRANSFORM arg_OWN PREPEND "${name}/" OUTPUT_VARIABLE own)
+  set_property(GLOBAL APPEND PROPERTY IOS_OWN_HEADERS ${own})
+  get_property(own GLOBAL PROPERTY IOS_OWN_HEADERS)
+  foreach(header IN LISTS public)
+    get_filename_component(file ${header} NAME)
+    if(file IN_LIST arg_OWN)
+      continue()
+    endif()
+    file(STRINGS ${header} includes REGEX "^#include \"")
+    foreach(include IN LISTS includes)
+      string(REGEX REPLACE "^#include \"(.*)\".*" "\\1" include "${include}")
+      if(include IN_LIST own)
+        message(FATAL_ERROR "${header}: installed, and includes ${include}, which is not")
+      endif()
+    endforeach()
+    list(APPEND installed ${header})
+  endforeach()
+  set_property(TARGET ios_${name}_headers PROPERTY IOS_PUBLIC_HEADERS ${installed})
   set_property(GLOBAL APPEND PROPERTY IOS_FRAMEWORKS ${name})
   set_property(GLOBAL APPEND PROPERTY IOS_THIRD_PARTY ${arg_THIRD_PARTY})
 endfunction()

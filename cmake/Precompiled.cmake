@@ -1,12 +1,13 @@
-# Half of the time that a source takes to compile goes into the standard headers. The builds with sanitizers read them
-# once; the plain build goes without, and so shows that each source includes what it uses.
+# Half of the time to compile a source goes into the standard headers. The builds with sanitizers precompile them; the
+# plain build does not, which shows that each source includes what it uses.
 include_guard()
 
 set(standard_headers <algorithm> <array> <atomic> <charconv> <chrono> <cmath> <deque> <filesystem> <fstream> <functional>
   <map> <memory> <mutex> <optional> <set> <span> <sstream> <string> <string_view> <thread> <utility> <variant> <vector>)
 
-# precompiled_headers(NAME LIBRARY|EXECUTABLE HEADERS...): what targets of that kind may share through `share_headers`.
-# The kind matters since the two are compiled to different positions.
+# precompiled_headers(NAME LIBRARY|EXECUTABLE HEADERS...): the precompiled headers that targets of that kind share
+# through `share_headers`. The kind matters because libraries and executables are compiled with different options for
+# position independence.
 function(precompiled_headers name kind)
   if(NOT TELLVANE_SANITIZE)
     return()
