@@ -19,9 +19,11 @@ MethodList ListViewController::methods() {
 void ListViewController::viewDidLoad() {
   view()->setBackgroundColor(paperColor());
   scroll_ = std::make_shared<UIScrollView>();
+  scroll_->setAccessibilityIdentifier("notes");
   view()->addSubview(scroll_);
   compose_ = std::make_shared<UIButton>();
   compose_->setTitle("New note");
+  compose_->setAccessibilityIdentifier("new-note");
   compose_->setTitleColor(UIColor::whiteColor());
   compose_->setFont(UIFont::boldSystemFontOfSize(16));
   compose_->setBackgroundColor(tintColor());
@@ -41,6 +43,7 @@ void ListViewController::rebuild() {
   for (std::size_t i = 0; i < store_->notes().size(); ++i) {
     auto row = std::make_shared<NoteRow>(store_->notes()[i]);
     row->setTag(static_cast<long>(i));
+    row->setAccessibilityIdentifier("note");
     row->addTarget(weak_from_this().lock(), "openNote:", UIControlEventTouchUpInside);
     scroll_->addSubview(row);
     rows_.push_back(std::move(row));

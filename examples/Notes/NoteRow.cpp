@@ -15,12 +15,15 @@ NoteRow::NoteRow(const Note& note)
   mark_->layer()->cornerRadius = 2;
   line_->setBackgroundColor(lineColor());
   title_->setText(note.title);
+  title_->setAccessibilityIdentifier("title");
   title_->setFont(UIFont::boldSystemFontOfSize(17));
   title_->setTextColor(inkColor());
   snippet_->setText(note.snippet());
+  snippet_->setAccessibilityIdentifier("snippet");
   snippet_->setFont(UIFont::systemFontOfSize(15));
   snippet_->setTextColor(faintColor());
   date_->setText(note.date);
+  date_->setAccessibilityIdentifier("date");
   date_->setFont(UIFont::systemFontOfSize(14));
   date_->setTextColor(faintColor());
   date_->setTextAlignment(TextAlignment::right);

@@ -21,6 +21,7 @@
 #include "UIKit/UIScreen.h"
 #include "UIKit/UIScrollView.h"
 #include "UIKit/UISplitViewController.h"
+#include "UIKit/UISwitch.h"
 #include "UIKit/UITabBarController.h"
 #include "UIKit/UITapGestureRecognizer.h"
 #include "UIKit/UIView.h"

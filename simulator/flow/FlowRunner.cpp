@@ -39,7 +39,9 @@ Problem FlowRunner::playStep(const Step& step) {
   if (failure) return "expected the application to run on, but " + *failure;
   if (!found.empty()) {
     std::vector<std::string> texts;
-    for (const auto& element : phone.elements()) texts.push_back(element.text);
+    for (const auto& element : phone.elements()) {
+      if (!element.text.empty()) texts.push_back(element.text);
+    }
     return found + "; on the screen: " + listed(texts);
   }
   if (const int code = stage_.console().problem())

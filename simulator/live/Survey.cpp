@@ -28,10 +28,13 @@ NSDictionary elementsValue(const std::vector<ios::VisibleElement>& elements) {
   NSArray described;
   for (const auto& element : elements) {
     described.push_back(NSDictionary{{"text", element.text},
+                                     {"identifier", element.identifier},
                                      {"role", element.role},
                                      {"frame", frameOf(element.frame)},
                                      {"enabled", element.enabled},
-                                     {"focusable", element.focusable}});
+                                     {"focusable", element.focusable},
+                                     {"selected", element.selected},
+                                     {"on", element.on}});
   }
   return {{"elements", std::move(described)}};
 }

@@ -29,7 +29,8 @@ double distance(ios::CGPoint a, ios::CGPoint b) {
 std::string textAt(const std::vector<ios::VisibleElement>& elements, ios::CGPoint place) {
   const ios::VisibleElement* hit = nullptr;
   for (const auto& element : elements) {
-    if (ios::CGRectContainsPoint(element.frame, place) && (element.control || !hit || !hit->control))
+    if (!element.text.empty() && ios::CGRectContainsPoint(element.frame, place) &&
+        (element.control || !hit || !hit->control))
       hit = &element;
   }
   if (!hit || hit->text.find('\n') != std::string::npos) return {};

@@ -111,24 +111,6 @@ void IconButton::setHighlighted(bool highlighted) {
   setAlpha(highlighted ? 0.6 : 1);
 }
 
-Switch::Switch(CGPoint origin, bool on, std::string label)
-    : Subclass(CGRectMake(origin.x, origin.y, kSize.width, kSize.height)),
-      on_(on),
-      label_(std::move(label)) {}
-
-void Switch::drawRect(const CGRect&) {
-  const CGContextRef context = UIGraphicsGetCurrentContext();
-  constexpr CGFloat kRim = 1.5;
-  const CGFloat height = kSize.height, knob = height - 2 * kRim;
-  CGContextSetFillColorWithColor(context, hex(on_ ? 0x34C759 : 0xD9D9DE));
-  CGContextAddPath(context, CGPath::roundedRect(bounds(), height / 2));
-  CGContextFillPath(context);
-  CGContextSetFillColorWithColor(context, hex(0xFFFFFF));
-  const CGFloat left = on_ ? kSize.width - knob - kRim : kRim;
-  CGContextAddPath(context, CGPath::ellipse(CGRectMake(left, kRim, knob, knob)));
-  CGContextFillPath(context);
-}
-
 Shade::Shade(CGRect frame, unsigned top, unsigned bottom)
     : Subclass(frame), top_(hex(top)), bottom_(hex(bottom)) {
   setUserInteractionEnabled(false);

@@ -38,20 +38,6 @@ class IconButton : public Subclass<IconButton, UIControl> {
   std::string bundleIdentifier_, name_;
 };
 
-/// A switch that somebody else turns: it shows what it was made with, and is to be tapped.
-class Switch : public Subclass<Switch, UIControl> {
- public:
-  static constexpr CGSize kSize{51, 31};
-  Switch(CGPoint origin, bool on, std::string label);
-  static MethodList methods() { return {}; }
-  std::string accessibilityLabel() const override { return label_; }
-  void drawRect(const CGRect& rect) override;
-
- private:
-  const bool on_;
-  const std::string label_;
-};
-
 /// A ground that shades from one colour at the top to another at the bottom.
 class Shade : public Subclass<Shade, UIView> {
  public:

@@ -1,4 +1,5 @@
 #include "Device/Device.h"
+#include "UIKit/UISwitch.h"
 #include "simulator/screens/Parts.h"
 #include "simulator/screens/ScreenController.h"
 
@@ -54,13 +55,14 @@ class SettingsScreen : public ScreenController {
     constexpr CGFloat kHeight = 44.5, kMargin = 16;
     auto row = std::make_shared<UIView>(CGRectMake(0, y, size.width, kHeight));
     row->setBackgroundColor(UIColor::whiteColor());
-    const CGFloat left = size.width - Switch::kSize.width - kMargin, middle = 176;
+    const CGFloat left = size.width - UISwitch::kSize.width - kMargin, middle = 176;
     row->addSubview(makeLabel(given.title, CGRectMake(20, 0, middle - 20, 44), 17, 400, 0x1C1C1E));
     row->addSubview(makeLabel(inWords(given.answer), CGRectMake(middle, 0, left - middle - 12, 44), 17, 400,
                               0x8A8A8E, TextAlignment::right));
     const bool allowed = given.answer == Permission::authorized;
-    auto toggle = std::make_shared<Switch>(CGPoint{left, (kHeight - Switch::kSize.height) / 2}, allowed,
-                                           given.title + " for " + displayName(given.application));
+    auto toggle = std::make_shared<UISwitch>(CGRectMake(left, (kHeight - UISwitch::kSize.height) / 2, 0, 0));
+    toggle->setOn(allowed);
+    toggle->setAccessibilityLabel(given.title + " for " + displayName(given.application));
     // What the owner of the phone has disabled is not the user's to allow.
     toggle->setEnabled(given.answer != Permission::restricted);
     onTap(toggle, {allowed ? ScreenWish::Kind::refuse : ScreenWish::Kind::permit,

@@ -23,8 +23,9 @@
 ///     swipe              fromX, fromY, toX, toY, duration (ns)
 ///     shake
 ///     settle             limit (ns)                                 still
-///     elements                                                      elements: [{text, x, y, width, height, control,
-///                                                                   role, enabled, focusable}]
+///     elements                                                      elements: [{text, identifier, x, y, width,
+///                                                                   height, control, role, enabled, focusable,
+///                                                                   selected, on, parent, shown}]
 ///     screenshot                                                    png (empty: the display shows nothing)
 ///     state
 ///     reloadSettings

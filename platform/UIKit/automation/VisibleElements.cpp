@@ -1,12 +1,14 @@
 #include "UIKit/VisibleElements.h"
 
 #include <algorithm>
+#include <map>
 
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIControl.h"
 #include "UIKit/UIImageView.h"
 #include "UIKit/UILabel.h"
 #include "UIKit/UIScreen.h"
+#include "UIKit/UISwitch.h"
 #include "UIKit/UIWindow.h"
 
 namespace ios {
@@ -35,8 +37,14 @@ class Survey {
 
   std::vector<VisibleElement> result(const UIApplication& application) const {
     std::vector<VisibleElement> elements;
+    std::map<const UIView*, int> places;
     for (const Found& found : found_) {
       VisibleElement& element = elements.emplace_back(found.element);
+      for (auto above = found.view->superview(); above && element.parent < 0; above = above->superview()) {
+        if (const auto place = places.find(above.get()); place != places.end())
+          element.parent = place->second;
+      }
+      places.emplace(found.view, static_cast<int>(places.size()));
       if (!element.control || !element.enabled) continue;
       const auto hit = viewAt(application, {element.frame.midX(), element.frame.midY()});
       element.focusable = hit && hit->isDescendantOfView(*found.view);
@@ -63,18 +71,29 @@ class Survey {
     if (background && background->CGColorValue().alpha * alpha >= kOpaque) coverWith(view, seen);
 
     const std::string text = view.accessibilityLabel();
-    if (!text.empty() && text != enclosingText && CGRectContainsPoint(seen, {frame.midX(), frame.midY()})) {
-      const auto* control = dynamic_cast<UIControl*>(&view);
-      found_.push_back({&view,
-                        {.text = text,
-                         .frame = frame,
-                         .control = control != nullptr,
-                         .role = roleOf(view),
-                         .enabled = !control || control->isEnabled()}});
-      enclosingText = text;
+    const bool named = !view.accessibilityIdentifier().empty() || (!text.empty() && text != enclosingText);
+    if (named && CGRectContainsPoint(seen, {frame.midX(), frame.midY()})) {
+      found_.push_back({&view, describe(view, text, frame, seen)});
+      if (!text.empty()) enclosingText = text;
     }
     const auto subviews = view.subviews();
     for (const auto& subview : subviews) visit(*subview, clip, alpha, enclosingText);
+  }
+
+  static VisibleElement describe(const UIView& view, const std::string& text, const CGRect& frame,
+                                 const CGRect& seen) {
+    const auto* control = dynamic_cast<const UIControl*>(&view);
+    const auto* toggle = dynamic_cast<const UISwitch*>(&view);
+    const CGFloat area = frame.width() * frame.height();
+    return {.text = text,
+            .identifier = view.accessibilityIdentifier(),
+            .frame = frame,
+            .control = control != nullptr,
+            .role = roleOf(view),
+            .enabled = !control || control->isEnabled(),
+            .selected = control && control->isSelected(),
+            .on = toggle && toggle->isOn(),
+            .shown = area > 0 ? seen.width() * seen.height() / area : 1};
   }
 
   void coverWith(const UIView& cover, const CGRect& area) {
@@ -92,6 +111,7 @@ class Survey {
 }  // namespace
 
 std::string roleOf(const UIView& view) {
+  if (dynamic_cast<const UISwitch*>(&view)) return "switch";
   if (dynamic_cast<const UIControl*>(&view)) return "button";
   if (dynamic_cast<const UILabel*>(&view)) return "text";
   if (dynamic_cast<const UIImageView*>(&view)) return "image";

@@ -20,7 +20,8 @@ std::string firstCharacter(const std::string& text) {
 }  // namespace
 
 TabBarItem::TabBarItem(const std::string& title, Sign sign, bool selected)
-    : sign_(sign), selected_(selected), title_(std::make_shared<UILabel>()) {
+    : sign_(sign), title_(std::make_shared<UILabel>()) {
+  setSelected(selected);
   title_->setText(title);
   title_->setFont(UIFont::systemFontOfSize(10));
   title_->setTextColor(UIColor::colorWithHex(selected ? chrome::kTint : kUnselected));
@@ -50,7 +51,7 @@ void TabBarItem::layoutSubviews() {
 
 void TabBarItem::drawRect(const CGRect&) {
   const auto context = UIGraphicsGetCurrentContext();
-  const CGColor color = UIColor::colorWithHex(selected_ ? chrome::kTint : kUnselected)->CGColorValue();
+  const CGColor color = UIColor::colorWithHex(isSelected() ? chrome::kTint : kUnselected)->CGColorValue();
   const CGRect frame = signFrame();
   CGContextSetFillColorWithColor(context, color);
   CGContextSetStrokeColorWithColor(context, color);
@@ -62,7 +63,7 @@ void TabBarItem::drawRect(const CGRect&) {
     return;
   }
   CGContextAddPath(context, CGPath::roundedRect(CGRectInset(frame, 1, 1), 6));
-  if (selected_) return CGContextFillPath(context);
+  if (isSelected()) return CGContextFillPath(context);
   CGContextSetLineWidth(context, 1.5);
   CGContextStrokePath(context);
 }

@@ -50,6 +50,12 @@ void UIControl::setEnabled(bool enabled) {
   setNeedsDisplay();
 }
 
+void UIControl::setSelected(bool selected) {
+  if (selected == selected_) return;
+  selected_ = selected;
+  setNeedsDisplay();
+}
+
 void UIControl::setHighlighted(bool highlighted) {
   if (highlighted == highlighted_) return;
   highlighted_ = highlighted;

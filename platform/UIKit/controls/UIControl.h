@@ -23,6 +23,9 @@ class UIControl : public Subclass<UIControl, UIView> {
   void sendActionsForControlEvents(unsigned events);
   bool isEnabled() const { return enabled_; }
   void setEnabled(bool enabled);
+  /// Chosen among its like: the tab that is shown.
+  bool isSelected() const { return selected_; }
+  virtual void setSelected(bool selected);
   /// Whether a finger is on it.
   bool isHighlighted() const { return highlighted_; }
   virtual void setHighlighted(bool highlighted);
@@ -42,6 +45,7 @@ class UIControl : public Subclass<UIControl, UIView> {
   std::vector<TargetAction> targets_;
   bool enabled_ = true;
   bool highlighted_ = false;
+  bool selected_ = false;
 };
 
 }  // namespace ios

@@ -86,6 +86,11 @@ class UIView : public Subclass<UIView, UIResponder> {
   /// The name that assistive tools and drivers use; by default a label's or button's text.
   virtual std::string accessibilityLabel() const { return accessibilityLabel_; }
   void setAccessibilityLabel(std::string label) { accessibilityLabel_ = std::move(label); }
+  /// A name for drivers alone, the same in every language; nobody sees or hears it.
+  const std::string& accessibilityIdentifier() const { return accessibilityIdentifier_; }
+  void setAccessibilityIdentifier(std::string identifier) {
+    accessibilityIdentifier_ = std::move(identifier);
+  }
 
   // Layout and drawing.
   void setNeedsLayout();
@@ -166,7 +171,7 @@ class UIView : public Subclass<UIView, UIResponder> {
   bool userInteractionEnabled_ = true;
   bool multipleTouchEnabled_ = false;
   long tag_ = 0;
-  std::string accessibilityLabel_;
+  std::string accessibilityLabel_, accessibilityIdentifier_;
   std::shared_ptr<UIColor> backgroundColor_;
   std::shared_ptr<CALayer> layer_;
   UIView* superview_ = nullptr;  // cleared when that view goes; plain, so that a constructor can add subviews

@@ -23,7 +23,6 @@ class TabBarItem : public Subclass<TabBarItem, UIControl> {
  private:
   CGRect signFrame() const;
   const Sign sign_;
-  const bool selected_;
   std::shared_ptr<UILabel> title_, initial_;
 };
 

@@ -5,6 +5,7 @@
 #include "UIKit/UIButton.h"
 #include "UIKit/UILabel.h"
 #include "UIKit/UIScrollView.h"
+#include "UIKit/UISwitch.h"
 #include "UIKit/VisibleElements.h"
 #include "support/TestPhone.h"
 
@@ -68,6 +69,45 @@ TEST(VisibleElements, AreThoseThatAPersonWouldSee) {
 
   scroll->setContentOffset({0, 50});
   EXPECT_EQ(seen(), "aegij");
+}
+
+// What selectors go by: each field wrong would have a flow tap something else.
+TEST(VisibleElements, SayWhatTheyAreAndWhatTheyAreIn) {
+  TestPhone phone;
+  const auto window = phone.show();
+  UIView& screen = *window->rootViewController()->view();
+  auto box = std::make_shared<UIView>(CGRectMake(0, 100, 375, 200));
+  box->setAccessibilityIdentifier("box");
+  auto plain = std::make_shared<UIView>(CGRectMake(0, 0, 375, 200));  // neither text nor identifier
+  box->addSubview(plain);
+  auto tab = std::make_shared<UIButton>(CGRectMake(0, 0, 100, 40));
+  tab->setTitle("Tab");
+  tab->setSelected(true);
+  auto part = label("Tab", CGRectMake(0, 0, 100, 40));
+  part->setAccessibilityIdentifier("part");
+  tab->addSubview(part);
+  plain->addSubview(tab);
+  auto toggle = std::make_shared<UISwitch>(CGRectMake(0, 60, 0, 0));
+  toggle->setAccessibilityLabel("Wind");
+  plain->addSubview(toggle);
+  screen.addSubview(box);
+  screen.addSubview(label("Half", CGRectMake(315, 400, 100, 20)));
+
+  std::string all;
+  const auto describe = [&all] {
+    all.clear();
+    for (const auto& e : visibleElements(*UIApplication::sharedApplication())) {
+      all += e.text + "#" + e.identifier + " " + e.role + " in " + std::to_string(e.parent) +
+             (e.selected ? " selected" : "") + (e.on ? " on" : "") + (e.shown < 1 ? " cut" : "") + "\n";
+    }
+    return all;
+  };
+  EXPECT_EQ(describe(),
+            "#box group in -1\nTab# button in 0 selected\nTab#part text in 1\nWind# switch in 0\n"
+            "Half# text in -1 cut\n");
+  phone.tap({25, 175});
+  EXPECT_TRUE(toggle->isOn());
+  EXPECT_NE(describe().find("Wind# switch in 0 on\n"), std::string::npos) << all;
 }
 
 TEST(AutomationServer, RefusesWhatMakesNoSense) {
