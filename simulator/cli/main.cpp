@@ -105,6 +105,11 @@ int run(const CommandLine& line, const fs::path& executable) {
   transcript.heading(titleOf(*flow, line.settings));
   Stage stage(phone, console,
               [&](const std::string& name, const ios::Bytes& png) { return out->write(name, png); });
+  if (flow->recordedAt) {
+    stage.setExact(true);
+    phone.runFor(std::max(ios::Clock::Duration::zero(),
+                          *flow->recordedAt - ios::Clock::shared().now().time_since_epoch()));
+  }
   const bool played = FlowRunner(stage, transcript).play(flow->steps, problem);
   const std::string ending = phone.stop();
   transcript.flushConsole();

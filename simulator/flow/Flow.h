@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -13,6 +14,8 @@ namespace simulator {
 struct Flow {
   std::string appId;
   std::string name;
+  /// If it was recorded: the phone's time when that began. Its steps take exactly the time that they say, then.
+  std::optional<std::chrono::nanoseconds> recordedAt;
   std::vector<Step> steps;
 };
 

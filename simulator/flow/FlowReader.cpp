@@ -1,6 +1,7 @@
 #include "simulator/flow/FlowReader.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "Device/Applications.h"
 #include "simulator/flow/FlowFile.h"
@@ -25,6 +26,10 @@ const std::map<std::string, CommandKind>& commandKinds() {
 }
 
 }  // namespace
+
+std::chrono::nanoseconds fromSeconds(double seconds) {
+  return std::chrono::nanoseconds(std::llround(seconds * 1e9));
+}
 
 std::string text(const YamlValue& value) {
   std::string text = value.text();
@@ -70,10 +75,12 @@ Flow FlowReader::read(const std::filesystem::path& file) {
   Flow flow;
   Variables variables;
   const YamlValue header(shown, "", documents[0], 1, &variables);
-  const auto fields = header.members({"appId", "name", "env"});
+  const auto fields = header.members({"appId", "name", "env", "recordedAt"});
   if (fields.contains("env")) {
     for (const auto& [name, value] : fields.at("env").members()) variables[name] = value.text();
   }
+  if (fields.contains("recordedAt"))
+    flow.recordedAt = fromSeconds(fields.at("recordedAt").number(0, kLongestSeconds));
   if (!fields.contains("appId")) header.fail("the header needs an appId");
   flow.appId = bundleIdentifier(fields.at("appId"));
   flow.name = fields.contains("name") ? fields.at("name").text()

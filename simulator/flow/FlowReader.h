@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -12,6 +13,10 @@
 namespace simulator {
 
 constexpr int kLongestMilliseconds = 3'600'000;
+constexpr double kLongestSeconds = 86'400;
+
+/// To the nearest nanosecond: 1.234 is 1234 ms, which a conversion that cuts off makes one nanosecond less of.
+std::chrono::nanoseconds fromSeconds(double seconds);
 
 /// A text that must not be empty.
 std::string text(const YamlValue& value);

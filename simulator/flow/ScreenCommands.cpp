@@ -60,7 +60,7 @@ struct Wait : Command {
   }
   Problem perform(Stage& stage) const override {
     // In slices, so that what the console says meanwhile is told with its time.
-    const auto total = std::chrono::duration_cast<Clock::Duration>(std::chrono::duration<double>(seconds));
+    const Clock::Duration total = fromSeconds(seconds);
     const Clock& clock = Clock::shared();
     const Clock::Duration slice =
         clock.isVirtual() ? std::max<Clock::Duration>(milliseconds(50), total / 200) : milliseconds(50);
@@ -71,7 +71,7 @@ struct Wait : Command {
   }
   static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
     auto result = std::make_unique<Wait>();
-    result->seconds = single(value, "seconds").number(0, 86'400);
+    result->seconds = single(value, "seconds").number(0, kLongestSeconds);
     return result;
   }
 };
@@ -81,7 +81,7 @@ struct TakeScreenshot : Command {
 
   std::string description() const override { return "take the picture " + name + ".png"; }
   Problem perform(Stage& stage) const override {
-    stage.phone().settle(std::chrono::seconds(1));
+    stage.settle(std::chrono::seconds(1));
     const ios::Bytes png = stage.phone().picture();
     if (png.empty()) return "expected a picture, but the display shows nothing";
     return stage.keepPicture(name + ".png", png);

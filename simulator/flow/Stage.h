@@ -30,6 +30,12 @@ class Stage {
   /// Waits, frame by frame, for `condition`; false when it is not met after `patience` of the phone's time,
   /// or somebody interrupts.
   bool await(ios::Clock::Duration patience, const std::function<bool()>& condition);
+  /// Lets the screen come to rest, for so long at most; in exact time, not at all.
+  void settle(ios::Clock::Duration limit) {
+    if (!exact_) phone_.settle(limit);
+  }
+  /// Whether steps take exactly the time that they say, as those of a recorded flow do.
+  void setExact(bool exact) { exact_ = exact; }
   /// How long a text, a line or the like may take to come or to go.
   static constexpr ios::Clock::Duration kPatience = std::chrono::seconds(7);
 
@@ -37,6 +43,7 @@ class Stage {
   Phone& phone_;
   Console& console_;
   PictureSink keepPicture_;
+  bool exact_ = false;
 };
 
 }  // namespace simulator

@@ -39,7 +39,7 @@ struct TapOn : Command {
   std::optional<TextPattern> text;
   std::optional<Place> point;
   int repeat = 1;
-  int delay = 100;  // ms
+  int delay = 100, hold = 50;  // ms
   int fingers = 1;
 
   std::string description() const override {
@@ -52,19 +52,20 @@ struct TapOn : Command {
     // What is tapped on may still be on its way, and then what the tap has set moving.
     constexpr auto kRest = std::chrono::seconds(3), kRestAfterTap = std::chrono::seconds(1);
     Phone& phone = stage.phone();
-    ios::automation::Tap tap{.count = repeat, .fingers = fingers, .delay = milliseconds(delay)};
+    ios::automation::Tap tap{
+        .count = repeat, .fingers = fingers, .hold = milliseconds(hold), .delay = milliseconds(delay)};
     if (point) {
       tap.location = point->on(phone.screenSize());
     } else {
       if (!stage.await(Stage::kPatience, [&] { return stage.find(*text).has_value(); }))
         return "expected \"" + text->text() + "\" to tap on";
-      phone.settle(kRest);
+      stage.settle(kRest);
       const auto settled = stage.find(*text);
       if (!settled) return "expected \"" + text->text() + "\" to stay until it was tapped";
       tap.location = {settled->frame.midX(), settled->frame.midY()};
     }
     phone.tap(tap);
-    phone.settle(kRestAfterTap);
+    stage.settle(kRestAfterTap);
     return {};
   }
   static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
@@ -73,10 +74,11 @@ struct TapOn : Command {
       result->text = pattern(value);
       return result;
     }
-    for (const auto& [key, field] : value.members({"text", "point", "repeat", "delay", "fingers"})) {
+    for (const auto& [key, field] : value.members({"text", "point", "repeat", "delay", "hold", "fingers"})) {
       if (key == "text") result->text = pattern(field);
       if (key == "point") result->point = place(field);
       if (key == "repeat") result->repeat = field.integer(1, 1000);
+      if (key == "hold") result->hold = field.integer(0, kLongestMilliseconds);
       if (key == "delay") result->delay = field.integer(0, kLongestMilliseconds);
       if (key == "fingers") result->fingers = field.integer(1, 5);
     }
@@ -119,6 +121,57 @@ struct Swipe : Command {
       result->start = place(fields.at("start"));
       result->end = place(fields.at("end"));
     }
+    return result;
+  }
+};
+
+/// What fingers did, change by change.
+struct Touch : Command {
+  struct Change {
+    milliseconds time;  // since the first
+    ios::TouchSample sample;
+    Place place;
+  };
+  std::vector<Change> changes;
+
+  std::string description() const override {
+    return "touch from " + changes.front().place.description() + " to " + changes.back().place.description();
+  }
+  Problem perform(Stage& stage) const override {
+    Phone& phone = stage.phone();
+    const ios::CGSize screen = phone.screenSize();
+    milliseconds now{0};
+    for (auto next = changes.begin(); next != changes.end();) {
+      if (next->time > now) phone.runFor(next->time - now);
+      now = next->time;
+      std::vector<ios::TouchSample> together;
+      for (; next != changes.end() && next->time == now; ++next) {
+        together.push_back(next->sample);
+        together.back().location = next->place.on(screen);
+      }
+      phone.touch(together);
+    }
+    return {};
+  }
+  static Change change(const YamlValue& value) {
+    using Phase = ios::TouchSample::Phase;
+    static const std::map<std::string, Phase> kPhases = {
+        {"down", Phase::began}, {"move", Phase::moved}, {"up", Phase::ended}, {"cancel", Phase::cancelled}};
+    const auto parts = value.list();
+    if (parts.size() != 4) value.fail("expected milliseconds, a finger, what it does and a place");
+    return {milliseconds(parts[0].integer(0, kLongestMilliseconds)),
+            {parts[1].integer(1, 10), oneOf(parts[2], kPhases, "down, move, up or cancel"), {}},
+            place(parts[3])};
+  }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    auto result = std::make_unique<Touch>();
+    for (const YamlValue& each : value.list()) {
+      result->changes.push_back(change(each));
+      const std::size_t count = result->changes.size();
+      if (count > 1 && result->changes[count - 1].time < result->changes[count - 2].time)
+        each.fail("expected a time that is not before the last one");
+    }
+    if (result->changes.empty()) value.fail("expected what fingers do");
     return result;
   }
 };
@@ -185,11 +238,9 @@ std::string Place::description() const {
 
 std::span<const CommandKind> touchCommands() {
   static constexpr std::array kAll = {
-      CommandKind{"tapOn", &TapOn::read},
-      CommandKind{"swipe", &Swipe::read},
-      CommandKind{"pressKey", &PressHome::read},
-      CommandKind{"shake", &Shake::read},
-      CommandKind{"setOrientation", &SetOrientation::read},
+      CommandKind{"tapOn", &TapOn::read}, CommandKind{"swipe", &Swipe::read},
+      CommandKind{"touch", &Touch::read}, CommandKind{"pressKey", &PressHome::read},
+      CommandKind{"shake", &Shake::read}, CommandKind{"setOrientation", &SetOrientation::read},
   };
   return kAll;
 }

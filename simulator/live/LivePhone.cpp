@@ -36,6 +36,7 @@ LivePhone::LivePhone(Options options, CommandInbox& inbox, Display& display, Aud
             phone.patience = std::chrono::hours(24);
             phone.launchOptions = [this](const std::string& identifier) {
               microphoneInUse_ = microphone_;
+              launchedByTap_ = identifier;
               return Phone::LaunchOptions{arguments_[identifier], microphone_};
             };
             return phone;
@@ -72,7 +73,7 @@ void LivePhone::run() {
     const Clock::Duration due =
         options_.phone.realTime ? Clock::Duration(kRealSlice) : pace_.due(wall, phoneNow(), nextDue());
     const bool eventDue = due > Clock::Duration::zero() && nextDue() && *nextDue() <= phoneNow() + due;
-    if (touched || eventDue || options_.phone.realTime || std::exchange(stepNow_, false)) step(due);
+    if (touched || eventDue || options_.phone.realTime) step(due);
     tellChanges();
     inbox_.waitUntil(nextWake());
   }
@@ -99,8 +100,6 @@ void LivePhone::takeItems() {
     } else if (auto* departure = std::get_if<LiveDeparture>(&item)) {
       takeDeparture(departure->viewer);
     } else {
-      // What fingers did before a command comes before it.
-      if (!touches_.empty() && !playback_) step(pace_.due(wallNow(), phoneNow(), nextDue()));
       obey(std::move(std::get<LiveCommand>(item)));
     }
   }
@@ -124,7 +123,19 @@ void LivePhone::takeDeparture(ViewerId viewer) {
   onlyMoves_ = false;
 }
 
+/// The phone goes on to where the wall is, and then takes what fingers did: whatever comes next happens now, however
+/// long the phone has rested.
+void LivePhone::catchUp() {
+  step(pace_.due(wallNow(), phoneNow(), nextDue()));
+}
+
+/// Lets so much time pass, and then takes what fingers did.
 void LivePhone::step(Clock::Duration duration) {
+  if (!touches_.empty() && duration > Clock::Duration::zero() && !options_.phone.realTime) {
+    auto touches = std::exchange(touches_, {});
+    phone_.step(std::exchange(duration, Clock::Duration::zero()), {}, /*shown=*/false);
+    touches_ = std::move(touches);
+  }
   const std::string front = phone_.front();
   stepOnce(duration);
   // What was tapped may have put something else in front; it is seen at once.
@@ -134,12 +145,19 @@ void LivePhone::step(Clock::Duration duration) {
 ios::automation::Step::Answer LivePhone::stepOnce(Clock::Duration duration) {
   const auto touches = std::exchange(touches_, {});
   onlyMoves_ = true;
-  if (recorder_.isRecording() && !touches.empty()) {
-    recorder_.touches(phoneNow().time_since_epoch(), touches, phone_.screenSize(),
-                      [this] { return phone_.elements(); });
+  if (recorder_.isRecording() && !playback_ && !touches.empty()) {
+    recorder_.touches(phoneNow().time_since_epoch(), touches, [this] { return phone_.elements(); });
     tellFlow();
   }
+  launchedByTap_.clear();
+  const auto tapped = phoneNow().time_since_epoch();
   const auto seen = phone_.step(duration, touches);
+  // A flow's icons know no arguments: it says what the tap has brought about.
+  if (recorder_.isRecording() && !launchedByTap_.empty()) {
+    recorder_.actionOfLastTap(tapped, launchStep(launchedByTap_));
+    recorder_.actionTook(phoneNow().time_since_epoch());
+    tellFlow();
+  }
   lastStep_ = wallNow();
   lookDue_ = true;
   surveyDue_ = surveyDue_ || isWatched("elements") || isWatched("tree");

@@ -55,6 +55,7 @@ class LivePhone {
   void takeTouches(LiveTouches touches);
   void takeDeparture(ViewerId viewer);
   void step(ios::Clock::Duration duration);
+  void catchUp();
   ios::automation::Step::Answer stepOnce(ios::Clock::Duration duration);
   void show(const ios::automation::Step::Answer& seen);
   void settleTouches(bool visible);
@@ -107,6 +108,8 @@ class LivePhone {
   ios::automation::Step::Answer pacedStep(ios::Clock::Duration duration,
                                           const std::vector<ios::TouchSample>& touches);
   void record(const std::string& step);
+  void recordPermissions(const std::string& identifier);
+  std::string launchStep(const std::string& identifier) const;
   void tellFlow();
 
   // What the audience is told (LivePhoneTopics.cpp).
@@ -138,7 +141,6 @@ class LivePhone {
   std::optional<ios::Clock::Instant> nextEvent_;
   Wall lastStep_{};
   bool onlyMoves_ = true;  // of the touches that wait, none is more than a finger that moved
-  bool stepNow_ = false;
   std::atomic<bool> ended_ = false;
 
   std::string running_;  // what was told last
@@ -153,6 +155,7 @@ class LivePhone {
   PasteboardWatch pasteboard_;
   LibraryWatch libraries_;
   TapRecorder recorder_;
+  std::string launchedByTap_;         // by the step that is under way
   std::optional<Playback> playback_;  // a flow that is playing, or is about to
   bool flowStops_ = false;
   ios::NSDictionary lastFlow_;

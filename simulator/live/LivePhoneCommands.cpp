@@ -33,7 +33,8 @@ constexpr auto kFrame = std::chrono::nanoseconds(1'000'000'000 / 60);
 struct LivePhone::CommandRow {
   std::vector<const char*> required, optional;
   Answer (LivePhone::*perform)(const Members&);
-  bool duringFlow = false;
+  bool duringFlow = false;  // while one is playing
+  bool inFlows = true;      // what it does can be written down as a step of a flow, or need not be
 };
 
 const std::map<std::string, LivePhone::CommandRow>& LivePhone::commandTable() {
@@ -42,17 +43,17 @@ const std::map<std::string, LivePhone::CommandRow>& LivePhone::commandTable() {
       {"home", {{}, {}, &LivePhone::home}},
       {"back", {{}, {}, &LivePhone::back}},
       {"rotate", {{"orientation"}, {}, &LivePhone::rotate}},
-      {"restart", {{}, {"profile", "language", "textSize"}, &LivePhone::restart}},
+      {"restart", {{}, {"profile", "language", "textSize"}, &LivePhone::restart, false, false}},
       {"launch", {{"identifier"}, {"arguments"}, &LivePhone::launch}},
       {"stop", {{"identifier"}, {}, &LivePhone::stop}},
-      {"end", {{"identifier"}, {}, &LivePhone::end, true}},
+      {"end", {{"identifier"}, {}, &LivePhone::end, true, false}},
       {"install", {{"application"}, {}, &LivePhone::install}},
       {"uninstall", {{"identifier"}, {}, &LivePhone::uninstall}},
-      {"reset", {{"identifier"}, {}, &LivePhone::reset}},
+      {"reset", {{"identifier"}, {}, &LivePhone::reset, false, false}},
       {"openLink", {{"link"}, {}, &LivePhone::openLink}},
       {"permission", {{"identifier", "service", "value"}, {}, &LivePhone::permission}},
       {"microphone", {{"source"}, {}, &LivePhone::microphone}},
-      {"disk", {{"state"}, {}, &LivePhone::disk}},
+      {"disk", {{"state"}, {}, &LivePhone::disk, false, false}},
       {"pause", {{}, {}, &LivePhone::pause, true}},
       {"resume", {{}, {}, &LivePhone::resume, true}},
       {"advance", {{"milliseconds"}, {}, &LivePhone::advance}},
@@ -74,7 +75,7 @@ void LivePhone::obey(LiveCommand command) {
   const std::string name = *members.text("command");
   const auto row = commandTable().find(name);
   if (row == commandTable().end()) return command.answer(problem("no command is called \"" + name + "\""));
-  const auto& [required, optional, perform, duringFlow] = row->second;
+  const auto& [required, optional, perform, duringFlow, inFlows] = row->second;
   if (playback_ && !duringFlow) return command.answer(problem("a flow is playing"));
   for (const char* key : required) {
     if (!members.member(key)) return command.answer(problem(name + " needs \"" + key + "\""));
@@ -86,10 +87,14 @@ void LivePhone::obey(LiveCommand command) {
       return command.answer(problem(name + " does not know \"" + key + "\""));
     }
   }
+  if (recorder_.isRecording() && !inFlows)
+    return command.answer(problem("a flow cannot say this; end the recording first"));
+  // It happens now, after what fingers did before it.
+  if (!playback_) catchUp();
   Answer answer = (this->*perform)(members);
+  if (recorder_.isRecording()) recorder_.actionTook(phoneNow().time_since_epoch());
   // What came of it is seen before the answer.
-  stepNow_ = false;
-  if (!playback_) step(pace_.due(wallNow(), phoneNow(), nextDue()));
+  if (!playback_) step(Clock::Duration::zero());
   lookDue_ = true;
   lastLook_ = {};
   command.answer(std::move(answer));
@@ -168,11 +173,7 @@ LivePhone::Answer LivePhone::launch(const Members& members) {
     arguments_[*identifier] = std::move(arguments);
   }
   microphoneInUse_ = microphone_;
-  std::string step = "launchApp:\n    appId: " + inYaml(*identifier);
-  if (!arguments_[*identifier].empty()) step += "\n    arguments:";
-  for (const auto& [name, value] : arguments_[*identifier])
-    step += "\n      " + inYaml(name) + ": " + inYaml(value);
-  record(step);
+  record(launchStep(*identifier));
   return problem(phone_.launch(*identifier, arguments_[*identifier], microphone_));
 }
 
@@ -192,13 +193,16 @@ LivePhone::Answer LivePhone::end(const Members& members) {
 
 LivePhone::Answer LivePhone::install(const Members& members) {
   const std::string* application = members.text("application");
-  return problem(application ? phone_.install(*application) : "expected an application");
+  if (!application) return problem("expected an application");
+  record("installApp: " + inYaml(*application));
+  return problem(phone_.install(*application));
 }
 
 LivePhone::Answer LivePhone::uninstall(const Members& members) {
   const std::string* identifier = members.text("identifier");
-  return problem(identifier && ios::isBundleIdentifier(*identifier) ? phone_.uninstall(*identifier)
-                                                                    : "expected an identifier");
+  if (!identifier || !ios::isBundleIdentifier(*identifier)) return problem("expected an identifier");
+  record("uninstallApp: " + *identifier);
+  return problem(phone_.uninstall(*identifier));
 }
 
 LivePhone::Answer LivePhone::reset(const Members& members) {
@@ -228,6 +232,8 @@ LivePhone::Answer LivePhone::permission(const Members& members) {
   if (!service || (*service != "microphone" && *service != "photos" && *service != "screen"))
     return problem("expected the service microphone, photos or screen");
   if (!value || !values.contains(*value)) return problem("expected granted, refused or ask");
+  record("setPermissions: {appId: " + *identifier + ", permissions: {" + *service + ": " +
+         permissionWord(values.at(*value)) + "}}");
   phone_.setPermissions(*identifier, {{*service, values.at(*value)}});
   return {};
 }
@@ -267,7 +273,7 @@ LivePhone::Answer LivePhone::advance(const Members& members) {
   const auto amount = numberIn(members.member("milliseconds"));
   if (options_.phone.realTime || !pace_.isPaused()) return problem("only a paused phone is moved on");
   if (!amount || !(*amount >= 1 && *amount <= 10'000)) return problem("expected 1 to 10000 milliseconds");
-  const auto end = phoneNow() + Clock::Duration(std::llround(*amount * 1e6));
+  const auto end = phoneNow() + milliseconds(std::llround(*amount));
   // A frame at a time, so that whoever watches sees what moves.
   while (phoneNow() < end && !ended_) step(std::min<Clock::Duration>(kFrame, end - phoneNow()));
   return {};

@@ -102,6 +102,7 @@ void LivePhone::playWantedFlow() {
       const auto error = ios::writeFileAtomically(options_.out / (name + ".png"), png);
       return error ? error->description() : "";
     });
+    stage.setExact(flow->recordedAt.has_value());
     FlowRunner runner(stage, transcript);
     runner.setWatcher([this](const Step& step) {
       playback_->line = step.line;
@@ -160,7 +161,13 @@ LivePhone::Answer LivePhone::recordFlow(const Members& members) {
     if (recorder_.isRecording()) return problem("a flow is being recorded already");
     const std::string running = phone_.running();
     const std::string appId = running.empty() ? options_.firstArguments.begin()->first : running;
-    recorder_.begin(now, appId, arguments_[appId]);
+    const ios::DeviceSettings& settings = ios::Device::current().settings();
+    recorder_.begin(now, appId,
+                    "Recorded on an " + ios::Device::current().profile().name + ", " +
+                        settings.languages.front() + ", text size " +
+                        std::string(ios::textSizeName(settings.textSize)));
+    recordPermissions(appId);
+    if (!running.empty()) record(launchStep(running));
     tellFlow();
     return {};
   }
@@ -176,6 +183,28 @@ LivePhone::Answer LivePhone::checkpoint(const Members& members) {
   if (!recorder_.isRecording()) return problem("no flow is being recorded");
   record("assertVisible: " + inYaml(*text));
   return {};
+}
+
+void LivePhone::recordPermissions(const std::string& identifier) {
+  const auto& all = ios::Device::current().settings().permissions;
+  const auto own = all.find(identifier);
+  if (own == all.end() || own->second.empty()) return;
+  std::string answers;
+  for (const auto& [service, answer] : own->second)
+    answers += (answers.empty() ? "" : ", ") + service + ": " + permissionWord(answer);
+  record("setPermissions: {" + answers + "}");
+}
+
+/// As a flow starts it: with what it is given on this phone.
+std::string LivePhone::launchStep(const std::string& identifier) const {
+  std::string step = "launchApp:\n    appId: " + identifier;
+  if (microphone_ != "silence") step += "\n    sound: " + inYaml(microphone_);
+  const auto arguments = arguments_.find(identifier);
+  if (arguments == arguments_.end() || arguments->second.empty()) return step;
+  step += "\n    arguments:";
+  for (const auto& [name, value] : arguments->second)
+    step += "\n      " + inYaml(name) + ": " + inYaml(value);
+  return step;
 }
 
 void LivePhone::record(const std::string& step) {

@@ -10,11 +10,12 @@ Pace::Duration Pace::due(Wall wall, Instant phone, std::optional<Instant> nextEv
   if (paused_) return Duration::zero();
   const auto passed = std::chrono::duration<double, std::nano>(wall - wall_) * speed_;
   const Instant target = phone_ + duration_cast<Duration>(passed);
-  const Duration wanted = target - phone;
+  const Duration wanted = std::chrono::floor<std::chrono::milliseconds>(target) - phone;
   if (wanted <= Duration::zero()) return Duration::zero();
   // Up to the next event there is nothing to do but to let the time pass.
   const Duration idle = nextEvent ? std::max(*nextEvent - phone, Duration::zero()) : wanted;
-  const Duration step = std::min(wanted, std::max(kLongestStep, idle));
+  const Instant longest = std::chrono::ceil<std::chrono::milliseconds>(phone + std::max(kLongestStep, idle));
+  const Duration step = std::min(wanted, longest - phone);
   behind_ = wanted - step > kLongestStep;
   if (behind_) begin(wall, phone + step);
   return step;
@@ -22,7 +23,8 @@ Pace::Duration Pace::due(Wall wall, Instant phone, std::optional<Instant> nextEv
 
 std::optional<Pace::Wall> Pace::wallTimeOf(Instant event) const {
   if (paused_) return std::nullopt;
-  const std::chrono::duration<double, std::nano> ahead = event - phone_;
+  const std::chrono::duration<double, std::nano> ahead =
+      std::chrono::ceil<std::chrono::milliseconds>(event) - phone_;
   return wall_ + duration_cast<Wall::duration>(ahead / speed_);
 }
 

@@ -19,10 +19,10 @@ class Pace {
 
   Pace(Wall wall, Instant phone) : wall_(wall), phone_(phone) {}
 
-  /// How far the phone, which is at `phone`, should go on now. A phone on which nothing is due goes on in one step
-  /// however long that is.
+  /// How far the phone, which is at `phone`, should go on now, to a whole millisecond: so what happens then can be
+  /// written down exactly. A phone on which nothing is due goes on in one step however long that is.
   Duration due(Wall wall, Instant phone, std::optional<Instant> nextEvent);
-  /// When the phone should have come to that event; never, while it is paused.
+  /// When the phone should have come to that event, or just beyond it; never, while it is paused.
   std::optional<Wall> wallTimeOf(Instant event) const;
 
   void pause(Wall wall, Instant phone);

@@ -47,6 +47,11 @@ void PacedPhone::swipe(ios::CGPoint from, ios::CGPoint to, Clock::Duration durat
   touch({finger});
 }
 
+void PacedPhone::touch(const std::vector<ios::TouchSample>& samples) {
+  if (!pacer_) return Phone::touch(samples);
+  pacer_({}, samples);
+}
+
 void PacedPhone::runFor(Clock::Duration duration) {
   if (!pacer_) return Phone::runFor(duration);
   pacer_(duration, {});

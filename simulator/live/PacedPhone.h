@@ -20,12 +20,11 @@ class PacedPhone : public Phone {
 
   void tap(const ios::automation::Tap& tap) override;
   void swipe(ios::CGPoint from, ios::CGPoint to, ios::Clock::Duration duration) override;
+  void touch(const std::vector<ios::TouchSample>& samples) override;
   void runFor(ios::Clock::Duration duration) override;
   void settle(ios::Clock::Duration limit) override;
 
  private:
-  void touch(const std::vector<ios::TouchSample>& samples) { pacer_({}, samples); }
-
   Pacer pacer_;
   std::int64_t nextFinger_ = 1;
 };

@@ -13,19 +13,17 @@ namespace {
 using Phase = ios::TouchSample::Phase;
 using std::chrono::milliseconds;
 
-/// A finger that goes farther than this has swiped.
+/// A finger that goes farther than this has not tapped.
 constexpr double kStill = 10;
-/// Taps so near to each other, in place and in time, are one tap several times.
-constexpr double kSamePlace = 24;
-constexpr auto kSameTap = milliseconds(450);
-/// Nobody means a shorter pause.
-constexpr auto kPause = milliseconds(300);
+/// How far side by side a flow puts the fingers of one tap, and how exactly a flow says a place.
+constexpr double kFingerDistance = 40, kExact = 0.005;
+constexpr auto kUsualHold = milliseconds(50), kUsualDelay = milliseconds(100);
 
-double distance(ios::CGPoint a, ios::CGPoint b) {
-  return std::hypot(a.x - b.x, a.y - b.y);
+bool isSamePlace(ios::CGPoint a, ios::CGPoint b, double tolerance) {
+  return std::hypot(a.x - b.x, a.y - b.y) <= tolerance;
 }
 
-/// The text of what is in front at this place, if no other element has the same.
+/// The text of what is in front at this place, if a tap on that text reaches the same thing.
 std::string textAt(const std::vector<ios::VisibleElement>& elements, ios::CGPoint place) {
   const ios::VisibleElement* hit = nullptr;
   for (const auto& element : elements) {
@@ -34,108 +32,162 @@ std::string textAt(const std::vector<ios::VisibleElement>& elements, ios::CGPoin
       hit = &element;
   }
   if (!hit || hit->text.find('\n') != std::string::npos) return {};
+  if (hit->text.find("${") != std::string::npos) return {};  // which flows replace
+  if (hit->control && !hit->focusable) return {};
   const auto same = [&](const auto& element) { return element.text == hit->text; };
   return std::count_if(elements.begin(), elements.end(), same) == 1 ? hit->text : "";
 }
 
+std::string placeText(ios::CGPoint place) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%.10g,%.10g", std::round(place.x * 100) / 100,
+                std::round(place.y * 100) / 100);
+  return text;
+}
+
+std::string millisecondsText(TapRecorder::Time time) {
+  return std::to_string(std::chrono::round<milliseconds>(time).count());
+}
+
+std::string secondsText(TapRecorder::Time time) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.10g",
+                static_cast<double>(std::chrono::round<milliseconds>(time).count()) / 1000);
+  return text;
+}
+
+const char* phaseName(Phase phase) {
+  switch (phase) {
+    case Phase::began:
+      return "down";
+    case Phase::moved:
+      return "move";
+    case Phase::ended:
+      return "up";
+    case Phase::cancelled:
+      break;
+  }
+  return "cancel";
+}
+
 }  // namespace
 
-void TapRecorder::begin(Time now, const std::string& appId,
-                        const std::map<std::string, std::string>& arguments) {
+void TapRecorder::begin(Time now, const std::string& appId, const std::string& remark) {
   *this = {};
   recording_ = true;
   lastEnd_ = now;
-  steps_ = "appId: " + appId + "\n---\n- launchApp";
-  if (arguments.empty()) {
-    steps_ += "\n";
-    return;
-  }
-  steps_ += ":\n    arguments:\n";
-  for (const auto& [name, value] : arguments) steps_ += "      " + inYaml(name) + ": " + inYaml(value) + "\n";
+  steps_ = "# " + remark + "\nappId: " + appId + "\nrecordedAt: " + secondsText(now) + "\n---\n";
 }
 
 std::string TapRecorder::end(Time now) {
   writeTaps();
+  writeGesture();
   writePause(now);
   recording_ = false;
   return std::move(steps_);
 }
 
 std::string TapRecorder::text() const {
-  return taps_ ? steps_ + written(*taps_) : steps_;
+  if (!taps_) return steps_;
+  TapRecorder later = *this;
+  later.writeTaps();
+  return later.steps_;
 }
 
-void TapRecorder::touches(Time now, const std::vector<ios::TouchSample>& samples, ios::CGSize screen,
-                          const Elements& elements) {
+void TapRecorder::touches(Time now, const std::vector<ios::TouchSample>& samples, const Elements& elements) {
   if (!recording_) return;
-  screen_ = screen;
+  acting_ = false;
   for (const auto& sample : samples) {
-    if (sample.phase == Phase::began) {
-      if (down_.empty() && lifted_.empty()) {
-        gestureStart_ = now;
-        gestureText_ = textAt(elements(), sample.location);
-      }
-      down_[sample.finger] = {sample.location, sample.location};
-      continue;
-    }
-    const auto finger = down_.find(sample.finger);
-    if (finger == down_.end()) continue;
-    finger->second.to = sample.location;
-    if (sample.phase == Phase::moved) continue;
-    lifted_.push_back(finger->second);
-    down_.erase(finger);
-    if (down_.empty()) gestureEnded(now);
+    const bool begins = sample.phase == Phase::began;
+    if (begins == down_.contains(sample.finger)) continue;  // it came down before the recording did
+    if (begins && down_.empty()) tappedText_ = textAt(elements(), sample.location);
+    gesture_.push_back({now, sample});
+    if (begins) down_.insert(sample.finger);
+    if (sample.phase == Phase::ended || sample.phase == Phase::cancelled) down_.erase(sample.finger);
+    if (down_.empty()) gestureEnded();
   }
 }
 
-void TapRecorder::gestureEnded(Time now) {
-  const bool moved = std::any_of(lifted_.begin(), lifted_.end(), [](const Finger& finger) {
-    return distance(finger.from, finger.to) > kStill;
-  });
-  if (moved) {
-    writeTaps();
-    writePause(gestureStart_);
-    const auto duration = std::max<long long>(1, (now - gestureStart_) / milliseconds(1));
-    steps_ += "- swipe:\n    start: " + inYaml(placeText(lifted_.front().from)) +
-              "\n    end: " + inYaml(placeText(lifted_.front().to)) +
-              "\n    duration: " + std::to_string(duration) + "\n";
-    lastEnd_ = now;
+void TapRecorder::gestureEnded() {
+  if (const auto tap = asTap()) {
+    tapped(*tap);
+    gesture_.clear();
   } else {
-    tapped(now);
+    writeGesture();
   }
-  lifted_.clear();
+  numbers_.clear();
 }
 
-void TapRecorder::tapped(Time now) {
-  ios::CGPoint middle{};
-  for (const Finger& finger : lifted_) {
-    middle.x += finger.from.x / static_cast<double>(lifted_.size());
-    middle.y += finger.from.y / static_cast<double>(lifted_.size());
+/// The gesture as a flow's tap, if a flow can say it so: fingers that come down side by side, stay, and leave together.
+std::optional<TapRecorder::Taps> TapRecorder::asTap() const {
+  if (!numbers_.empty()) return std::nullopt;  // part of it is written already
+  std::vector<Row> down, up;
+  for (const Row& row : gesture_) {
+    if (row.sample.phase == Phase::cancelled) return std::nullopt;
+    if (row.sample.phase == Phase::began) down.push_back(row);
+    if (row.sample.phase == Phase::ended) up.push_back(row);
   }
-  const int fingers = static_cast<int>(lifted_.size());
-  if (taps_ && taps_->fingers == fingers && distance(taps_->place, middle) <= kSamePlace &&
-      gestureStart_ - taps_->last <= kSameTap) {
-    ++taps_->count;
-    taps_->last = now;
-    return;
+  for (const Row& row : gesture_) {
+    const auto from = std::find_if(down.begin(), down.end(),
+                                   [&](const Row& each) { return each.sample.finger == row.sample.finger; });
+    if (!isSamePlace(from->sample.location, row.sample.location, kStill)) return std::nullopt;
+  }
+  Taps tap;
+  tap.fingers = static_cast<int>(down.size());
+  tap.first = down.front().time;
+  tap.last = up.front().time;
+  tap.hold = tap.last - tap.first;
+  const auto [left, right] = std::minmax_element(down.begin(), down.end(), [](const Row& a, const Row& b) {
+    return a.sample.location.x < b.sample.location.x;
+  });
+  tap.place = {(left->sample.location.x + right->sample.location.x) / 2, down.front().sample.location.y};
+  for (std::size_t i = 0; i < down.size(); ++i) {
+    const double offset = (static_cast<double>(i) - (tap.fingers - 1) / 2.0) * kFingerDistance;
+    if (down[i].time != tap.first || up[i].time != tap.last ||
+        !isSamePlace(down[i].sample.location, {tap.place.x + offset, tap.place.y}, kExact))
+      return std::nullopt;
+  }
+  if (tap.fingers == 1) tap.text = tappedText_;
+  return tap;
+}
+
+void TapRecorder::tapped(const Taps& tap) {
+  if (taps_ && taps_->fingers == tap.fingers && taps_->hold == tap.hold &&
+      isSamePlace(taps_->place, tap.place, kExact)) {
+    const Time delay = tap.first - taps_->last;
+    if ((taps_->count == 1 && delay <= milliseconds(450)) || (taps_->count > 1 && delay == taps_->delay)) {
+      ++taps_->count;
+      taps_->delay = delay;
+      taps_->last = tap.last;
+      return;
+    }
   }
   writeTaps();
-  taps_ = Taps{middle, gestureText_, 1, fingers, gestureStart_, now};
+  taps_ = tap;
 }
 
 void TapRecorder::action(Time now, const std::string& step) {
   if (!recording_) return;
   writeTaps();
+  writeGesture();
   writePause(now);
   steps_ += "- " + step + "\n";
   lastEnd_ = now;
+  acting_ = true;
+}
+
+void TapRecorder::actionTook(Time now) {
+  if (std::exchange(acting_, false)) lastEnd_ = now;
+}
+
+void TapRecorder::actionOfLastTap(Time now, const std::string& step) {
+  if (taps_ && taps_->count == 1 && taps_->last == now) taps_.reset();
+  action(now, step);
 }
 
 void TapRecorder::writePause(Time start) {
-  if (start - lastEnd_ < kPause) return;
-  char text[32];
-  std::snprintf(text, sizeof text, "- wait: %.1f\n", std::chrono::duration<double>(start - lastEnd_).count());
-  steps_ += text;
+  if (std::chrono::round<milliseconds>(start - lastEnd_) > milliseconds(0))
+    steps_ += "- wait: " + secondsText(start - lastEnd_) + "\n";
 }
 
 void TapRecorder::writeTaps() {
@@ -148,19 +200,29 @@ void TapRecorder::writeTaps() {
 
 std::string TapRecorder::written(const Taps& taps) const {
   // Several taps mean the place, whatever is there by then.
-  if (taps.count == 1 && taps.fingers == 1 && !taps.text.empty())
-    return "- tapOn: " + inYaml(taps.text) + "\n";
-  std::string step = "- tapOn: {point: " + inYaml(placeText(taps.place));
+  const bool byText = taps.count == 1 && !taps.text.empty();
+  std::string step = byText ? "text: " + inYaml(taps.text) : "point: " + inYaml(placeText(taps.place));
   if (taps.count > 1) step += ", repeat: " + std::to_string(taps.count);
+  if (taps.count > 1 && taps.delay != kUsualDelay) step += ", delay: " + millisecondsText(taps.delay);
   if (taps.fingers > 1) step += ", fingers: " + std::to_string(taps.fingers);
-  return step + "}\n";
+  if (taps.hold != kUsualHold) step += ", hold: " + millisecondsText(taps.hold);
+  return "- tapOn: {" + step + "}\n";
 }
 
-std::string TapRecorder::placeText(ios::CGPoint place) const {
-  char text[64];
-  std::snprintf(text, sizeof text, "%.1f%%,%.1f%%", 100 * place.x / screen_.width,
-                100 * place.y / screen_.height);
-  return text;
+/// What there is of the gesture that is under way: each change in a line, with the milliseconds since the first.
+void TapRecorder::writeGesture() {
+  if (gesture_.empty()) return;
+  writeTaps();
+  const std::vector<Row> rows = std::exchange(gesture_, {});
+  writePause(rows.front().time);
+  steps_ += "- touch:\n";
+  for (const Row& row : rows) {
+    const int next = static_cast<int>(numbers_.size()) + 1;
+    const int number = numbers_.emplace(row.sample.finger, next).first->second;
+    steps_ += "    - [" + millisecondsText(row.time - rows.front().time) + ", " + std::to_string(number) +
+              ", " + phaseName(row.sample.phase) + ", " + inYaml(placeText(row.sample.location)) + "]\n";
+  }
+  lastEnd_ = rows.back().time;
 }
 
 }  // namespace simulator

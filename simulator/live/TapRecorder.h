@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,55 +13,61 @@
 
 namespace simulator {
 
-/// Writes down what somebody does on the phone as a flow, so that it can be played again: taps by the text that was
-/// tapped where there is one, else by place; swipes; pauses; and whatever else is told by `action`. Times are the
-/// phone's. Main thread.
+/// Writes down what somebody does on the phone as a flow that gives the same result when it is played in virtual time:
+/// taps by the text that was tapped where there is one, else by place; whatever else fingers do, sample by sample; what
+/// is told by `action`; and how long each is after the one before, to the millisecond. Times are the phone's. Main
+/// thread.
 class TapRecorder {
  public:
   using Time = std::chrono::nanoseconds;
   using Elements = std::function<std::vector<ios::VisibleElement>()>;
 
-  /// Begins a flow for an application that was started with these arguments; it begins with starting it so.
-  void begin(Time now, const std::string& appId, const std::map<std::string, std::string>& arguments);
+  /// Begins a flow. `remark` is a line that says on what phone it is recorded.
+  void begin(Time now, const std::string& appId, const std::string& remark);
   bool isRecording() const { return recording_; }
   /// Ends it; the whole flow.
   std::string end(Time now);
 
   /// Changes of fingers, in the order in which the device got them. `elements` is asked when the first comes down,
   /// for what is on the screen then.
-  void touches(Time now, const std::vector<ios::TouchSample>& samples, ios::CGSize screen,
-               const Elements& elements);
+  void touches(Time now, const std::vector<ios::TouchSample>& samples, const Elements& elements);
   /// A step of the flow as it is written, without the leading "- ".
   void action(Time now, const std::string& step);
+  /// As `action`, of something that the tap which has just ended brought about: takes the tap's place.
+  void actionOfLastTap(Time now, const std::string& step);
+  /// An action that was told since the last call has taken the phone until now, as it will when it is played.
+  void actionTook(Time now);
   /// The flow so far.
   std::string text() const;
 
  private:
-  struct Finger {
-    ios::CGPoint from, to;
+  struct Row {
+    Time time;
+    ios::TouchSample sample;
   };
   struct Taps {
     ios::CGPoint place;
     std::string text;  // of what was tapped; empty: only the place is known
     int count = 1, fingers = 1;
+    Time hold{}, delay{};
     Time first{}, last{};
   };
-  void gestureEnded(Time now);
-  void tapped(Time now);
+  void gestureEnded();
+  std::optional<Taps> asTap() const;
+  void tapped(const Taps& tap);
   void writePause(Time start);
   void writeTaps();
   std::string written(const Taps& taps) const;
-  std::string placeText(ios::CGPoint place) const;
+  void writeGesture();
 
-  bool recording_ = false;
+  bool recording_ = false, acting_ = false;
   std::string steps_;
   Time lastEnd_{};
-  ios::CGSize screen_;
 
-  std::map<std::int64_t, Finger> down_;  // those of the gesture that is under way
-  std::vector<Finger> lifted_;
-  Time gestureStart_{};
-  std::string gestureText_;
+  std::vector<Row> gesture_;  // the one that is under way
+  std::set<std::int64_t> down_;
+  std::map<std::int64_t, int> numbers_;  // of its fingers, as the flow counts them
+  std::string tappedText_;
   std::optional<Taps> taps_;  // may still become more
 };
 

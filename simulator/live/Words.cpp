@@ -40,6 +40,11 @@ std::string permissionName(ios::Permission permission) {
   }
 }
 
+std::string permissionWord(ios::Permission permission) {
+  if (permission == ios::Permission::notDetermined) return "unset";
+  return permission == ios::Permission::authorized ? "allow" : "deny";
+}
+
 std::string wallText(std::chrono::sys_seconds time) {
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);

@@ -15,6 +15,8 @@ std::string orientationName(int orientation);
 std::optional<int> orientationNamed(const std::string& name);
 /// "granted", "refused" or "ask".
 std::string permissionName(ios::Permission permission);
+/// "allow", "deny" or "unset", as flows have it.
+std::string permissionWord(ios::Permission permission);
 /// "2026-01-05T09:41:07Z"
 std::string wallText(std::chrono::sys_seconds time);
 /// A text as a flow has it, in quotation marks.

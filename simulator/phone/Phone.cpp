@@ -209,11 +209,11 @@ void Phone::limitFiles(std::int64_t bytes) {
   if (app_) askApp(LimitFiles{bytes});
 }
 
-Step::Answer Phone::step(Clock::Duration duration, const std::vector<ios::TouchSample>& touches) {
-  Step request{.duration = duration};
+Step::Answer Phone::step(Clock::Duration duration, const std::vector<ios::TouchSample>& touches, bool shown) {
+  Step request{.duration = duration, .shown = shown};
   for (const auto& sample : touches)
     request.touches.push_back({sample.finger, static_cast<int>(sample.phase), sample.location});
-  const Step look{};
+  const Step look{.shown = shown};
   Step::Answer seen;
   const auto dueFirst = [](nanoseconds a, nanoseconds b) {
     return a < nanoseconds::zero() || (b >= nanoseconds::zero() && b < a) ? b : a;

@@ -73,6 +73,7 @@ class Phone {
   // What a person does, on the screen in front.
   virtual void tap(const ios::automation::Tap& tap);
   virtual void swipe(ios::CGPoint from, ios::CGPoint to, ios::Clock::Duration duration);
+  virtual void touch(const std::vector<ios::TouchSample>& samples) { step({}, samples); }
   void shake();
   void pressHome();
   void turn(int orientation);
@@ -83,9 +84,9 @@ class Phone {
   std::string restart(const std::function<void(ios::DeviceSettings&)>& change);
   /// How large a file may become that the application writes, now and after every start; below 0: as it likes.
   void limitFiles(std::int64_t bytes);
-  /// What fingers do, and then so much time.
+  /// What fingers do, and then so much time. The picture is put into the display's memory if it is `shown`.
   ios::automation::Step::Answer step(ios::Clock::Duration duration,
-                                     const std::vector<ios::TouchSample>& touches);
+                                     const std::vector<ios::TouchSample>& touches, bool shown = true);
 
   // What a person sees.
   /// What is in front: "home", an application's identifier, a page's URL.

@@ -11,11 +11,11 @@ import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
-from phone import Phone, Viewer
+from phone import PATIENCE, Phone, Viewer
 
 PROGRAM = sys.argv.pop(1)
 SCRATCH = sys.argv.pop(1)
-NOTES = "com.example.notes"
+NOTES, COMPANION = "com.example.notes", "com.tellvane.companion"
 
 
 def png_size(data):
@@ -33,6 +33,13 @@ def jpeg_size(data):
             return width, height
         at += 2 + length
     raise AssertionError("no frame in the JPEG image")
+
+
+def contents(device):
+    """What the companion and the photo library have: bytes by name."""
+    folders = [device / "Containers" / COMPANION / "Documents" / "inbox", device / "Media" / "DCIM"]
+    files = [file for folder in folders for file in folder.rglob("*") if file.is_file()]
+    return {str(file.relative_to(device)): file.read_bytes() for file in files}
 
 
 class LivePhone(unittest.TestCase):
@@ -263,26 +270,59 @@ class LivePhone(unittest.TestCase):
         self.assertIn("problem", viewer.ask("advance", milliseconds=100))
         viewer.until(lambda: not viewer.topics["time"]["paused"], "the end of the pause")
 
-    def test_what_is_recorded_plays_again(self):
-        phone = self.switch_on()
+    def test_what_is_recorded_plays_again_to_the_same_bytes(self):
+        """From the home screen to a report and a movie, with whatever times the wall gave."""
+        phone = self.switch_on("--out", str(self.folder / "live"))
         viewer = phone.watch()
         viewer.do("watch", topics=["elements"])
+        viewer.do("permission", identifier=NOTES, service="photos", value="granted")
         viewer.do("recordFlow", on=True)
-        viewer.do("launch", identifier=NOTES, arguments={"debug": True})
-        self.tap_on(viewer, "Groceries")
-        viewer.until(lambda: viewer.topics["time"]["now"] > 4 and viewer.topics["time"]["resting"], "the note at rest")
+        self.tap_on(viewer, "Notes")
+        viewer.until(lambda: self.element(viewer, "Groceries"), "Notes")
+        viewer.do("pause")
+        viewer.do("advance", milliseconds=2500)
+        viewer.do("resume")
+        viewer.do("shake")
+        self.tap_on(viewer, "Cancel")
+        viewer.until(lambda: not self.element(viewer, "Cancel") and viewer.topics["time"]["resting"], "the list")
+        for y in range(500, 300, -20):
+            viewer.touch((0, "began" if y == 500 else "moved", 180.25, y))
+            viewer.receive(timeout=0.02)
+        viewer.touch((0, "ended", 180.25, 300))
+        viewer.until(lambda: viewer.topics["time"]["resting"], "the list at rest")
         for _ in range(3):
             viewer.tap(187, 400)
-        viewer.until(lambda: self.element(viewer, "Capture Screen"), "the sheet")
-        viewer.do("checkpoint", text="Capture Screen")
+        self.tap_on(viewer, "Capture Screen")
+        viewer.until(lambda: viewer.topics["inbox"]["reports"] and not viewer.topics["pasteboard"]["items"], "a report")
+        viewer.do("back")
+        viewer.do("shake")
+        self.tap_on(viewer, "Capture Screen Recording")
+        start = viewer.topics["time"]["now"]
+        viewer.until(lambda: viewer.topics["time"]["now"] > start + 1, "a second of the phone's")
+        viewer.do("shake")
+        viewer.until(lambda: self.element(viewer, "Save"), "the confirmation screen")
+        viewer.do("checkpoint", text="Save")
         recorded = viewer.do("recordFlow", on=False)
-        self.assertIn('- tapOn: "Groceries"\n', recorded["text"])
-        self.assertIn("repeat: 3", recorded["text"])
+        for line in ('- tapOn: {text: "Capture Screen"', "- touch:\n", "- shake\n", '"debug": "true"\n'):
+            self.assertIn(line, recorded["text"])
         self.assertEqual(phone.get(recorded["url"]).body.decode(), recorded["text"])
 
-        # On the phone itself, at the wall's pace, and alone.
-        viewer.do("home")
-        viewer.do("playFlow", text=recorded["text"])
+        flow = self.folder / "recorded.yaml"
+        flow.write_text(recorded["text"])
+        played = subprocess.run([PROGRAM, str(flow), "--out", str(self.folder / "again")], capture_output=True,
+                                text=True, timeout=PATIENCE)
+        self.assertEqual(played.returncode, 0, recorded["text"] + played.stdout + played.stderr)
+        left = [contents(self.folder / out / "device") for out in ("live", "again")]
+        for end in ("item/imageData", "item/dictionaryInApp", "record.json", ".MOV"):
+            self.assertTrue(any(name.endswith(end) for name in left[0]), (end, left[0].keys()))
+        self.assertEqual(left[0].keys(), left[1].keys(), recorded["text"])
+        self.assertEqual([name for name in left[0] if left[0][name] != left[1][name]], [], recorded["text"])
+
+    def test_a_flow_plays_alone_and_marks_its_line(self):
+        phone = self.switch_on()
+        viewer = phone.watch()
+        steps = ["- launchApp", "- wait: 0.5", "- tapOn: Groceries", "- assertVisible: Note"]
+        viewer.do("playFlow", text="\n".join(["appId: " + NOTES, "---", *steps, ""]))
         self.assertEqual(viewer.ask("home").get("problem"), "a flow is playing")
         lines = set()
         def over():
@@ -291,13 +331,8 @@ class LivePhone(unittest.TestCase):
         viewer.until(over, "the flow's end")
         self.assertEqual(viewer.topics["flow"]["last"]["problem"], "")
         # A mark that is overtaken by the next one is not sent.
-        steps = {n for n, line in enumerate(recorded["text"].splitlines(), 1) if line.startswith("- ")}
-        self.assertLessEqual(lines - {None}, steps)
-        self.assertGreaterEqual(len(lines & steps), 2)
-        flow = self.folder / "recorded.yaml"
-        flow.write_text(recorded["text"])
-        played = subprocess.run([PROGRAM, str(flow), "--out", str(self.folder / "out")], capture_output=True, text=True)
-        self.assertEqual(played.returncode, 0, played.stdout + played.stderr)
+        self.assertLessEqual(lines - {None, 0}, {3, 4, 5, 6})
+        self.assertGreaterEqual(len(lines & {3, 4, 5, 6}), 2)
 
     def test_a_slow_viewer_holds_nobody_up(self):
         phone = self.switch_on()
