@@ -85,11 +85,12 @@ int run(const CommandLine& line, const fs::path& executable) {
   const auto out = prepareOut(line);
   if (!out) return kBadInput;
 
-  Phone::Options options{.folder = out->path() / "device",
-                         .settings = line.settings,
-                         .realTime = line.realTime,
-                         .catalog = line.applications,
-                         .patience = line.patience};
+  Phone::Options options;
+  options.folder = out->path() / "device";
+  options.settings = line.settings;
+  options.realTime = line.realTime;
+  options.catalog = line.applications;
+  options.patience = line.patience;
   options.catalog.push_back(executable.parent_path().parent_path() / "Applications");
   interruptOnSignals(*options.interrupt);
   Transcript transcript;
