@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view kMicrophone = "IOS_MICROPHONE=";
 /// The platform's variables that apply to every process on the device.
-constexpr std::array<std::string_view, 2> kHandedOn = {kMicrophone, "IOS_FRAMEWORK_PATH="};
+constexpr std::array<std::string_view, 3> kHandedOn = {kMicrophone, "IOS_FRAMEWORK_PATH=", "IOS_SEED="};
 
 std::vector<std::string> environmentFor(const Device& device, const InstalledApplication& application,
                                         const LaunchWords& words) {

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 
+#include "DeviceClock/Ordering.h"
+
 namespace ios {
 
 EventQueue::Id EventQueue::add(Instant deadline, Lane lane, Work fire) {
-  const Id id = ++lastId_;
+  // Events of one deadline are in the order of their identifiers.
+  const Id id = orderingSeed() == 0 ? ++lastId_ : shuffled(++lastId_, orderingSeed());
   events_.emplace(std::pair(deadline, id), Event{lane, std::move(fire)});
   deadlines_.emplace(id, deadline);
   return id;

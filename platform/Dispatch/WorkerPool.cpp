@@ -1,15 +1,25 @@
 #include "Dispatch/WorkerPool.h"
 
+#include <atomic>
 #include <system_error>
 #include <thread>
 #include <utility>
 
 #include "DeviceClock/Clock.h"
+#include "DeviceClock/Ordering.h"
 
 namespace ios {
 namespace {
+
 thread_local WorkerPool* currentPool = nullptr;
+
+/// Which of so many tasks is next.
+std::size_t nextOf(std::size_t count) {
+  static std::atomic<std::uint64_t> taken = 0;
+  return orderingSeed() == 0 ? 0 : shuffled(++taken, orderingSeed()) % count;
 }
+
+}  // namespace
 
 WorkerPool& WorkerPool::high() {
   static auto& pool = *new WorkerPool;
@@ -32,7 +42,8 @@ void WorkerPool::submit(std::function<void()> task) {
 }
 
 void WorkerPool::startThreadIfNeeded() {
-  if (tasks_.size() <= idle_ || threads_ - blocked_ >= kRunningThreads) return;
+  // With a seed one at a time, so that the order is the seed's and not the machine's.
+  if (tasks_.size() <= idle_ || threads_ - blocked_ >= (orderingSeed() == 0 ? kRunningThreads : 1)) return;
   try {
     std::thread([this] { run(); }).detach();
     ++threads_;
@@ -49,8 +60,9 @@ void WorkerPool::run() {
     ++idle_;
     while (tasks_.empty()) lock.wait(wake_);
     --idle_;
-    auto task = std::move(tasks_.front());
-    tasks_.pop_front();
+    const auto next = tasks_.begin() + static_cast<std::ptrdiff_t>(nextOf(tasks_.size()));
+    auto task = std::move(*next);
+    tasks_.erase(next);
     lock.unlock();
     task();
     task = nullptr;  // what it holds goes before the device may come to rest
