@@ -107,6 +107,7 @@ PropertyList settingsPropertyList(const DeviceSettings& settings) {
       {"Profile", settings.profile},
       {"Orientation", settings.orientation},
       {"TextSize", std::string(textSizeName(settings.textSize))},
+      {"StatusBarTime", settings.statusBarTime},
       {"Permissions", permissions},
   };
 }
@@ -135,6 +136,10 @@ std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list,
   }
   if (const auto* value = list.member("TextSize"); value && !readTextSize(*value, settings.textSize)) {
     return fail("TextSize names no known size");
+  }
+  if (const auto* value = list.member("StatusBarTime")) {
+    if (!value->text()) return fail("StatusBarTime is no text");
+    settings.statusBarTime = *value->text();
   }
   if (const auto* value = list.member("Permissions");
       value && !readPermissions(*value, settings.permissions)) {

@@ -45,12 +45,13 @@ struct DeviceSettings {
   /// face up, 6 face down.
   int orientation = 1;
   TextSize textSize = TextSize::L;
+  std::string statusBarTime = {};  // stands in the status bar instead of the time of day; empty: that does
   /// By bundle identifier, then by service: "microphone", "photos".
   std::map<std::string, std::map<std::string, Permission>> permissions = {};
   bool operator==(const DeviceSettings&) const = default;
 };
 
-/// Settings.plist's form: "Languages", "OSVersion", "Profile", "Orientation", "TextSize", and "Permissions"
+/// Settings.plist's form: "Languages", "OSVersion", "Profile", "Orientation", "TextSize", "StatusBarTime", and "Permissions"
 /// by bundle identifier and service, as words ("authorized").
 PropertyList settingsPropertyList(const DeviceSettings& settings);
 /// Missing members get their default. Empty, with `problem` set, when a member's value is invalid.

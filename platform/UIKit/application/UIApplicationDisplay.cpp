@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "CoreGraphics/Text.h"
+#include "Device/Device.h"
 #include "DeviceClock/Clock.h"
 #include "UIKit/Private/BackingStore.h"
 #include "UIKit/Private/Chrome.h"
@@ -19,6 +20,7 @@ constexpr CGColor kStatusBarInk{0, 0, 0, 1};
 
 /// Hours and minutes as the status bar has them: "9:41".
 std::string clockText() {
+  if (const std::string& set = Device::current().settings().statusBarTime; !set.empty()) return set;
   const auto wall = std::chrono::floor<std::chrono::minutes>(Clock::shared().wallTime());
   const auto minutes = (wall - std::chrono::floor<std::chrono::days>(wall)).count();
   char text[16];
