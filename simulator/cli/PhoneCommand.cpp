@@ -11,24 +11,19 @@
 
 #include "Device/ChildProcess.h"
 #include "Device/Device.h"
+#include "simulator/cli/CommandLine.h"
+#include "simulator/control/ControlServer.h"
+#include "simulator/live/Audiences.h"
 #include "simulator/live/LivePhone.h"
+#include "simulator/remote/DeviceSet.h"
+#include "simulator/remote/Refusal.h"
 #include "simulator/server/Server.h"
+#include "simulator/verbs/Options.h"
 
 namespace simulator {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int kDone = 0, kFailed = 1, kBadInput = 2;
-
-struct Choices {
-  std::uint16_t port = 0;
-  std::string listen = "127.0.0.1";
-  std::string profile = "iPhone 6", language = "en-US", textSize = "L";
-  bool realTime = false, open = false, noOpen = false;
-  fs::path out, flows = "examples/flows";
-  std::vector<fs::path> applications;
-};
 
 /// A folder for the device: a new one that goes with this object, or the one that was asked for, which stays.
 class Workplace {
@@ -102,92 +97,129 @@ std::unique_ptr<ios::ChildProcess> openBrowser(const fs::path& folder, const std
   return process;
 }
 
-int run(const Choices& choices, const fs::path& executable) {
-  const Workplace workplace(choices.out);
-  const fs::path device = workplace.folder() / "device";
+/// Which phone this is: one of the user's devices, or a new one that goes with its folder.
+struct Identity {
+  DeviceRecord record;
+  ios::FileDescriptor taken;
+};
+
+Identity identify(const PhoneChoices& choices, const Workplace* workplace) {
+  Identity identity;
+  if (!choices.device.empty()) {
+    identity.record = DeviceSet::ofUser().find(choices.device);
+    identity.taken = DeviceSet::take(identity.record);
+    return identity;
+  }
+  identity.record = {.udid = drawUdid(),
+                     .name = "browser",
+                     .profile = choices.settings.profile,
+                     .language = choices.settings.language,
+                     .textSize = choices.settings.textSize,
+                     .folder = workplace->folder()};
+  return identity;
+}
+
+LivePhone::Options phoneOptions(const PhoneChoices& choices, const DeviceRecord& record,
+                                const fs::path& executable) {
+  LivePhone::Options options;
+  std::error_code error;
+  options.phone.folder = record.device();
+  options.isNew = !fs::exists(record.device() / "Settings.plist", error);
+  if (options.isNew) {
+    options.phone.settings.emplace();
+    options.phone.settings->profile = record.profile;
+    options.phone.settings->languages = {record.language};
+    options.phone.settings->textSize = *ios::textSizeNamed(record.textSize);
+  }
+  options.phone.realTime = choices.run.realTime;
+  options.phone.catalog = choices.run.applications;
+  options.phone.catalog.push_back(executable.parent_path().parent_path() / "Applications");
+  options.out = record.folder;
+  options.flows = choices.run.flows.empty() ? "examples/flows" : choices.run.flows;
+  options.firstArguments = {{"com.example.notes", {{"debug", "true"}}}};
+  return options;
+}
+
+void introduce(const PhoneChoices& choices, const std::string& address) {
+  std::printf("The phone is at %s   (%s ends it)\n", address.c_str(),
+              choices.device.empty() ? "Ctrl-C" : ("tellvane-sim shutdown " + choices.device).c_str());
+  if (!choices.run.listen.starts_with("127.") && choices.run.listen != "::1")
+    std::puts(
+        "Whoever reaches this machine and knows the address can use the phone, and nothing is encrypted.");
+}
+
+/// To whoever has started this process and waits.
+void tell(int descriptor, const std::string& text) {
+  if (descriptor < 0) return;
+  ios::FileDescriptor ready(descriptor);
+  (void)ios::writeAll(descriptor, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+void run(const PhoneChoices& choices, const fs::path& executable) {
+  const auto workplace = choices.device.empty() ? std::make_unique<Workplace>(choices.out) : nullptr;
+  const Identity identity = identify(choices, workplace.get());
+  const DeviceRecord& record = identity.record;
   CommandInbox inbox;
   Display display;
-  Server server({.listen = choices.listen,
-                 .port = choices.port,
-                 .roots = {device / "Containers" / kCompanionIdentifier / "Documents" / "inbox",
-                           device / "Media" / "DCIM"}},
+  Server server({.listen = choices.run.listen,
+                 .port = choices.run.port,
+                 .roots = {record.device() / "Containers" / kCompanionIdentifier / "Documents" / "inbox",
+                           record.device() / "Media" / "DCIM"}},
                 inbox, display);
-
-  LivePhone::Options options;
-  options.phone.folder = device;
-  options.phone.settings.profile = choices.profile;
-  options.phone.settings.languages = {choices.language};
-  options.phone.settings.textSize = *ios::textSizeNamed(choices.textSize);
-  options.phone.realTime = choices.realTime;
-  options.phone.catalog = choices.applications;
-  options.phone.catalog.push_back(executable.parent_path().parent_path() / "Applications");
-  options.out = workplace.folder();
-  options.flows = choices.flows;
+  ControlServer control({record.udid,
+                         {{"type", "greeting"},
+                          {"udid", record.udid},
+                          {"name", record.name},
+                          {"profile", record.profile},
+                          {"folder", record.device().string()},
+                          {"page", server.address()},
+                          {"process", static_cast<std::int64_t>(::getpid())}}},
+                        inbox);
+  Audiences audience(server, control);
+  auto options = phoneOptions(choices, record, executable);
   options.filePrefix = server.filePrefix();
-  options.firstArguments = {{"com.example.notes", {{"debug", "true"}}}};
-  LivePhone phone(std::move(options), inbox, display, server);
+  LivePhone phone(std::move(options), inbox, display, audience);
   if (const std::string problem = phone.begin(); !problem.empty()) throw std::runtime_error(problem);
   server.open();
+  control.open();
 
   switchedOn = &phone;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, endOnSignal);
-  std::printf("The phone is at %s   (Ctrl-C ends it)\n", server.address().c_str());
-  if (!choices.listen.starts_with("127.") && choices.listen != "::1")
-    std::puts(
-        "Whoever reaches this machine and knows the address can use the phone, and nothing is encrypted.");
+  introduce(choices, server.address());
   std::unique_ptr<ios::ChildProcess> browser;
-  if (!choices.noOpen) browser = openBrowser(workplace.folder(), server.address());
+  if (!choices.noOpen) browser = openBrowser(record.folder, server.address());
   std::fflush(stdout);
+  tell(choices.ready, "ready\n");
   phone.run();
   switchedOn = nullptr;
-  return kDone;
-}
-
-/// Empty, or what cannot be: a name that nobody knows, a tag that is none.
-std::string problemWith(const Choices& choices) {
-  if (!ios::ScreenProfile::named(choices.profile)) {
-    std::string names;
-    for (const auto& profile : ios::ScreenProfile::all()) names += (names.empty() ? "" : ", ") + profile.name;
-    return "no profile is called \"" + choices.profile + "\"; known: " + names;
-  }
-  if (!ios::isLanguageTag(choices.language)) return "\"" + choices.language + "\" is not a language tag";
-  if (!ios::textSizeNamed(choices.textSize)) return "no text size is called \"" + choices.textSize + "\"";
-  return {};
 }
 
 }  // namespace
 
 int runPhoneCommand(int argc, char** argv, const fs::path& executable) {
-  Choices choices;
+  PhoneChoices choices;
   CLI::App app("The simulated phone in a browser.", "phone");
-  app.add_option("--port", choices.port, "the port; any that is free without it");
-  app.add_option("--listen", choices.listen,
-                 "the address to listen at, in numbers; this machine alone without it");
-  app.add_option("--profile", choices.profile, "the phone: \"iPhone 6\"");
-  app.add_option("--language", choices.language, "the user's language: \"de-AT\"");
-  app.add_option("--text-size", choices.textSize, "how large the user wants texts: \"AccessibilityM\"");
-  app.add_flag("--real-time", choices.realTime, "the machine's own clock, microphone and loudspeaker");
-  app.add_option("--out", choices.out,
-                 "a new folder for the device, which stays; without it nothing is left");
-  app.add_option("--applications", choices.applications, "a folder of bundles to install from")->expected(1);
-  app.add_option("--flows", choices.flows, "a folder of flows to play; examples/flows without it");
-  app.add_flag("--open", choices.open, "open a browser (if there is one; so it is without this)");
-  app.add_flag("--no-open", choices.noOpen, "open no browser")->excludes("--open");
+  declare(app, choices);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kDone : kBadInput;
+    return static_cast<int>(app.exit(error) == 0 ? Exit::done : Exit::usage);
   }
-  if (const std::string problem = problemWith(choices); !problem.empty()) {
-    std::fprintf(stderr, "%s\n", problem.c_str());
-    return kBadInput;
-  }
+  std::string problem;
+  Exit status = Exit::done;
   try {
-    return run(choices, executable);
+    run(choices, executable);
+  } catch (const Refusal& refusal) {
+    problem = refusal.what();
+    status = refusal.status();
   } catch (const std::runtime_error& error) {
-    std::fprintf(stderr, "%s\n", error.what());
-    return kFailed;
+    problem = error.what();
+    status = Exit::system;
   }
+  if (problem.empty()) return static_cast<int>(status);
+  std::fprintf(stderr, "%s\n", problem.c_str());
+  tell(choices.ready, problem + "\n");
+  return static_cast<int>(status);
 }
 
 }  // namespace simulator

@@ -1,5 +1,8 @@
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <string_view>
@@ -11,6 +14,8 @@
 #include "simulator/cli/PhoneCommand.h"
 #include "simulator/flow/FlowRunner.h"
 #include "simulator/phone/Phone.h"
+#include "simulator/remote/Interruption.h"
+#include "simulator/suite/FlowSuite.h"
 
 namespace {
 
@@ -36,7 +41,8 @@ void interruptOnSignals(const Interrupt& interrupt) {
 std::unique_ptr<OutputFolder> prepareOut(const CommandLine& line) {
   const fs::path name = line.flow == "-" ? fs::path("flow") : line.flow.stem();
   std::error_code error;
-  const fs::path path = fs::absolute(line.out.empty() ? "out" / name : line.out, error).lexically_normal();
+  const fs::path path =
+      fs::absolute(line.choices.out.empty() ? "out" / name : line.choices.out, error).lexically_normal();
   std::string problem;
   std::unique_ptr<OutputFolder> out;
   if (path.string().size() > kLongestOut) {
@@ -75,22 +81,22 @@ std::string titleOf(const Flow& flow, const ios::DeviceSettings& settings) {
   return title + ")";
 }
 
-int run(const CommandLine& line, const fs::path& executable) {
+Exit playOne(const CommandLine& line, const fs::path& executable) {
   std::string problem;
   const auto flow = readFlow(line.flow, problem);
   if (!flow) {
     complain(problem);
-    return kBadInput;
+    std::error_code error;
+    return line.flow == "-" || fs::exists(line.flow, error) ? Exit::refused : Exit::noInput;
   }
   const auto out = prepareOut(line);
-  if (!out) return kBadInput;
+  if (!out) return Exit::cannotCreate;
 
-  Phone::Options options;
-  options.folder = out->path() / "device";
-  options.settings = line.settings;
-  options.realTime = line.realTime;
-  options.catalog = line.applications;
-  options.patience = line.patience;
+  Phone::Options options{.folder = out->path() / "device",
+                         .settings = line.settings,
+                         .realTime = line.choices.realTime,
+                         .catalog = line.choices.applications,
+                         .patience = line.patience};
   options.catalog.push_back(executable.parent_path().parent_path() / "Applications");
   interruptOnSignals(*options.interrupt);
   Transcript transcript;
@@ -100,7 +106,7 @@ int run(const CommandLine& line, const fs::path& executable) {
   Phone phone(options, console, [&] { transcript.flushConsole(); });
   if (problem = phone.installAll(); !problem.empty()) {
     complain(problem);
-    return kBadInput;
+    return Exit::refused;
   }
 
   transcript.heading(titleOf(*flow, line.settings));
@@ -118,11 +124,44 @@ int run(const CommandLine& line, const fs::path& executable) {
   if (!played) complain(problem);
   if (played && !ending.empty()) complain(line.flow.string() + ": " + ending);
   if (!lost.empty()) complain("not everything is in " + out->path().string() + ": " + lost);
-  if (phone.wasInterrupted()) return kInterrupted;
-  if (!played || !ending.empty() || !lost.empty()) return kStepFailed;
+  if (phone.wasInterrupted()) return Exit::interrupted;
+  if (!played && line.choices.seed != 0)
+    complain("the orderings were those of --seed " + std::to_string(line.choices.seed));
+  if (!played || !ending.empty() || !lost.empty()) return Exit::failed;
   std::error_code error;
   transcript.heading("Everything happened as expected; see " + fs::proximate(out->path(), error).string());
-  return kDone;
+  return Exit::done;
+}
+
+Exit playMany(const CommandLine& line, const fs::path& executable) {
+  const FlowChoices& choices = line.choices;
+  FlowSuite suite{.program = executable,
+                  .options = optionsForOne(choices),
+                  .out = choices.out.empty() ? "out" / line.flow.stem() : choices.out,
+                  .jobs = choices.jobs,
+                  .junit = choices.junit,
+                  .durations = choices.durations,
+                  .seed = choices.seed};
+  return suite.play(partOf(flowsAt(line.flow), choices.shard, choices.durations));
+}
+
+Exit run(const CommandLine& line, const fs::path& executable, char** argv) {
+  const FlowChoices& choices = line.choices;
+  if (!choices.device.empty()) {
+    // The program that speaks with phones plays it.
+    const fs::path program = executable.parent_path() / "tellvane-sim";
+    std::vector<char*> words = {const_cast<char*>(program.c_str()), const_cast<char*>("flow")};
+    for (char** word = argv + 1; *word; ++word) words.push_back(*word);
+    words.push_back(nullptr);
+    ::execv(program.c_str(), words.data());
+    throw Refusal(Exit::system, "could not start " + program.string());
+  }
+  if (choices.seed != 0) ::setenv("IOS_SEED", std::to_string(choices.seed).c_str(), 1);
+  std::error_code error;
+  const bool many =
+      fs::is_directory(line.flow, error) || !choices.junit.empty() || !choices.durations.empty();
+  if (!many && !choices.shard.empty()) throw Refusal(Exit::usage, "--shard: expected a folder of flows");
+  return many ? playMany(line, executable) : playOne(line, executable);
 }
 
 }  // namespace
@@ -132,13 +171,18 @@ int main(int argc, char** argv) {
   const fs::path executable = fs::read_symlink("/proc/self/exe", error);
   if (argc > 1 && std::string_view(argv[1]) == "phone")
     return runPhoneCommand(argc - 1, argv + 1, executable);
-  int status = kDone;
+  Exit status = Exit::done;
   const auto line = readCommandLine(argc, argv, executable, status);
-  if (!line) return status;
   try {
-    return run(*line, executable);
+    if (line) status = run(*line, executable, argv);
+  } catch (const Refusal& refusal) {
+    complain(refusal.what());
+    status = refusal.status();
+  } catch (const Interrupted&) {
+    status = Exit::interrupted;
   } catch (const std::exception& unexpected) {
     complain(std::string("the simulator failed: ") + unexpected.what());
-    return kStepFailed;
+    status = Exit::software;
   }
+  return static_cast<int>(status);
 }

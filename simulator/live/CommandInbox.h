@@ -24,6 +24,8 @@ struct LiveCommand {
   ViewerId viewer = 0;
   ios::NSDictionary members;
   std::function<void(ios::NSDictionary)> answer;
+  /// Whether a program of the phone's own user asks, which may name files and get bytes.
+  bool fromProgram = false;
 };
 /// Changes of a viewer's fingers, which it counts from 0; `number` is the viewer's own, and grows.
 struct LiveTouches {

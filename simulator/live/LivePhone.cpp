@@ -50,7 +50,7 @@ LivePhone::LivePhone(Options options, CommandInbox& inbox, Display& display, Aud
       libraries_(options_.filePrefix) {}
 
 std::string LivePhone::begin() {
-  if (std::string problem = phone_.installAll(); !problem.empty()) return problem;
+  if (std::string problem = options_.isNew ? phone_.installAll() : ""; !problem.empty()) return problem;
   tellHello();
   stepOnce(Clock::Duration::zero());
   tellFlow();
@@ -117,6 +117,7 @@ void LivePhone::takeTouches(LiveTouches touches) {
 void LivePhone::takeDeparture(ViewerId viewer) {
   watched_.erase(viewer);
   touchNumbers_.erase(viewer);
+  abandon(viewer);
   const auto lifted = fingers_.lifted(viewer);
   if (lifted.empty()) return;
   touches_.insert(touches_.end(), lifted.begin(), lifted.end());
@@ -180,6 +181,7 @@ void LivePhone::show(const ios::automation::Step::Answer& seen) {
   PixelRect changed{seen.x, seen.y, seen.changedWidth, seen.changedHeight};
   if (shape.width > 0 && shape != display_.shape()) changed = {0, 0, shape.width, shape.height};
   if (shape.width > 0) display_.show(phone_.displayBytes(), shape, changed);
+  if (movie_ && !changed.isEmpty()) movie_->show(phone_.displayBytes(), shape, phoneNow().time_since_epoch());
   settleTouches(!changed.isEmpty());
   if (!changed.isEmpty()) audience_.displayChanged(changed, phoneNow().time_since_epoch());
 }
@@ -223,6 +225,8 @@ bool LivePhone::attend(milliseconds waited) {
       ended_ = true;
       command->answer({});
     } else {
+      const auto* departure = std::get_if<LiveDeparture>(&item);
+      if (departure && departure->viewer == gestureViewer_) gestureStops_ = true;
       deferred_.push_back(std::move(item));
     }
   }

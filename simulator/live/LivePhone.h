@@ -18,6 +18,7 @@
 #include "simulator/live/Pace.h"
 #include "simulator/live/PacedPhone.h"
 #include "simulator/live/PasteboardWatch.h"
+#include "simulator/live/ScreenMovie.h"
 #include "simulator/live/TapRecorder.h"
 #include "simulator/phone/Console.h"
 
@@ -29,6 +30,7 @@ class LivePhone {
  public:
   struct Options {
     Phone::Options phone;
+    bool isNew = true;          // the device: it gets what there is to install
     std::filesystem::path out;  // for the console
     /// "/files/<key>/", where the audience finds the device's files.
     std::string filePrefix;
@@ -92,10 +94,28 @@ class LivePhone {
   Answer tree(const Members&);
   Answer off(const Members&);
 
+  // What programs do beside that (LivePhonePrograms.cpp).
+  Answer gesture(const std::function<std::string()>& perform);
+  ios::automation::Step::Answer pacedGesture(ios::Clock::Duration duration);
+  Answer tap(const Members& members);
+  Answer swipe(const Members& members);
+  Answer elements(const Members&);
+  Answer picture(const Members& members);
+  Answer copyText(const Members& members);
+  Answer pasteText(const Members&);
+  Answer recordMovie(const Members& members);
+  Answer addMovie(const Members& members);
+  Answer contentSize(const Members& members);
+  Answer statusBar(const Members& members);
+  void abandon(ViewerId viewer);
+
   // Flows (LivePhoneFlows.cpp).
   struct Playback {
     std::string name, text;
     std::filesystem::path file;
+    std::int64_t number = 0;  // of all that were played
+    ViewerId viewer = 0;      // who wanted it
+    bool fromProgram = false;
     std::string lineFile, step;
     int line = 0, done = 0;
   };
@@ -155,10 +175,18 @@ class LivePhone {
   PasteboardWatch pasteboard_;
   LibraryWatch libraries_;
   TapRecorder recorder_;
-  std::string launchedByTap_;         // by the step that is under way
+  std::string launchedByTap_;  // by the step that is under way
+  ViewerId asker_ = 0;         // of the command that is being obeyed
+  bool askedByProgram_ = false;
+  std::unique_ptr<ScreenMovie> movie_;  // of the screen, for a program
+  ViewerId movieViewer_ = 0;
+  ViewerId recordingViewer_ = 0;  // the program for which a flow is recorded; 0 for people
+  ViewerId gestureViewer_ = 0;    // whose gesture is under way
+  bool gestureStops_ = false;
   std::optional<Playback> playback_;  // a flow that is playing, or is about to
   bool flowStops_ = false;
   ios::NSDictionary lastFlow_;
+  std::int64_t flowsPlayed_ = 0;
   Wall lastLook_{}, lastSurvey_{};
   bool lookDue_ = true, surveyDue_ = true;
 };

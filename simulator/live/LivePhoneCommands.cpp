@@ -33,8 +33,9 @@ constexpr auto kFrame = std::chrono::nanoseconds(1'000'000'000 / 60);
 struct LivePhone::CommandRow {
   std::vector<const char*> required, optional;
   Answer (LivePhone::*perform)(const Members&);
-  bool duringFlow = false;  // while one is playing
-  bool inFlows = true;      // what it does can be written down as a step of a flow, or need not be
+  bool duringFlow = false;   // while one is playing
+  bool inFlows = true;       // what it does can be written down as a step of a flow, or need not be
+  bool forPrograms = false;  // not for pages
 };
 
 const std::map<std::string, LivePhone::CommandRow>& LivePhone::commandTable() {
@@ -44,7 +45,7 @@ const std::map<std::string, LivePhone::CommandRow>& LivePhone::commandTable() {
       {"back", {{}, {}, &LivePhone::back}},
       {"rotate", {{"orientation"}, {}, &LivePhone::rotate}},
       {"restart", {{}, {"profile", "language", "textSize"}, &LivePhone::restart, false, false}},
-      {"launch", {{"identifier"}, {"arguments"}, &LivePhone::launch}},
+      {"launch", {{"identifier"}, {"arguments", "keep"}, &LivePhone::launch}},
       {"stop", {{"identifier"}, {}, &LivePhone::stop}},
       {"end", {{"identifier"}, {}, &LivePhone::end, true, false}},
       {"install", {{"application"}, {}, &LivePhone::install}},
@@ -62,10 +63,27 @@ const std::map<std::string, LivePhone::CommandRow>& LivePhone::commandTable() {
       {"recordFlow", {{"on"}, {}, &LivePhone::recordFlow}},
       {"checkpoint", {{"text"}, {}, &LivePhone::checkpoint}},
       {"flows", {{}, {}, &LivePhone::flows, true}},
-      {"playFlow", {{}, {"name", "text"}, &LivePhone::playFlow}},
+      {"playFlow", {{}, {"name", "text", "file"}, &LivePhone::playFlow}},
       {"stopFlow", {{}, {}, &LivePhone::stopFlow, true}},
       {"tree", {{}, {}, &LivePhone::tree, true}},
       {"switchOff", {{}, {}, &LivePhone::off, true}},
+      // For programs alone.
+      {"tap",
+       {{},
+        {"text", "x", "y", "count", "fingers", "hold", "delay", "patience"},
+        &LivePhone::tap,
+        false,
+        true,
+        true}},
+      {"swipe", {{"x1", "y1", "x2", "y2"}, {"duration"}, &LivePhone::swipe, false, true, true}},
+      {"elements", {{}, {}, &LivePhone::elements, true, true, true}},
+      {"picture", {{}, {"type"}, &LivePhone::picture, true, true, true}},
+      {"recordMovie", {{"on"}, {"file"}, &LivePhone::recordMovie, true, true, true}},
+      {"copyText", {{"text"}, {}, &LivePhone::copyText, true, false, true}},
+      {"pasteText", {{}, {}, &LivePhone::pasteText, true, true, true}},
+      {"addMovie", {{"file"}, {}, &LivePhone::addMovie, false, false, true}},
+      {"contentSize", {{}, {"size"}, &LivePhone::contentSize, false, true, true}},
+      {"statusBar", {{"time"}, {}, &LivePhone::statusBar, false, false, true}},
   };
   return table;
 }
@@ -74,8 +92,9 @@ void LivePhone::obey(LiveCommand command) {
   const Members members(command.members);
   const std::string name = *members.text("command");
   const auto row = commandTable().find(name);
-  if (row == commandTable().end()) return command.answer(problem("no command is called \"" + name + "\""));
-  const auto& [required, optional, perform, duringFlow, inFlows] = row->second;
+  if (row == commandTable().end() || (row->second.forPrograms && !command.fromProgram))
+    return command.answer(problem("no command is called \"" + name + "\""));
+  const auto& [required, optional, perform, duringFlow, inFlows, forPrograms] = row->second;
   if (playback_ && !duringFlow) return command.answer(problem("a flow is playing"));
   for (const char* key : required) {
     if (!members.member(key)) return command.answer(problem(name + " needs \"" + key + "\""));
@@ -91,6 +110,8 @@ void LivePhone::obey(LiveCommand command) {
     return command.answer(problem("a flow cannot say this; end the recording first"));
   // It happens now, after what fingers did before it.
   if (!playback_) catchUp();
+  asker_ = command.viewer;
+  askedByProgram_ = command.fromProgram;
   Answer answer = (this->*perform)(members);
   if (recorder_.isRecording()) recorder_.actionTook(phoneNow().time_since_epoch());
   // What came of it is seen before the answer.
@@ -162,6 +183,12 @@ LivePhone::Answer LivePhone::restart(const Members& members) {
 LivePhone::Answer LivePhone::launch(const Members& members) {
   const std::string* identifier = members.text("identifier");
   if (!identifier) return problem("expected an identifier");
+  const auto* keep = members.member("keep");
+  if (keep && keep->boolean() && *keep->boolean() && phone_.running() == *identifier) {
+    record("launchApp: {appId: " + *identifier + ", stopApp: false}");
+    phone_.bringToFront();
+    return {};
+  }
   if (const auto* given = members.member("arguments")) {
     if (!given->dictionary()) return problem("expected arguments by name");
     std::map<std::string, std::string> arguments;

@@ -57,10 +57,15 @@ LivePhone::Answer LivePhone::flows(const Members&) {
 LivePhone::Answer LivePhone::playFlow(const Members& members) {
   const std::string* name = members.text("name");
   const std::string* text = members.text("text");
-  if (!name == !text) return problem("expected a name or a text");
+  const std::string* path = askedByProgram_ ? members.text("file") : nullptr;
+  if ((name ? 1 : 0) + (text ? 1 : 0) + (path ? 1 : 0) != 1) return problem("expected a name or a text");
   if (recorder_.isRecording()) return problem("a flow is being recorded");
   Playback wanted;
-  if (text) {
+  if (path) {
+    wanted.file = *path;
+    wanted.name = wanted.file.stem();
+    wanted.text = contents(wanted.file);
+  } else if (text) {
     if (text->size() > kLongestFlow) return problem("the flow is too long");
     wanted.name = "flow";
     wanted.file = options_.out / "flow.yaml";
@@ -75,10 +80,13 @@ LivePhone::Answer LivePhone::playFlow(const Members& members) {
   }
   std::string why;
   if (!readFlow(wanted.file, why)) return problem(why);
+  wanted.number = ++flowsPlayed_;
+  wanted.viewer = asker_;
+  wanted.fromProgram = askedByProgram_;
   playback_ = std::move(wanted);
   flowStops_ = false;
   tellFlow();
-  return {};
+  return {{"number", playback_->number}};
 }
 
 LivePhone::Answer LivePhone::stopFlow(const Members&) {
@@ -119,7 +127,8 @@ void LivePhone::playWantedFlow() {
     }
     phone_.setPacer({});
   }
-  lastFlow_ = NSDictionary{{"name", playback_->name}, {"problem", why}, {"line", playback_->line}};
+  lastFlow_ = NSDictionary{
+      {"name", playback_->name}, {"number", playback_->number}, {"problem", why}, {"line", playback_->line}};
   playback_.reset();
   // Whatever the flow left behind is seen now.
   step(Clock::Duration::zero());
@@ -162,6 +171,7 @@ LivePhone::Answer LivePhone::recordFlow(const Members& members) {
     const std::string running = phone_.running();
     const std::string appId = running.empty() ? options_.firstArguments.begin()->first : running;
     const ios::DeviceSettings& settings = ios::Device::current().settings();
+    recordingViewer_ = askedByProgram_ ? asker_ : 0;
     recorder_.begin(now, appId,
                     "Recorded on an " + ios::Device::current().profile().name + ", " +
                         settings.languages.front() + ", text size " +

@@ -330,10 +330,7 @@ void Phone::pressHome() {
 }
 
 void Phone::turn(int orientation) {
-  Device::current().changeSettings(
-      [&](ios::DeviceSettings& settings) { settings.orientation = orientation; });
-  Clock::shared().runUntilRest();
-  if (app_) askApp(ReloadSettings());
+  changeSettings([&](ios::DeviceSettings& settings) { settings.orientation = orientation; });
 }
 
 void Phone::setPermissions(const std::string& identifier,
@@ -341,6 +338,12 @@ void Phone::setPermissions(const std::string& identifier,
   Device::current().changeSettings([&](ios::DeviceSettings& settings) {
     for (const auto& [service, answer] : permissions) settings.permissions[identifier][service] = answer;
   });
+  if (app_) askApp(ReloadSettings());
+}
+
+void Phone::changeSettings(const std::function<void(ios::DeviceSettings&)>& change) {
+  Device::current().changeSettings(change);
+  Clock::shared().runUntilRest();
   if (app_) askApp(ReloadSettings());
 }
 

@@ -30,8 +30,8 @@ class Phone {
     std::string sound = "silence";  // what its microphone hears, as IOS_MICROPHONE says it
   };
   struct Options {
-    std::filesystem::path folder;  // of the device; replaced
-    ios::DeviceSettings settings;
+    std::filesystem::path folder;                 // of the device
+    std::optional<ios::DeviceSettings> settings;  // without them those that the device has
     bool realTime = false;
     /// Folders of bundles that can be installed by identifier.
     std::vector<std::filesystem::path> catalog;
@@ -80,6 +80,8 @@ class Phone {
   void setPermissions(const std::string& identifier,
                       const std::map<std::string, ios::Permission>& permissions);
   virtual void runFor(ios::Clock::Duration duration);
+  /// Changes the settings, and tells the application.
+  void changeSettings(const std::function<void(ios::DeviceSettings&)>& change);
   /// Ends the application and changes the settings: the phone begins anew at its home screen.
   std::string restart(const std::function<void(ios::DeviceSettings&)>& change);
   /// How large a file may become that the application writes, now and after every start; below 0: as it likes.

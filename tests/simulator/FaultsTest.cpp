@@ -28,7 +28,7 @@ TEST_F(Simulator, RefusesWhatItIsStartedWithAndTouchesNothing) {
   for (const auto& c : kCases) {
     const fs::path flow = folder_.write("f.yaml", std::string("appId: a.b\n---\n- assertVisible: Notes\n"));
     const Outcome outcome = shell("cd '" + path().string() + "'; '" SIMULATOR "' " + c.options + " f.yaml");
-    EXPECT_EQ(outcome.status, 2) << c.options << outcome.output;
+    EXPECT_EQ(outcome.status, c.options.starts_with("--out") ? 73 : 64) << c.options << outcome.output;
     EXPECT_TRUE(outcome.says(c.complaint)) << c.options << outcome.output;
     EXPECT_FALSE(fs::exists(path() / "out")) << c.options;
   }
@@ -37,7 +37,7 @@ TEST_F(Simulator, RefusesWhatItIsStartedWithAndTouchesNothing) {
   folder_.write("precious/file", std::string("mine"));
   const Outcome outcome =
       playText("- launchApp: {appId: " + (path() / "precious").string() + ", clearState: true}\n");
-  EXPECT_EQ(outcome.status, 2) << outcome.output;
+  EXPECT_EQ(outcome.status, 65) << outcome.output;
   EXPECT_TRUE(outcome.says("f.yaml:3: launchApp: expected a bundle identifier")) << outcome.output;
   EXPECT_TRUE(fs::exists(path() / "precious/file"));
 }
@@ -139,7 +139,7 @@ TEST_F(Simulator, SharesItsOutputFolderWithNobody) {
   // What looks like a run's is not.
   folder_.write("out/device/file", std::string("mine"));
   folder_.write("out/console.log", std::string("mine"));
-  EXPECT_EQ(playText(flow).status, 2);
+  EXPECT_EQ(playText(flow).status, 73);
   EXPECT_EQ(folder_.read("out/console.log"), "mine");
   EXPECT_EQ(folder_.read("out/device/file"), "mine");
 
@@ -151,7 +151,7 @@ TEST_F(Simulator, SharesItsOutputFolderWithNobody) {
   ASSERT_EQ(::flock(held, LOCK_EX), 0);
   const Outcome second = playText(flow);
   ::close(held);
-  EXPECT_EQ(second.status, 2);
+  EXPECT_EQ(second.status, 73);
   EXPECT_TRUE(second.says("another run holds it: process 4711")) << second.output;
   EXPECT_EQ(playText(flow).status, 1);
 }

@@ -120,7 +120,7 @@ TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
       {"- openLink: gopher://x\n", "f.yaml:3: openLink: expected an application that opens gopher: links"},
       {"- repeat:\n    times: 2\n    commands:\n      - assertVisible: Nothing\n",
        "f.yaml:6: assertVisible: expected"},
-      {"- dance\n", "f.yaml:3: no command is called \"dance\"", 2},
+      {"- dance\n", "f.yaml:3: no command is called \"dance\"", 65},
   };
   for (const auto& c : kCases) {
     const Outcome outcome = playText(c.commands);
@@ -129,10 +129,10 @@ TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
   }
   EXPECT_TRUE(play(path() / "gone.yaml", "out").says("gone.yaml: there is no such flow"));
   const Outcome textSize = play(fs::path(FLOWS) / "tour.yaml", "out", "--text-size huge");
-  EXPECT_EQ(textSize.status, 2);
+  EXPECT_EQ(textSize.status, 64);
   EXPECT_TRUE(textSize.says("no text size is called \"huge\"; known: XS, S, M, L, ")) << textSize.output;
   const Outcome profile = play(fs::path(FLOWS) / "tour.yaml", "out", "--profile Abacus");
-  EXPECT_EQ(profile.status, 2);
+  EXPECT_EQ(profile.status, 64);
   EXPECT_TRUE(profile.says("no profile is called \"Abacus\"; known: ")) << profile.output;
 }
 
@@ -161,7 +161,7 @@ TEST_F(Simulator, RemovesOnlyWhatItLeavesItself) {
   fs::create_directories(out / "DCIM");
   std::ofstream(out / "DCIM" / "holiday.jpg") << "mine";
   const Outcome refused = playText(flow);
-  EXPECT_EQ(refused.status, 2);
+  EXPECT_EQ(refused.status, 73);
   EXPECT_NE(refused.output.find("\"DCIM\""), std::string::npos) << refused.output;
   EXPECT_TRUE(fs::exists(out / "DCIM" / "holiday.jpg"));
 
