@@ -139,7 +139,7 @@ class Reader {
     const int kind = bytes_[at] >> 4;
     const std::uint64_t count = IOS_TRY(readCount(at));
     const std::size_t unit = kind == 0x6 ? 2 : 1;
-    if (count > (offsetTable_ - at) / unit) return fail("has a text or data cut short");
+    if (count > (offsetTable_ - at) / unit) return fail("has a string or data cut short");
     const auto content = bytes_.subspan(at, count * unit);
     if ((held_ += content.size()) > kMaximumBytes) return fail(kTooLarge);
     if (kind == 0x4) return PropertyList(Bytes(content.begin(), content.end()));
@@ -150,7 +150,7 @@ class Reader {
   Parsed asciiText(std::string_view text) {
     const auto ascii = [](char c) { return c != 0 && static_cast<unsigned char>(c) < 0x80; };
     if (!std::all_of(text.begin(), text.end(), ascii))
-      return fail("has a text with bytes that are not characters");
+      return fail("has a string with bytes that are not characters");
     return PropertyList(std::string(text));
   }
 
@@ -160,10 +160,10 @@ class Reader {
       const unsigned unit =
           static_cast<unsigned char>(text[i]) << 8 | static_cast<unsigned char>(text[i + 1]);
       const bool isLow = unit >= 0xDC00 && unit <= 0xDFFF;
-      if (unit == 0 || isLow != expectsLow) return fail("has a text with units that are not characters");
+      if (unit == 0 || isLow != expectsLow) return fail("has a string with units that are not characters");
       expectsLow = unit >= 0xD800 && unit <= 0xDBFF;
     }
-    if (expectsLow) return fail("has a text that ends within a character");
+    if (expectsLow) return fail("has a string that ends within a character");
     return PropertyList(utf8FromUTF16(text, true));
   }
 
@@ -188,7 +188,7 @@ class Reader {
     NSDictionary members;
     for (std::uint64_t i = 0; i < count; ++i) {
       const auto key = IOS_TRY(object(number(at + i * referenceSize_, referenceSize_), depth + 1));
-      if (!key.text()) return fail("has a key that is not a text");
+      if (!key.text()) return fail("has a key that is not a string");
       auto value = IOS_TRY(member(at + (count + i) * referenceSize_, depth));
       if (!members.emplace(*key.text(), std::move(value)).second)
         return fail("has a key twice in a dictionary");

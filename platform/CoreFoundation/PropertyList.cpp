@@ -18,7 +18,7 @@ using Node = std::unique_ptr<void, decltype(&plist_free)>;
 
 enum class Form { binary, xml };
 
-/// A text that libplist, which takes C strings, and readers of the form can hold.
+/// The string as libplist, which takes C strings, and readers of the format can hold it.
 std::string writable(const std::string& text, Form form) {
   const auto held = [form](char c) {
     if (form == Form::binary) return c != '\0';

@@ -101,7 +101,7 @@ class Reader {
         return fail(part, "has an element inside a <" + std::string(node.name()) + ">");
       if (part.type() == pugi::node_pcdata || part.type() == pugi::node_cdata) text += part.value();
     }
-    if (!isUTF8(text)) return fail(node, "has a text that is not UTF-8");
+    if (!isUTF8(text)) return fail(node, "has a string that is not UTF-8");
     if ((held_ += text.size()) > kMaximumBytes) return fail(node, kTooLarge);
     return text;
   }

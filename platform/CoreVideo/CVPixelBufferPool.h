@@ -8,10 +8,10 @@
 
 namespace ios {
 
-/// Pixel buffers of one kind whose memory is used again: a buffer's memory returns here when its last
-/// reference goes, also after the pool itself is gone (it is then freed). Memory is allocated only when none
-/// is free, so there are never more pieces than buffers were in use at one time. A recycled buffer still has
-/// its old pixels. Any thread.
+/// Pixel buffers of one kind whose memory is used again: a buffer's memory returns here when its last reference is
+/// released, also after the pool itself is gone (it is then freed). Memory is allocated only when none is free, so
+/// there are never more pieces than buffers were in use at one time. A recycled buffer still has its old pixels.
+/// Any thread.
 class CVPixelBufferPool;
 using CVPixelBufferPoolRef = std::shared_ptr<CVPixelBufferPool>;
 
@@ -23,14 +23,14 @@ CVReturn CVPixelBufferPoolCreate(const NSDictionary* poolAttributes,
 /// A buffer of the pool, not locked; empty after a failure.
 CVReturn CVPixelBufferPoolCreatePixelBuffer(const CVPixelBufferPoolRef& pool, CVPixelBufferRef& buffer);
 
-/// How a pool is used, for those who watch over memory.
+/// How a pool is used, for checks of memory use.
 struct CVPixelBufferPoolUse {
   std::size_t inUse = 0, mostInUse = 0, allocated = 0;
 };
 CVPixelBufferPoolUse CVPixelBufferPoolGetUse(const CVPixelBufferPoolRef& pool);
 
-/// Tests replace the device's memory here: asked before every buffer a pool hands out; anything
-/// but kCVReturnSuccess makes it fail so. Empty again: there is memory. Asked on the thread that
+/// Tests inject memory failures here: called before every buffer that a pool hands out; anything
+/// but kCVReturnSuccess makes it fail with that. Empty: no failures. Called on the thread that
 /// wants the buffer.
 void setPixelBufferFault(std::function<CVReturn()> fault);
 

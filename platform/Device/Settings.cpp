@@ -117,17 +117,17 @@ std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list,
     problem = what;
     return std::nullopt;
   };
-  if (!list.dictionary()) return fail("is no dictionary");
+  if (!list.dictionary()) return fail("is not a dictionary");
   DeviceSettings settings;
   if (const auto* value = list.member("Languages"); value && !readLanguages(*value, settings.languages)) {
-    return fail("Languages is no array of language tags");
+    return fail("Languages is not an array of language tags");
   }
   if (const auto* value = list.member("OSVersion")) {
-    if (!value->text()) return fail("OSVersion is no text");
+    if (!value->text()) return fail("OSVersion is not a string");
     settings.osVersion = *value->text();
   }
   if (const auto* value = list.member("Profile"); value && !readProfile(*value, settings.profile)) {
-    return fail("Profile names no known screen profile");
+    return fail("Profile does not name a known screen profile");
   }
   if (const auto* value = list.member("Orientation")) {
     if (!value->integer() || *value->integer() < 1 || *value->integer() > 6)
@@ -135,7 +135,7 @@ std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list,
     settings.orientation = static_cast<int>(*value->integer());
   }
   if (const auto* value = list.member("TextSize"); value && !readTextSize(*value, settings.textSize)) {
-    return fail("TextSize names no known size");
+    return fail("TextSize does not name a known size");
   }
   if (const auto* value = list.member("StatusBarTime")) {
     if (!value->text()) return fail("StatusBarTime is no text");
@@ -143,7 +143,7 @@ std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list,
   }
   if (const auto* value = list.member("Permissions");
       value && !readPermissions(*value, settings.permissions)) {
-    return fail("Permissions has an answer that is none");
+    return fail("Permissions has an answer that is not a known one");
   }
   return settings;
 }

@@ -31,7 +31,7 @@ void dispatch_set_target_queue(const dispatch_queue_t& queue, const dispatch_que
 
 /// Queues `block` and returns.
 void dispatch_async(const dispatch_queue_t& queue, dispatch_block_t block);
-/// Queues `block` behind what is there and returns when it has run: on the calling thread, or on the main
+/// Queues `block` behind those already there and returns when it has run: on the calling thread, or on the main
 /// thread if that is where the queue takes its turns. A submission that could never run, onto a queue that
 /// the calling thread is running on or one that takes its turns there, stops the process with a message that
 /// names the queue.

@@ -31,7 +31,7 @@ void dispatch_after(dispatch_time_t when, const dispatch_queue_t& queue, dispatc
     dispatch_async(queue, std::move(block));
     return;
   }
-  // Moved on, not copied: what the block holds must go on the thread that ran it.
+  // Moved on, not copied: what the block holds must be destroyed on the thread that ran it.
   clock.schedule(deadline, Clock::Lane::any,
                  [queue, block = std::move(block)]() mutable { dispatch_async(queue, std::move(block)); });
 }

@@ -65,7 +65,7 @@ void WorkerPool::run() {
     tasks_.erase(next);
     lock.unlock();
     task();
-    task = nullptr;  // what it holds goes before the device may come to rest
+    task = nullptr;  // what it holds is destroyed before the device may come to rest
     Clock::shared().endWork();
     lock.lock();
   }

@@ -113,7 +113,8 @@ std::vector<fs::path> NSBundle::resourceFolders() const {
   }
   std::vector<fs::path> folders;
   for (const auto& language : languages) {
-    // A language comes from settings or an Info dictionary; it names a folder here, and must not lead out.
+    // A language comes from settings or an Info dictionary; it names a folder here, and must not lead out of
+    // the bundle.
     if (language.empty() || language.find('/') != std::string::npos) continue;
     for (const auto& name : folderNamesFor(language)) folders.push_back(path_ / (name + ".lproj"));
   }

@@ -31,10 +31,10 @@ class NSBundle : public NSObject {
   const std::optional<NSDictionary>& infoDictionary() const { return info_; }
   std::optional<std::string> bundleIdentifier() const;
 
-  /// The text under `key` in `<table>.strings` of the user's most preferred language that the bundle has,
-  /// falling back from "de-AT" to "de", through the list of preferred languages to the bundle's development
-  /// language. A key that is missing gives `value`, or the key itself when `value` is empty. A table that is
-  /// damaged gives what stands before the damage, with a line on standard error.
+  /// The text under `key` in `<table>.strings` of the user's most preferred language that the bundle has, falling back
+  /// from "de-AT" to "de", through the list of preferred languages to the bundle's development language. A key that is
+  /// missing gives `value`, or the key itself when `value` is empty. A damaged table gives the entries before the
+  /// damage, with a line on standard error.
   std::string localizedStringForKey(const std::string& key, const std::string& value,
                                     const std::string& table) const;
   /// The best localised, else the unlocalised file of that name; empty if there is none.

@@ -12,7 +12,7 @@ using UID = PropertyList::UID;
 
 class Encoder {
  public:
-  /// Adds `value` and what it holds to the objects; where it stands.
+  /// Adds `value` and what it holds to the objects; returns its index.
   UID encode(const PropertyList& value) {
     if (const auto* text = value.text()) return encodeText(*text);
     if (const auto* members = value.dictionary()) {

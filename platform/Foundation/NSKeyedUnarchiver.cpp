@@ -48,7 +48,7 @@ class Decoder {
     if (value.array() || value.dictionary() || value.uid()) return fail("holds a collection without a class");
     if (const auto* text = value.text()) bytes_ += text->size();
     if (const auto* data = value.data()) bytes_ += data->size();
-    if (bytes_ > kMaximumBytes) return fail("unfolds to more than 256 MB of texts and data");
+    if (bytes_ > kMaximumBytes) return fail("unfolds to more than 256 MB of strings and data");
     return value;
   }
 
@@ -62,7 +62,7 @@ class Decoder {
     if (*name == "NSArray" || *name == "NSMutableArray") return decodeArray(object, depth);
     if (*name == "NSString" || *name == "NSMutableString") {
       const PropertyList* content = object.member("NS.string");
-      if (!content || !content->text()) return fail("holds a text without its characters");
+      if (!content || !content->text()) return fail("holds a string without its characters");
       return plain(*content);
     }
     if (*name == "NSData" || *name == "NSMutableData") {
@@ -89,7 +89,7 @@ class Decoder {
     NSDictionary members;
     for (std::size_t i = 0; i < keys->size(); ++i) {
       const auto key = IOS_TRY(decode((*keys)[i], depth + 1));
-      if (!key.text()) return fail("holds a dictionary with a key that is not a text");
+      if (!key.text()) return fail("holds a dictionary with a key that is not a string");
       --values_;  // a key is part of its value
       auto value = IOS_TRY(decode((*references)[i], depth + 1));
       if (!members.emplace(*key.text(), std::move(value)).second)

@@ -26,11 +26,11 @@ class NSNotification : public NSObject {
   std::optional<NSDictionary> userInfo_;
 };
 
-/// Announces what happened to whoever registered for it. Observers are called on the posting thread, inside
+/// Delivers notifications to the observers that registered for them. Observers are called on the posting thread, inside
 /// the post, in the order of registration. Any thread.
 ///
-/// Observers are not kept alive; one that is gone is forgotten. One that is added during a post hears of the
-/// next post; one that is removed during a post, and was not called yet, is not called.
+/// Observers are not kept alive; one that is destroyed is forgotten. One that is added during a post is called from the
+/// next post on; one that is removed during a post, and was not called yet, is not called.
 class NSNotificationCenter : public NSObject {
  public:
   static const std::shared_ptr<NSNotificationCenter>& defaultCenter();

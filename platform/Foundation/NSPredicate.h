@@ -11,17 +11,17 @@ namespace ios {
 
 /// A condition on an object's values; immutable, any thread.
 ///
-/// The one form of it is that a key has a value: "title == %@" (or `=`) with the value as the one argument.
-/// Values are equal when they are of one kind and the same; texts when they are the same code points. Any
-/// other format, and arguments that are too few or too many, are a caller's mistake: the process stops with a
-/// message that names the format.
+/// The only form is that a key has a value: "title == %@" (or `=`) with the value as the only argument. Values
+/// are equal when they have the same type and value; strings when their code points are the same. Any other
+/// format, and a wrong number of arguments, is a caller's mistake: the process stops with a message that names
+/// the format.
 class NSPredicate : public NSObject {
  public:
   static std::shared_ptr<NSPredicate> predicateWithFormat(const std::string& format,
                                                           std::vector<PropertyList> arguments);
   NSPredicate(std::string key, PropertyList value) : key_(std::move(key)), value_(std::move(value)) {}
 
-  /// The key that it asks for.
+  /// The key that it compares.
   const std::string& key() const { return key_; }
   /// Whether it holds for an object with these values. A key that the object lacks stops the process.
   bool evaluateWithObject(const NSDictionary& values) const;

@@ -20,14 +20,14 @@ struct DelayedPerform {
   Clock::EventId event = 0;
 };
 
-/// Those asked for on the main thread and not called yet. Main thread.
+/// Delayed performs requested on the main thread and not called yet. Main thread.
 std::list<std::shared_ptr<DelayedPerform>>& delayedPerforms() {
   static auto& performs = *new std::list<std::shared_ptr<DelayedPerform>>;
   return performs;
 }
 
 void callNow(const std::shared_ptr<DelayedPerform>& perform) {
-  // One that was taken back while it waited for its mode is no longer in the list.
+  // One that was cancelled while it waited for its mode is no longer in the list.
   if (delayedPerforms().remove(perform) == 0) return;
   perform->action.perform(*perform->target, perform->argument);
 }

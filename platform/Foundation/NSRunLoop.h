@@ -32,7 +32,7 @@ class NSRunLoop : public NSObject {
   /// The mode the loop runs in now. The application pushes the tracking mode while a drag lasts.
   const NSRunLoopMode& currentMode() const { return modes_.back(); }
   void pushMode(const NSRunLoopMode& mode);
-  /// What waited for the mode that is run again runs soon, not inside this call.
+  /// Work that waited for the mode that is now resumed runs soon, not inside this call.
   void popMode();
   bool accepts(const NSRunLoopMode& mode) const;
   /// Runs `due` now if `mode` is being run, or as soon as it is. Main run loop, main thread.
@@ -54,8 +54,8 @@ class NSRunLoop : public NSObject {
 /// inside this call, even for a delay of 0. A selector that the target lacks stops the process, here. Off the
 /// main thread it is never called, as nobody runs the loop.
 void performSelectorAfterDelay(const id& target, Selector selector, const id& argument, double delay);
-/// Takes back every delayed perform of `target` that was asked for on the main thread. Main thread; elsewhere
-/// there is nothing to take back.
+/// Cancels every delayed perform of `target` that was requested on the main thread. Main thread; elsewhere there is
+/// nothing to cancel.
 void cancelPreviousPerformRequestsWithTarget(const NSObject& target);
 
 }  // namespace ios

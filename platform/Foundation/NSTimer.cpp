@@ -70,7 +70,7 @@ void NSTimer::fire() {
 
 void NSTimer::invalidate() {
   if (!std::exchange(valid_, false)) return;
-  // What the timer held may call back when it goes, so it goes last.
+  // What the timer held may call back when it is destroyed, so it is destroyed last.
   const id self = sharedAs<NSTimer>();
   const id target = std::exchange(target_, nullptr);
   if (event_) Clock::shared().cancel(*std::exchange(event_, std::nullopt));

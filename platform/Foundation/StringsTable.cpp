@@ -73,7 +73,7 @@ class Parser {
     };
     while (isPlain(peek())) ++at_;
     if (at_ > start) return std::string(text_.substr(start, at_ - start));
-    fail(atEnd() ? "the file ends where a text is expected" : "expected a text in quotes");
+    fail(atEnd() ? "the file ends where a string is expected" : "expected a quoted string");
     return std::nullopt;
   }
 
@@ -89,7 +89,7 @@ class Parser {
         return std::nullopt;
       }
     }
-    failAt(start, "a text has no closing quote");
+    failAt(start, "a string has no closing quote");
     return std::nullopt;
   }
 

@@ -1,5 +1,5 @@
-// SQLite's way to the disk: the system's own, with the device's faults (Device/Files.h) asked for
-// before each change.
+// SQLite's access to the disk: the system's own, but each change first asks for injected
+// faults (Device/Files.h).
 
 #include <sqlite3.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 struct File {
   sqlite3_file base;
-  const char* name;  // SQLite keeps it while the file is open; null for a nameless one
+  const char* name;  // SQLite keeps it while the file is open; null for an unnamed one
   sqlite3_file* real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
 };
 

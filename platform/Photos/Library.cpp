@@ -40,8 +40,8 @@ tl::unexpected<std::shared_ptr<NSError>> failed(const DatabaseFailure& failure) 
                 failure.description());
 }
 
-/// A movie on its way into the library: a copy of its own beside the others, that goes with this object
-/// unless it was kept.
+/// A movie on its way into the library: a copy of its own beside the others, which is removed with this object unless
+/// it was kept.
 struct Library::Incoming {
   Incoming(std::string uuid, std::filesystem::path file) : uuid(std::move(uuid)), file(std::move(file)) {}
   Incoming(Incoming&& other) noexcept

@@ -9,7 +9,7 @@ using photos::Kind;
 using photos::localIdentifier;
 
 LibraryContents contentsOfLibrary(const std::filesystem::path& device) {
-  // Whoever looks again soon may as well go without an answer.
+  // Short: the caller looks again soon, and can do without an answer until then.
   constexpr int kPatienceMilliseconds = 100;
   photos::LibraryReader reader({device / "Media"}, kPatienceMilliseconds);
   LibraryContents contents;

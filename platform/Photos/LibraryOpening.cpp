@@ -54,7 +54,7 @@ class OpeningLock {
   std::optional<FileError> problem_;
 };
 
-/// The numbers of the movie files that are there.
+/// The numbers of the movie files that exist.
 Result<std::set<std::int64_t>, FileError> findNumbers(const MediaFolder& folder) {
   std::set<std::int64_t> numbers;
   std::error_code error;
@@ -66,7 +66,7 @@ Result<std::set<std::int64_t>, FileError> findNumbers(const MediaFolder& folder)
   return numbers;
 }
 
-/// Where the numbers of a new library's movies begin. Movies that it did not know would be strays of it.
+/// Where the numbers of a new library's movies begin. Movies that it does not know would count as its strays.
 DatabaseResult<std::int64_t> firstNumber(const MediaFolder& folder) {
   constexpr int kInputOutput = 10, kFull = 13;  // SQLite's codes
   const auto refused = diskRefusal("read", folder.movies());
@@ -97,7 +97,7 @@ tl::unexpected<DatabaseFailure> damage(const std::string& text) {
   return failure(DatabaseFailure{kCorrupt, kOpen, text});
 }
 
-/// Looks an old library over.
+/// Checks an existing library.
 DatabaseResult<> examine(Database& database) {
   const auto check = IOS_TRY(database.run(kOpen, "PRAGMA quick_check(1)"));
   if (const std::string said = check.empty() ? "" : textAt(check[0], 0); said != "ok") return damage(said);
@@ -112,7 +112,7 @@ DatabaseResult<> examine(Database& database) {
   return {};
 }
 
-/// Makes the tables of a new library and looks an old one over.
+/// Makes the tables of a new library, or checks an existing one.
 DatabaseResult<> prepare(Database& database, const MediaFolder& folder) {
   const auto rows = IOS_TRY(database.run(
       kOpen, "SELECT user_version, (SELECT count(*) FROM sqlite_master) FROM pragma_user_version"));

@@ -92,10 +92,10 @@ Result<MovieFacts, std::string> readMovie(const std::filesystem::path& file) {
   const AVStream& pictures = *input->streams[stream];
   const AVCodecParameters& format = *pictures.codecpar;
   if (format.width <= 0 || format.height <= 0 || !avcodec_find_decoder(format.codec_id)) {
-    return failure(std::string("its pictures are of no known kind"));
+    return failure(std::string("its pictures are of an unknown kind"));
   }
   if (!isWhole(*input, avio_size(input->pb)) || !hasReadablePicture(*input, stream)) {
-    return failure(std::string("it is not whole"));
+    return failure(std::string("it is incomplete"));
   }
   return MovieFacts{durationOf(*input, pictures), format.width, format.height, creationOf(*input)};
 }

@@ -14,7 +14,7 @@
 namespace ios::photos {
 namespace {
 
-/// From where both files stand, to the end.
+/// From both files' current positions to the end.
 int copyByHand(int from, int to) {
   std::vector<std::uint8_t> buffer(1 << 18);
   for (;;) {

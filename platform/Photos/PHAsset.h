@@ -13,10 +13,10 @@ namespace ios {
 enum class PHAssetMediaType : long { unknown = 0, image = 1, video = 2, audio = 3 };
 
 /// A movie in the photo library. Fetches answer at once, on any thread; without the user's permission they
-/// find nothing. No predicate is known for them.
+/// find nothing. They support no predicate.
 class PHAsset : public PHObject {
  public:
-  /// Those of the identifiers that there are; each once.
+  /// The objects with these identifiers that exist, each once.
   static std::shared_ptr<PHFetchResult<PHAsset>> fetchAssetsWithLocalIdentifiers(
       const std::vector<std::string>& identifiers, const std::shared_ptr<PHFetchOptions>& options);
 

@@ -16,7 +16,7 @@ class PHAssetChangeRequest : public NSObject {
   /// A new asset that is a copy of the movie at `url`; what it copies is checked with the transaction. Empty
   /// when there is no file there.
   static std::shared_ptr<PHAssetChangeRequest> creationRequestForAssetFromVideoAtFileURL(const NSURL& url);
-  /// Those that are not there any more are passed over.
+  /// Assets that no longer exist are skipped.
   static void deleteAssets(const std::vector<std::shared_ptr<PHAsset>>& assets);
 
   std::shared_ptr<PHObjectPlaceholder> placeholderForCreatedAsset() const { return placeholder_; }

@@ -27,7 +27,7 @@ class PHAssetCollection : public PHObject {
   static std::shared_ptr<PHFetchResult<PHAssetCollection>> fetchAssetCollectionsWithType(
       PHAssetCollectionType type, PHAssetCollectionSubtype subtype,
       const std::shared_ptr<PHFetchOptions>& options);
-  /// Those of the identifiers that there are; each once.
+  /// The objects with these identifiers that exist, each once.
   static std::shared_ptr<PHFetchResult<PHAssetCollection>> fetchAssetCollectionsWithLocalIdentifiers(
       const std::vector<std::string>& identifiers, const std::shared_ptr<PHFetchOptions>& options);
 

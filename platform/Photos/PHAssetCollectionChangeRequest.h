@@ -15,7 +15,7 @@ class PHAssetCollectionChangeRequest : public NSObject {
  public:
   static std::shared_ptr<PHAssetCollectionChangeRequest> creationRequestForAssetCollectionWithTitle(
       const std::string& title);
-  /// Empty for no collection.
+  /// Empty without a collection.
   static std::shared_ptr<PHAssetCollectionChangeRequest> changeRequestForAssetCollection(
       const std::shared_ptr<PHAssetCollection>& collection);
 

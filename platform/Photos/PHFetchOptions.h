@@ -11,7 +11,7 @@ namespace ios {
 class PHFetchOptions : public NSObject {
  public:
   const std::shared_ptr<NSPredicate>& predicate() const { return predicate_; }
-  /// Empty: everything. The keys that a fetch knows stand at the class that is fetched.
+  /// Empty: everything. The keys that a fetch supports are listed at the class that is fetched.
   void setPredicate(std::shared_ptr<NSPredicate> predicate) { predicate_ = std::move(predicate); }
 
  private:

@@ -125,7 +125,7 @@ void DisplayRecording::takePicture(double time) {
 
 void DisplayRecording::appendPicture(const CGImageRef& image, double time) {
   if (image && image != drawn_) draw(image);
-  // One that was encoded is the movie's own by then, so the buffer serves every picture.
+  // The movie has its own copy of an encoded picture by then, so one buffer serves every picture.
   adaptor_->appendPixelBuffer(buffer_, mediaTime(time));
   lookAtWriter();
 }

@@ -15,12 +15,12 @@ class RecordedMovie;
 inline const std::string UIActivityTypeSaveToCameraRoll = "com.apple.UIKit.activity.SaveToCameraRoll";
 inline const std::string UIActivityTypeCopyToPasteboard = "com.apple.UIKit.activity.CopyToPasteboard";
 
-/// What a preview screen tells; on the main thread.
+/// The callbacks of a preview screen, on the main thread.
 class RPPreviewViewControllerDelegate {
  public:
   virtual ~RPPreviewViewControllerDelegate() = default;
-  /// The user has finished: `activityTypes` says what they had done with the movie, nothing when they
-  /// cancelled. The screen is still there; who presented it dismisses it.
+  /// The user has finished: `activityTypes` names what they did with the movie, nothing when they cancelled. The screen
+  /// stays until its presenter dismisses it.
   virtual void previewControllerDidFinishWithActivityTypes(
       const std::shared_ptr<class RPPreviewViewController>& previewController,
       const std::set<std::string>& activityTypes) {
@@ -28,9 +28,9 @@ class RPPreviewViewControllerDelegate {
   }
 };
 
-/// Plays a recording and lets the user save it to the photo library, copy it, or leave it. The movie goes with
-/// this screen. Only the recorder makes them. Main thread; one that was not presented may be let go on any
-/// thread.
+/// Plays a recording and lets the user save it to the photo library, copy it, or leave it. The movie is deleted
+/// with this screen. Only the recorder makes them. Main thread; one that was not presented may be released on
+/// any thread.
 class RPPreviewViewController : public Subclass<RPPreviewViewController, UIViewController> {
  public:
   explicit RPPreviewViewController(std::shared_ptr<RecordedMovie> movie);

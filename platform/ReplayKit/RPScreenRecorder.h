@@ -14,12 +14,12 @@ namespace ios {
 
 class DisplayRecording;
 
-/// What a recorder tells; on a queue of the recorder's own.
+/// The callbacks of a recorder, on a queue of its own.
 class RPScreenRecorderDelegate {
  public:
   virtual ~RPScreenRecorderDelegate() = default;
-  /// A recording that nobody stopped has ended; `previewViewController` is for what there is of it, and empty
-  /// when there is nothing.
+  /// A recording that nobody stopped has ended; `previewViewController` shows what was recorded, and is empty if
+  /// nothing was.
   virtual void screenRecorderDidStopRecordingWithError(
       const std::shared_ptr<class RPScreenRecorder>& screenRecorder, const std::shared_ptr<NSError>& error,
       const std::shared_ptr<RPPreviewViewController>& previewViewController) {
@@ -27,12 +27,12 @@ class RPScreenRecorderDelegate {
   }
 };
 
-/// The system's own recorder: a movie of what the display shows while the application is in front, its alerts
-/// included. The application never gets the movie; it gets a screen on which the user looks at it and says
-/// what becomes of it.
+/// The system's own recorder: a movie of what the display shows while the application is in front, its alerts included.
+/// The application never gets the movie; it gets a screen on which the user watches the movie and decides what becomes
+/// of it.
 ///
-/// Handlers come once, on the queue on which the delegate is told, in the order of what happened. Errors are
-/// of RPRecordingErrorDomain. Any thread; what is asked for on another than the main one happens there soon.
+/// Handlers come once, on the queue on which the delegate is told, in the order of events. Errors are
+/// of RPRecordingErrorDomain. Any thread; requests made off the main thread are carried out there soon.
 class RPScreenRecorder : public Subclass<RPScreenRecorder, NSObject> {
  public:
   using Started = std::function<void(std::shared_ptr<NSError> error)>;
@@ -61,11 +61,11 @@ class RPScreenRecorder : public Subclass<RPScreenRecorder, NSObject> {
   void answered(bool allowed, bool microphone, const Started& started);
   void begin(bool microphone, const Started& started);
   void applicationDidEnterBackground();
-  /// Ends the recording for a reason of its own, or else that of the movie's writer.
+  /// Ends the recording for the given reason, or else for that of the movie's writer.
   void interrupt(const std::shared_ptr<NSError>& reason);
   std::shared_ptr<DisplayRecording> takeRecording();
 
-  mutable Mutex mutex_;  // held for the copy alone
+  mutable Mutex mutex_;  // held only for copying
   std::weak_ptr<RPScreenRecorderDelegate> delegate_ IOS_GUARDED_BY(mutex_);
   std::atomic<bool> recording_ = false;
   bool starting_ = false;                      // main thread

@@ -12,7 +12,7 @@ namespace ios {
 class AVCaptureDevice : public NSObject {
  public:
   explicit AVCaptureDevice(std::string localizedName) : localizedName_(std::move(localizedName)) {}
-  /// The microphone for AVMediaTypeAudio, one object as long as it is there; empty for other media or when
+  /// The microphone for AVMediaTypeAudio, the same object for as long as it is connected; empty for other media or when
   /// the device has none.
   static std::shared_ptr<AVCaptureDevice> defaultDeviceWithMediaType(const AVMediaType& mediaType);
   bool isConnected() const;

@@ -13,8 +13,8 @@ class AVCaptureInput : public NSObject {};
 /// A capture device as the input of a session.
 class AVCaptureDeviceInput : public AVCaptureInput {
  public:
-  /// Empty, with `error` set, for no device, one that is not connected, cannot be opened, or that the
-  /// application may not use (AVErrorApplicationIsNotAuthorizedToUseDevice).
+  /// Empty, with `error` set, without a device or if it is not connected, cannot be opened, or may not be used by the
+  /// application (AVErrorApplicationIsNotAuthorizedToUseDevice).
   static std::shared_ptr<AVCaptureDeviceInput> initWithDevice(const std::shared_ptr<AVCaptureDevice>& device,
                                                               std::shared_ptr<NSError>& error);
   explicit AVCaptureDeviceInput(std::shared_ptr<AVCaptureDevice> device) : device_(std::move(device)) {}

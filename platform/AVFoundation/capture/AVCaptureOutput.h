@@ -29,7 +29,7 @@ class AVCaptureConnection : public NSObject {
 };
 
 /// Hands a session's sound to a delegate: its operation
-/// "captureOutput:didOutputSampleBuffer:fromConnection:", if it has it, with
+/// "captureOutput:didOutputSampleBuffer:fromConnection:", if it has one, with
 /// (std::shared_ptr<AVCaptureOutput>, CMSampleBufferRef, std::shared_ptr<AVCaptureConnection>), on the queue
 /// given. Buffers are of 1024 frames, in order.
 class AVCaptureAudioDataOutput : public AVCaptureOutput {
@@ -40,7 +40,7 @@ class AVCaptureAudioDataOutput : public AVCaptureOutput {
   id sampleBufferDelegate() const;
   dispatch_queue_t sampleBufferCallbackQueue() const;
 
-  /// Settings for a writer's sound input that suit what this output delivers: AAC of its rate and channels.
+  /// Settings for a writer's sound input that suit what this output delivers: AAC at its rate and with its channels.
   /// Empty for an unknown file type and while no session connects this output with an input.
   std::optional<NSDictionary> recommendedAudioSettingsForAssetWriterWithOutputFileType(
       const AVFileType& outputFileType) const;
@@ -51,7 +51,7 @@ class AVCaptureAudioDataOutput : public AVCaptureOutput {
   friend class AVCaptureSession;
   void setConnection(std::shared_ptr<AVCaptureConnection> connection);
 
-  mutable Mutex mutex_;  // held for copies alone
+  mutable Mutex mutex_;  // held only for copying
   std::weak_ptr<NSObject> delegate_ IOS_GUARDED_BY(mutex_);
   dispatch_queue_t queue_ IOS_GUARDED_BY(mutex_);
   std::shared_ptr<AVCaptureConnection> connection_ IOS_GUARDED_BY(mutex_);

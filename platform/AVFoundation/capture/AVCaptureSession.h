@@ -18,7 +18,7 @@ inline const AVCaptureSessionPreset AVCaptureSessionPresetHigh = "AVCaptureSessi
 inline const AVCaptureSessionPreset AVCaptureSessionPresetMedium = "AVCaptureSessionPresetMedium";
 
 /// Lets the microphone's sound flow to outputs. Inputs and outputs are added on one thread, before the start;
-/// `startRunning` and `stopRunning` may come from any thread. A session that goes stops.
+/// `startRunning` and `stopRunning` may come from any thread. Destroying a session stops it.
 class AVCaptureSession : public NSObject {
  public:
   ~AVCaptureSession() override;
@@ -26,20 +26,20 @@ class AVCaptureSession : public NSObject {
   const AVCaptureSessionPreset& sessionPreset() const { return preset_; }
   void setSessionPreset(AVCaptureSessionPreset preset) { preset_ = std::move(preset); }
 
-  /// False for no input, a second one, a device that is gone, and one that another application holds.
+  /// False without an input, for a second one, and for a device that is gone or held by another application.
   bool canAddInput(const std::shared_ptr<AVCaptureInput>& input) const;
-  /// False for no output, one already in a session, and one that takes no sound.
+  /// False without an output, for one already in a session, and for one that does not take sound.
   bool canAddOutput(const std::shared_ptr<AVCaptureOutput>& output) const;
-  /// What cannot be added is left out.
+  /// What cannot be added is ignored.
   void addInput(const std::shared_ptr<AVCaptureInput>& input);
   void addOutput(const std::shared_ptr<AVCaptureOutput>& output);
 
   bool isRunning() const;
-  /// The microphone is warm: the first buffer is with the delegates when this returns (unless the microphone
-  /// is set to come late, or the delegate's queue is the one this is called on: then it follows). An empty
-  /// session runs and delivers nothing.
+  /// The microphone is warm: the delegates have the first buffer when this returns (it follows later if the
+  /// microphone is set to start late, or if this is called on the delegate's queue). An empty session runs and
+  /// delivers nothing.
   void startRunning();
-  /// Nothing more is delivered but a buffer that is on its way to its delegate already. Never waits.
+  /// Nothing more is delivered, except a buffer that is already on its way to its delegate. Never waits.
   void stopRunning();
 
  private:
@@ -48,7 +48,7 @@ class AVCaptureSession : public NSObject {
   AVCaptureSessionPreset preset_ = AVCaptureSessionPresetHigh;
   std::shared_ptr<AVCaptureInput> input_;
   std::vector<std::shared_ptr<AVCaptureAudioDataOutput>> outputs_;
-  mutable Mutex mutex_;                                           // held for the exchange alone
+  mutable Mutex mutex_;                                           // held only for the exchange
   std::shared_ptr<AudioCapture> capture_ IOS_GUARDED_BY(mutex_);  // while running
   bool running_ IOS_GUARDED_BY(mutex_) = false;
 };

@@ -11,7 +11,7 @@ namespace {
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
 constexpr const char* kDidOutput = "captureOutput:didOutputSampleBuffer:fromConnection:";
 
-// What a machine missed while it slept is left out.
+// Sound that a machine missed while it slept is skipped.
 constexpr Clock::Duration kMostLate = std::chrono::seconds(1);
 
 }  // namespace
@@ -32,7 +32,7 @@ void AudioCapture::start(Clock::Duration delay) {
     start_ = Clock::shared().now() + delay;
     const std::int64_t since = start_.time_since_epoch().count();
     const auto rate = static_cast<std::int64_t>(format_.sampleRate);
-    // Never zero: callers take that for the time of a buffer that has not come yet.
+    // Never zero: callers take zero for the time of a buffer that has not come yet.
     firstTime_ =
         std::max<std::int64_t>(since / kNanoseconds * rate + since % kNanoseconds * rate / kNanoseconds, 1);
     if (delay <= Clock::Duration::zero()) first = nextBuffer();

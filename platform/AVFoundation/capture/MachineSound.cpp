@@ -13,10 +13,10 @@ namespace ios {
 namespace {
 
 constexpr std::size_t kFramesPerRead = 512;
-// More than that has not been asked for in time, and would only make the sound late.
+// Anything beyond this was not collected in time and would only delay the sound.
 constexpr std::size_t kMostFrames = 8192;
 
-/// What has been heard and not asked for; shared by the listener and the queue that reads for it.
+/// Sound that was heard but not yet asked for; shared by the listener and the queue that reads for it.
 class Heard {
  public:
   explicit Heard(std::unique_ptr<PulseAudio::Stream> stream) : stream_(std::move(stream)) {}

@@ -33,11 +33,11 @@ class GeneratedSource : public MicrophoneSource {
   const Microphone::Tone tone_;
 };
 
-/// What the environment says; silence, with a line, for what it does not understand.
+/// The source that the environment names; silence, with a line on standard error, for an unknown one.
 Microphone::Sound soundFrom(const char* value) {
   const std::string text = value ? value : "silence";
   if (const auto sound = Microphone::soundNamed(text)) return *sound;
-  deviceLog("IOS_MICROPHONE has to be silence, absent, tone, tone:<hertz>, file:<path> or machine, and is: " +
+  deviceLog("IOS_MICROPHONE must be silence, absent, tone, tone:<hertz>, file:<path> or machine, but is: " +
             text);
   return Microphone::Silence{};
 }

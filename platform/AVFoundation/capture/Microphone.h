@@ -48,7 +48,7 @@ class Microphone {
 
   static Microphone& shared();
 
-  /// What IOS_MICROPHONE would mean by `text`; empty when that is nothing.
+  /// The source that IOS_MICROPHONE selects with `text`; empty when it selects none.
   static std::optional<Sound> soundNamed(const std::string& text);
   void setSound(Sound sound);
   Sound sound() const;
@@ -56,7 +56,7 @@ class Microphone {
   /// A device that is known but not plugged in.
   void setConnected(bool connected);
   bool isConnected() const;
-  /// How long after a capture's start the first buffer comes; 0, as at first: before the start has returned.
+  /// How long after a capture's start the first buffer comes; with 0, the default, before the start returns.
   void setDelay(std::chrono::nanoseconds delay);
   std::chrono::nanoseconds delay() const;
   /// Another application holds it: sessions refuse it.

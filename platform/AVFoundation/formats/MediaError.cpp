@@ -15,7 +15,7 @@ namespace {
 
 using AskForFault = std::function<int(const std::string&)>;
 
-/// Of the process's environment; empty without one.
+/// From the process's environment; empty if it sets none.
 AskForFault firstFault() {
   const char* text = std::getenv("IOS_CODEC_FAULT");
   const std::string fault = text ? text : "";

@@ -14,8 +14,8 @@
 namespace ios {
 namespace {
 
-constexpr CMTimeScale kTimescale = 600;  // the custom for movies
-// How far a movie plays on under one picture before the observer hears of it.
+constexpr CMTimeScale kTimescale = 600;  // customary for movies
+// How long a movie plays without a new picture before the observer is notified.
 constexpr double kStillness = 0.1;
 
 std::optional<std::filesystem::path> movieAt(const NSURL& url) {
@@ -25,7 +25,7 @@ std::optional<std::filesystem::path> movieAt(const NSURL& url) {
 
 }  // namespace
 
-/// Stands between the display link, which keeps its target alive, and the player, which may go at any time.
+/// Stands between the display link, which keeps its target alive, and the player, which may be destroyed at any time.
 class AVPlayer::Ticker : public Subclass<Ticker, NSObject> {
  public:
   explicit Ticker(std::weak_ptr<AVPlayer> player) : player_(std::move(player)) {}
@@ -64,7 +64,7 @@ double AVPlayer::position() const {
 }
 
 CMTime AVPlayer::currentTime() const {
-  // The fraction is cut off: what a rounding left short of a unit is that unit.
+  // The conversion truncates: a time that rounding left just short of a unit still counts as that unit.
   return CMTimeMakeWithSeconds(position() + 1e-6, kTimescale);
 }
 
@@ -82,8 +82,8 @@ void AVPlayer::play() {
 void AVPlayer::pause() {
   if (!playing_) return;
   setPlaying(false);
-  // Its time may have come since the display's last refresh.
-  // The first picture is not for here: it makes the player ready.
+  // The next picture may have become due since the display's last refresh. Not so for the first one, which makes the
+  // player ready.
   if (status_ == AVPlayerStatusReadyToPlay && !sought_) {
     if (auto newest = pictures_->takeUntil(standsAt_)) {
       picture_ = std::move(newest->image);
@@ -129,7 +129,7 @@ void AVPlayer::picturesCame() {
   if (!picture_ || sought_) {
     auto first = pictures_->takeNext();
     if (!first) {
-      // Nothing comes after a seek to where the movie has no picture: what is shown stays.
+      // After a seek to where the movie has no picture nothing comes: the shown picture stays.
       if (pictures_->isAtEnd()) sought_ = false;
       return;
     }
@@ -166,7 +166,7 @@ void AVPlayer::arriveAtEnd() {
 
 void AVPlayer::tell() {
   toldAt_ = position();
-  // What it calls may replace it.
+  // Copied: the callback may replace itself.
   if (const auto changed = changed_) changed();
 }
 

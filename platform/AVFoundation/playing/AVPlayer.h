@@ -27,9 +27,9 @@ inline const std::string AVPlayerItemDidPlayToEndTimeNotification =
     "AVPlayerItemDidPlayToEndTimeNotification";
 
 /// Plays a movie: a file, or a movie of the photo library ("assets-library://asset/asset.MP4?id=…&ext=MP4").
-/// Pictures are decoded on a queue of the player's own, a few ahead; sound goes to the machine's sound
-/// output in real time, where there is one. Made and used on the main thread; it may be let go in any state,
-/// on any thread.
+/// Pictures are decoded on a queue of the player's own, a few ahead; sound goes to the machine's sound output
+/// in real time, where there is one. Made and used on the main thread; it may be released in any state, on
+/// any thread.
 class AVPlayer : public Subclass<AVPlayer, NSObject> {
  public:
   /// Begins to read. What cannot be read or played becomes `AVPlayerStatusFailed`, soon after.
@@ -43,7 +43,7 @@ class AVPlayer : public Subclass<AVPlayer, NSObject> {
   /// Why it failed; empty otherwise.
   const std::shared_ptr<NSError>& error() const { return error_; }
 
-  /// From where it stands; from the beginning, if it stands at the end.
+  /// Plays from the current time; from the beginning if that is the end.
   void play();
   void pause();
   /// 1 while it plays, else 0.
@@ -51,13 +51,13 @@ class AVPlayer : public Subclass<AVPlayer, NSObject> {
   CMTime currentTime() const;
   /// Zero until the status is known.
   CMTime duration() const;
-  /// Before the beginning is the beginning, past the end the end. Playing goes on from there.
+  /// A time before the beginning or past the end is clamped. Playback continues from there.
   void seekToTime(const CMTime& time);
 
   /// The movie's picture at the current time: the last whose time has come. Empty until the first is there.
   const CGImageRef& currentPicture() const { return picture_; }
-  /// Called on the main thread when the picture, the status or the rate has changed, and now and again while
-  /// it plays on under one picture.
+  /// Called on the main thread when the picture, the status or the rate has changed, and now and then while playback
+  /// goes on without a new picture.
   void setObserver(std::function<void()> changed) { changed_ = std::move(changed); }
 
  private:

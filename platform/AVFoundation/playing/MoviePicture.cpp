@@ -23,7 +23,7 @@ MediaResult<CGImageRef> imageOf(const AVFrame& frame) {
   const auto width = static_cast<std::size_t>(frame.width), height = static_cast<std::size_t>(frame.height);
   const bool known = frame.format == AV_PIX_FMT_YUV420P || frame.format == AV_PIX_FMT_YUVJ420P;
   if (!known || frame.width <= 0 || frame.height <= 0 || width > CGImage::kMaximumPixels / height) {
-    return refused(kConvert, "its pixels are of no known kind");
+    return refused(kConvert, "its pixel format is not supported");
   }
   const std::shared_ptr<std::uint8_t[]> pixels(new std::uint8_t[width * height * 4]);
   // libyuv names formats by the word, least significant byte last: its ARGB is BGRA in memory.

@@ -46,7 +46,7 @@ MediaResult<std::unique_ptr<MovieReader>> MovieReader::open(const std::filesyste
   if (!reader->codec_ || !reader->packet_ || !reader->frame_) return failed(kOpen, AVERROR(ENOMEM));
   reader->codec_->pkt_timebase = stream.time_base;
   reader->codec_->thread_count = 1;
-  reader->codec_->max_pixels = CGImage::kMaximumPixels;  // refused before there is memory for it
+  reader->codec_->max_pixels = CGImage::kMaximumPixels;  // refused before memory is allocated for it
   IOS_TRY(checked(kOpen, avcodec_parameters_to_context(reader->codec_.get(), stream.codecpar)));
   IOS_TRY(checked(kOpen, avcodec_open2(reader->codec_.get(), codec, nullptr)));
   if (stream.duration > 0)

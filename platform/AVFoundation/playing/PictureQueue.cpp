@@ -9,7 +9,7 @@
 namespace ios {
 namespace {
 
-// Differences of times that are meant to be equal.
+// Tolerance for times that are meant to be equal.
 constexpr double kRounding = 1e-6;
 
 }  // namespace
@@ -100,8 +100,8 @@ MediaResult<std::optional<PictureQueue::Picture>> PictureQueue::seekTo(double se
   held_ = std::nullopt;
   IOS_TRY(reader_->seek(seconds));
   auto picture = IOS_TRY(next());
-  // The picture shown at that time is the last that is not later. It may be seconds of movie away from where
-  // reading can begin, and a finger on the bar asks for the next one long before.
+  // The picture shown at that time is the last that is not later. It may be seconds of movie after the point where
+  // decoding can begin, and a finger on the seek bar asks for another picture long before it is reached.
   while (picture && !isSuperseded(generation)) {
     auto following = IOS_TRY(next());
     if (!following || following->time > seconds + kRounding) {
@@ -118,7 +118,7 @@ bool PictureQueue::isSuperseded(std::uint64_t generation) const {
   return cancelled_ || generation != generation_;
 }
 
-// One picture per block, so that a seek or a release is heeded at once and other queues get their turns.
+// One picture per block, so that a seek or a release takes effect at once and other queues get their turns.
 void PictureQueue::decode() {
   const auto opened = open();
   std::optional<double> seek;

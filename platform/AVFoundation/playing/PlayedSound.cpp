@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kRate = 44100, kChannels = 2;
 constexpr double kFarthest = 60;  // seconds of silence before a movie's sound, at most
-// How much lies ready in the sound server: what is heard after a pause.
+// How much the sound server buffers: still heard after a pause.
 constexpr std::uint32_t kBuffered = kRate / 10 * kChannels * sizeof(std::int16_t);
 
 }  // namespace
@@ -26,7 +26,7 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
   Output(const PulseAudio& server, std::function<std::optional<std::filesystem::path>()> find, double from)
       : server_(server), find_(std::move(find)), from_(from) {}
 
-  /// The last reference goes on the queue: closing a connection may wait for the server.
+  /// The last reference is released on the queue: closing a connection may wait for the server.
   static void stop(std::shared_ptr<Output> output) {
     output->stopped_ = true;
     const dispatch_queue_t queue = output->queue_;
@@ -71,7 +71,7 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
     return samples.empty() || stream_->write(samples.data(), samples.size() * sizeof(std::int16_t));
   }
 
-  /// Sound may change its kind in the middle of a movie; the resampler reads as many channels as it
+  /// Sound may change its format in the middle of a movie; the resampler reads as many channels as it
   /// was made for.
   bool prepare(const AVFrame& frame) {
     const Kind kind{frame.format, frame.sample_rate, frame.ch_layout.nb_channels};
@@ -90,7 +90,7 @@ class PlayedSound::Output : public std::enable_shared_from_this<Output> {
   /// The first sound begins where the picture does: what is earlier is cut, what is missing is silence.
   void align(std::vector<std::int16_t>& samples, double time) {
     if (aligned_) return;
-    // A damaged movie's times may be any.
+    // A damaged movie can have any time stamps.
     const long missing = std::lround(std::clamp(time - from_, -kFarthest, kFarthest) * kRate) * kChannels;
     if (missing >= 0) {
       samples.insert(samples.begin(), static_cast<std::size_t>(missing), 0);

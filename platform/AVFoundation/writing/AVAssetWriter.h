@@ -28,14 +28,14 @@ enum AVAssetWriterStatus : long {
 
 /// Writes one movie: a QuickTime file (or MPEG-4, by file type) with at most one track of each media type.
 ///
-/// Unknown → `startWriting` → writing → `finishWriting…` → completed. Any failure (of the disk, of a codec,
-/// of the times a caller gives) ends in failed, with `error` saying what was being done and the code; nothing
-/// is written any more and, without a fragment interval, no part of the file remains. What is encoded waits in a nameless file in the
-/// folder of `outputURL`; the movie appears there when it is complete, so a file at `outputURL` always plays.
+/// Unknown → `startWriting` → writing → `finishWriting…` → completed. Any failure (disk, codec, times that the caller
+/// gives) ends in failed, with `error` naming the operation and the code; nothing more is written and, without a
+/// fragment interval, no part of the file remains. Encoded media wait in an unnamed file in the folder of `outputURL`;
+/// the movie appears there when it is complete, so a file at `outputURL` always plays.
 ///
-/// Usable from any thread. Sound is encoded on the thread that appends it. A picture is converted there and
-/// encoded on a thread of the writer's own, so what that makes of it, a failure included, shows at the next
-/// append or at the end. The movie is put together on a queue of the writer's own.
+/// Usable from any thread. Sound is encoded on the thread that appends it. A picture is converted there and encoded on
+/// a thread of the writer's own, so the result, or a failure, shows at the next append or at the end. The movie is
+/// assembled on a queue of the writer's own.
 class AVAssetWriter : public NSObject {
  public:
   /// Empty, with `error` set, when `outputURL` is not a file URL or its folder does not exist, or
@@ -43,7 +43,7 @@ class AVAssetWriter : public NSObject {
   static std::shared_ptr<AVAssetWriter> initWithURL(const NSURL& outputURL, const AVFileType& outputFileType,
                                                     std::shared_ptr<NSError>& error);
   explicit AVAssetWriter(std::shared_ptr<MovieWriter> writer, NSURL outputURL, AVFileType outputFileType);
-  /// A writer that goes while it writes is cancelled; one that is finishing finishes.
+  /// Destroying a writer that is writing cancels it; one that is finishing still finishes.
   ~AVAssetWriter() override;
 
   const NSURL& outputURL() const { return outputURL_; }
@@ -52,17 +52,17 @@ class AVAssetWriter : public NSObject {
   /// Why the status is failed; empty otherwise.
   std::shared_ptr<NSError> error() const;
 
-  /// False for no input, one that belongs to a writer, a second one of its media type, settings that cannot
-  /// be met, and once writing has started.
+  /// False without an input, for one that belongs to a writer, a second one of its media type, settings that cannot be
+  /// met, and once writing has started.
   bool canAddInput(const std::shared_ptr<AVAssetWriterInput>& input) const;
-  /// An input that cannot be added before writing started makes `startWriting` fail with the reason; later
-  /// ones, and no input, are left out.
+  /// An input that cannot be added before writing started makes `startWriting` fail with the reason; later ones, and
+  /// empty references, are ignored.
   void addInput(const std::shared_ptr<AVAssetWriterInput>& input);
   const std::vector<std::shared_ptr<AVAssetWriterInput>>& inputs() const { return inputs_; }
 
-  /// A numeric time: what was encoded until the writer fails becomes the movie at `outputURL`, soon after and
-  /// before the handler of `finishWriting…`, if the disk still takes it. To be set before writing; how long the
-  /// time is does not matter.
+  /// With a numeric time, what was encoded before a failure becomes the movie at `outputURL`, soon after it and before
+  /// the handler of `finishWriting…`, if the disk still takes it. To be set before writing; the length of the interval
+  /// does not matter.
   void setMovieFragmentInterval(const CMTime& interval);
 
   /// Creates the file and sets up the encoders. False, and status failed, when that fails, when a file
@@ -74,7 +74,7 @@ class AVAssetWriter : public NSObject {
   void startSessionAtSourceTime(const CMTime& startTime);
 
   /// Marks every input as finished, completes the file on the writer's queue and calls `handler` there, once,
-  /// whatever came of it: look at `status`. A writer that is not writing is left as it is. A movie without
+  /// whatever the outcome: check `status`. A writer that is not writing is left as it is. A movie without
   /// any picture or sound fails.
   void finishWritingWithCompletionHandler(std::function<void()> handler);
   /// Gives up: status cancelled, no file. No effect unless writing; waits while the file is being completed.

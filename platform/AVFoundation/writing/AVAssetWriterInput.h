@@ -22,7 +22,7 @@ class MovieTrack;
 ///   - before `startWriting` and after the input or the writer has ended, in any way: without further effect;
 ///   - before the session has started, at a time that is not numeric or not later than the last one, with
 ///     another kind of media, or when encoding or the disk fails: the writer's status becomes failed. A
-///     picture's encoding is still under way when its append returns, so its failure is that of the next one.
+///     picture's encoding is still under way when its append returns, so the next append reports its failure.
 class AVAssetWriterInput : public NSObject {
  public:
   /// `outputSettings`: AVVideoSettings.h or AVAudioSettings.h. Sound without settings is written as it comes:
@@ -54,7 +54,7 @@ class AVAssetWriterInput : public NSObject {
   const AVMediaType mediaType_;
   const std::optional<NSDictionary> outputSettings_;
   std::atomic<bool> expectsMediaDataInRealTime_ = false;
-  mutable Mutex mutex_;                                       // held for the copy alone
+  mutable Mutex mutex_;                                       // held only for copying
   std::shared_ptr<MovieTrack> track_ IOS_GUARDED_BY(mutex_);  // set when the input is added to a writer
 };
 

@@ -12,7 +12,7 @@ namespace ios {
 
 /// Appends pixel buffers to a picture input. The movie has the size of the input's settings, made even by
 /// repeating the last column or row where it is odd; a buffer of another size is stretched to it. Colours are
-/// those of a display (sRGB), stored as BT.601 of limited range and tagged so.
+/// those of a display (sRGB), stored as limited-range BT.601 and tagged so.
 class AVAssetWriterInputPixelBufferAdaptor : public NSObject {
  public:
   /// `sourcePixelBufferAttributes` may be absent; they make no difference.

@@ -37,7 +37,7 @@ MediaResult<> AudioTrack::take(MovieWriter& writer, const CMSampleBufferRef& buf
   const auto count = static_cast<double>(CMSampleBufferGetNumSamples(buffer));
   const bool first = !CMTIME_IS_VALID(end_);
   const double start = CMTimeGetSeconds(time);
-  // How many frames lie between where sound is wanted next and where this begins; negative: have come before.
+  // How many frames lie between the end of the sound so far and the start of this buffer; negative if they overlap.
   const double gap = std::round((start - (first ? 0 : CMTimeGetSeconds(end_))) * rate);
   const double cut = first ? std::max(0.0, -gap) : (gap < -kJitter * rate ? -gap : 0);
   if (cut >= count) return {};

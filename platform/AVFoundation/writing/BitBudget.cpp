@@ -7,25 +7,25 @@
 namespace ios {
 namespace {
 
-// What a movie that wants more than its rate has spent after this time, both in seconds: the credit and its
-// income, which is the less for it. The deepest debt, below, comes on top: together 1.05 of the rate.
+// What a movie that needs more than its rate has spent after kSpan seconds, in seconds of the rate: the credit, and an
+// income reduced by it. With the deepest debt below, the total is 1.05 times the rate.
 constexpr double kSpan = 30, kSpent = 29;
 constexpr double kMostSaved = 9;
-// What the first picture may take.
+// The largest first picture, in seconds of the rate.
 constexpr double kLargestStart = 3;
-// Steps of the quantiser for one halving of what a picture takes, at most.
+// The most quantiser steps that it takes to halve the size of a picture.
 constexpr double kOctave = 6;
 
 struct Level {
   double balance;  // in seconds of the rate
   double quantiser;
 };
-// Texts take little less when they are coarse, so they are kept sharp for as long as possible: only moving
-// photographs, films and noise get into debt.
+// Coarse quantisation saves little on text, so it is kept sharp for as long as possible: only moving photographs, films
+// and noise get into debt.
 constexpr Level kLevels[] = {
     {-2.5, BitBudget::kCoarsest}, {-1.5, 37}, {0, 36}, {2, 34}, {3.5, BitBudget::kSharp}};
-// The first picture of noise warns of the next ones, as large as itself; how much coarser they begin, and how soon
-// that is forgotten, in steps a second.
+// A first picture of noise predicts following ones of the same size: how many steps coarser they begin, and how many of
+// these steps are given back per second.
 constexpr double kWarning = 8, kForgotten = 2;
 
 }  // namespace

@@ -39,7 +39,7 @@ MediaResult<std::unique_ptr<MovieFile>> MovieFile::create(const std::filesystem:
   ffmpeg::keepQuiet();
   IOS_TRY(checkFree(path));
   if (const auto problem = diskRefusal("create", path)) return failed(*problem);
-  // What a process that was ended while it completed a movie left here.
+  // Left behind by a process that was killed while it completed a movie.
   sweepTemporaryFiles(path.parent_path());
 
   std::unique_ptr<MovieFile> file(new MovieFile(path, temporaryNameBeside(path)));
@@ -72,7 +72,7 @@ MovieFile::MovieFile(std::filesystem::path path, std::filesystem::path temporary
 MovieFile::~MovieFile() {
   format_ = nullptr;
   io_ = nullptr;
-  // After a success nothing has this name: the file has its own.
+  // After a success no file has this name: the movie has been renamed.
   ::unlink(temporary_.c_str());
 }
 
@@ -149,7 +149,7 @@ MediaResult<> MovieFile::complete() {
   avio_flush(io_.get());
   IOS_TRY(outcome(kComplete, result));
   if (const int code = file_.close()) return failed(FileError{code, "write", path_});
-  // Somebody else's file that came in the meantime stays.
+  // A file that somebody else put here in the meantime stays.
   IOS_TRY(checkFree(path_));
   if (const auto problem = renameFile(temporary_, path_)) return failed(*problem);
   return {};

@@ -121,7 +121,7 @@ void MovieWriter::fail(const MediaError& reason) {
   if (status_ != AVAssetWriterStatusWriting) return;
   if (!keepsWhatThereIs_) return end(AVAssetWriterStatusFailed, reason.asError());
   setStatus(AVAssetWriterStatusFailed, reason.asError());
-  // Behind the append that failed, which holds its track.
+  // Queued behind the failed append, which holds its track's lock.
   if (!finishing_) dispatch_async(queue_, [self = shared_from_this()] { self->complete(); });
 }
 
@@ -135,7 +135,7 @@ void MovieWriter::setStatus(AVAssetWriterStatus status, std::shared_ptr<NSError>
     MutexLock lock(errorMutex_);
     error_ = std::move(error);
   }
-  status_ = status;  // after the error: who sees it failed finds out why
+  status_ = status;  // after the error: whoever sees the status finds the reason
 }
 
 MediaResult<> MovieWriter::write(std::size_t track, AVPacket& packet) {
@@ -147,7 +147,7 @@ MediaResult<> MovieWriter::write(std::size_t track, AVPacket& packet) {
 
 MediaResult<> MovieWriter::assemble() {
   const auto file = IOS_TRY(MovieFile::create(path_, container_, begun_));
-  std::vector<int> streams;  // the file's numbers of the tracks that have anything
+  std::vector<int> streams;  // the file's track numbers, of tracks that have media
   int count = 0;
   for (const Track& track : tracks_) {
     streams.push_back(track.packets > 0 ? count++ : -1);

@@ -17,7 +17,7 @@ constexpr std::size_t kBufferSize = 32 * 1024;
 
 }  // namespace
 
-/// What stands before each packet's bytes. Read by the process that wrote it.
+/// The header of each packet's bytes. Read only by the process that wrote it.
 struct PacketSpool::Header {
   std::int64_t time = 0, duration = 0;
   std::uint32_t track = 0, size = 0;

@@ -70,7 +70,7 @@ void appendUnit(Bytes& stream, View content) {
   }
 }
 
-/// What of a sequence's parameters matters here.
+/// The parameters of a sequence that matter here.
 struct Sequence {
   int numberBits = 0;
   std::uint32_t blocks = 0;
@@ -102,7 +102,7 @@ std::optional<Sequence> readSequence(View unit) {
   return sequence;
 }
 
-/// Parameters for slices of "as before": simplest coding of numbers, and a filter that can be turned off, so
+/// Parameters for slices of skipped blocks: the simplest coding of numbers, and a filter that can be turned off, so
 /// that the picture is the same to the last bit.
 Bytes ownParameters() {
   BitWriter writer;

@@ -14,7 +14,7 @@ const std::string kFlush = "flush the audio encoder";
 
 constexpr int kMostFrames = 1024;
 
-/// The standard arrangement of so many loudspeakers.
+/// The standard layout of this number of channels.
 AVChannelLayout layoutOf(const CMAudioFormat& format) {
   AVChannelLayout layout{};
   av_channel_layout_default(&layout, static_cast<int>(format.channels));

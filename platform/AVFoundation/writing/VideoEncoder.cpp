@@ -14,12 +14,12 @@ const std::string kEncode = "encode a picture";
 const std::string kFlush = "flush the video encoder";
 
 constexpr int kUsualFrameRate = 30;
-// Pictures: fifteen seconds at that rate. A key picture takes as much as a second of scrolling.
+// In pictures: fifteen seconds at that rate. A key picture takes as many bytes as a second of scrolling.
 constexpr int kUsualKeyInterval = 450;
-// A still picture is encoded finely when it has been there for so many pictures, or for so many more.
+// A picture that stays unchanged is encoded finely after this many repetitions, and again after as many more.
 constexpr int kRefinementInterval = 10;
-// The encoder takes factors from 0 to 51, but quantisers up to 69, where it codes next to nothing: the zone in
-// its options, an eighth of the bits for the whole movie, puts its quantisers so far above the factors.
+// The encoder takes factors from 0 to 51, but quantisers up to 69, where it codes next to nothing: the zone in its
+// options, an eighth of the bits for the whole movie, raises its quantisers by this much above the factors.
 constexpr double kFactorOffset = 18;
 
 void setQuantiser(AVCodecContext& context, double quantiser) {
@@ -118,7 +118,7 @@ MediaResult<> VideoEncoder::encode(const CVPixelBufferRef& buffer, std::int64_t 
                                    const ffmpeg::PacketSink& sink) {
   const bool changed = IOS_TRY(converter_.convert(buffer));
   IOS_TRY(settle(sink));
-  // Asked for here, where a test may hold the appending up, and met where it would be met.
+  // The injected fault is looked up here, where a test may hold up the append, and takes effect where a real one would.
   const auto fault = codecFault(kEncode);
   quantiser_ = budget_.quantiser(static_cast<double>(time) / kTimescale);
   unchanged_ = changed ? 0 : unchanged_ + 1;
@@ -153,7 +153,7 @@ MediaResult<> VideoEncoder::encode(const AVFrame* picture) {
                              : std::nullopt;
     if (!coarser) return {};
     quantiser_ = *coarser;
-    // With this quantiser from the beginning: one that is set before the first picture is not heeded.
+    // Opened with this quantiser from the beginning: one that is set before the first picture is ignored.
     IOS_TRY(openCodec(quantiser_));
   }
 }

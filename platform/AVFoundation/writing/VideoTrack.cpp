@@ -30,7 +30,7 @@ MediaResult<> VideoTrack::take(MovieWriter& writer, const CVPixelBufferRef& buff
 }
 
 MediaResult<> VideoTrack::flush(MovieWriter& writer) {
-  // The encoder's memory goes now: who finished the movie may keep the input.
+  // Frees the encoder's memory now: the application may keep the input after it finished the movie.
   const auto encoder = std::move(encoder_);
   if (!encoder) return {};
   auto flushed = encoder->flush(sink(writer));

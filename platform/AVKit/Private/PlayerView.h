@@ -30,7 +30,7 @@ class PlayerView : public Subclass<PlayerView, UIView> {
 
  private:
   void tapped();
-  /// Nobody watches: the application went to the background.
+  /// Called when the application went to the background and nobody watches.
   void unseen();
   void update();
   void showControls(bool shown);
@@ -42,7 +42,7 @@ class PlayerView : public Subclass<PlayerView, UIView> {
   std::shared_ptr<PlayerControls> controls_;
   bool wasPlaying_ = false;
   bool recognizes_ = false;
-  unsigned hiding_ = 0;  // counts, so that only the newest wish to hide holds
+  unsigned hiding_ = 0;  // counts, so that only the newest request to hide applies
 };
 
 }  // namespace ios

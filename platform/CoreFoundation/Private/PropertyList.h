@@ -15,7 +15,7 @@ inline constexpr std::size_t kMaximumValues = 1'000'000;
 inline constexpr std::size_t kMaximumBytes = 256'000'000;
 inline const std::string kTooDeep = "nests deeper than 512 levels";
 inline const std::string kTooMany = "unfolds to more than 1,000,000 values";
-inline const std::string kTooLarge = "unfolds to more than 256 MB of texts and data";
+inline const std::string kTooLarge = "unfolds to more than 256 MB of strings and data";
 
 /// What was read, or what is wrong with it: "is a binary property list cut short".
 using Parsed = Result<PropertyList, std::string>;

@@ -7,7 +7,7 @@
 
 namespace ios {
 
-/// `seconds` as the clock counts; beyond its range a time that never comes, and 0 for NaN.
+/// `seconds` in the clock's units; beyond its range a time that never comes, and 0 for NaN.
 inline Clock::Duration durationFromSeconds(double seconds) {
   // ns: more than a century, and far enough from the end of the range to be added to
   constexpr double kNever = 4e18;

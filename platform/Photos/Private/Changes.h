@@ -26,7 +26,7 @@ struct Changes {
   std::vector<NewAlbum> newAlbums;
   std::vector<Addition> additions;
   std::vector<std::string> deletedAssets;
-  /// Something could not even be asked for; the transaction fails with this.
+  /// Why a change could not even be requested; the transaction fails with this.
   std::shared_ptr<NSError> failure;
 
   bool isEmpty() const {

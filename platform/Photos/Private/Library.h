@@ -41,13 +41,13 @@ class Library {
   LibraryResult<> sweep() IOS_REQUIRES(mutex_);
   bool isStillThere() const IOS_REQUIRES(mutex_);
   LibraryResult<std::vector<Incoming>> takeIn(const Changes& changes) const;
-  /// The numbers of the movies that are of no asset any more.
+  /// The numbers of the movies that no longer belong to an asset.
   LibraryResult<std::vector<std::int64_t>> write(const Changes& changes, std::vector<Incoming>& incoming)
       IOS_REQUIRES(mutex_);
   LibraryResult<> place(Incoming& incoming) IOS_REQUIRES(mutex_);
   LibraryResult<> add(const Changes::Addition& addition) IOS_REQUIRES(mutex_);
-  /// Runs a statement. A failure ends the transaction, and a damaged library is looked at closely
-  /// when it is next opened.
+  /// Runs a statement. A failure ends the transaction, and a damaged library is checked thoroughly when it is
+  /// next opened.
   LibraryResult<Database::Rows> run(const char* operation, const char* statement,
                                     const std::vector<Database::Value>& parameters = {}) IOS_REQUIRES(mutex_);
   void close();

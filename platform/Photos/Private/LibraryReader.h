@@ -22,8 +22,8 @@ struct AssetFacts {
   std::int64_t width = 0, height = 0;
 };
 
-/// Reads the library and never changes it. Any thread; a writer does not hold it up. Without a library there
-/// is nothing in it; one that cannot be read counts as empty, with one line on standard error.
+/// Reads the library and never changes it. Any thread; a writer does not hold it up. A missing library counts as empty;
+/// so does one that cannot be read, with one line on standard error.
 class LibraryReader {
  public:
   /// `patience`: how long a reader waits while another process holds the library, which happens only while it
@@ -44,7 +44,7 @@ class LibraryReader {
 
  private:
   Database::Rows rows(const char* statement, const std::vector<Database::Value>& parameters = {});
-  /// The connection, anew when another file has taken the library's place; null without a library.
+  /// The connection, reopened when another file has taken the library's place; null without a library.
   DatabaseResult<Database*> connection() IOS_REQUIRES(mutex_);
 
   const MediaFolder folder_;

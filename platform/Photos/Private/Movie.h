@@ -16,8 +16,8 @@ struct MovieFacts {
   std::optional<double> created;
 };
 
-/// Reads what a movie file says of itself. Fails, saying why, unless it is a movie with pictures all of whose
-/// samples lie within the file.
+/// Reads what a movie file says about itself. Fails, saying why, unless it is a movie with pictures whose samples all
+/// lie within the file.
 Result<MovieFacts, std::string> readMovie(const std::filesystem::path& file);
 
 /// Copies a file to `to`, which must not exist, sharing its blocks where the disk can, and syncs it. After a

@@ -20,23 +20,23 @@
 
 namespace ios {
 
-/// One recording of what the display shows, at the size it has at the start: later pictures of another size
-/// are fitted into it. A tick takes the display's picture on the main thread; drawing and encoding, and the
-/// microphone's buffers, are on a queue of the recording's own. A tick that finds the last one's picture still
-/// being encoded is left out.
+/// One recording of what the display shows, at the size it has at the start: later pictures of another size are
+/// fitted into it. A tick takes the display's picture on the main thread; drawing and encoding, and the
+/// microphone's buffers, are on a queue of the recording's own. A tick is skipped while the last one's picture is
+/// still being encoded.
 class DisplayRecording : public Subclass<DisplayRecording, NSObject> {
  public:
   static MethodList methods();
 
-  /// Begins, with the display's picture of this moment; empty, with `error` set, when that fails. Without a
-  /// microphone that can be used the movie has no sound. `failed` comes once on the main thread when the movie
-  /// cannot be written any more: `end` is still to be called. Main thread.
+  /// Begins, with the display's picture of this moment; empty, with `error` set, when that fails. Without a microphone
+  /// that can be used the movie has no sound. `failed` comes once on the main thread when the movie can no longer be
+  /// written; `end` must still be called. Main thread.
   static std::shared_ptr<DisplayRecording> begin(bool microphone, std::function<void()> failed,
                                                  std::shared_ptr<NSError>& error);
 
-  /// `movie` is what there is, empty if nothing; `error` says why it is not all of it.
+  /// `movie` is what was recorded, empty if nothing; `error` says why it is incomplete.
   using Ended = std::function<void(std::shared_ptr<RecordedMovie> movie, std::shared_ptr<NSError> error)>;
-  /// Once. `ended` comes on the main thread. Main thread.
+  /// To be called once. `ended` comes on the main thread. Main thread.
   void end(Ended ended);
 
  private:

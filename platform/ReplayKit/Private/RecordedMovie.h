@@ -5,16 +5,16 @@
 
 namespace ios {
 
-/// A movie that belongs to whoever holds this: a file without a name, so that nothing of it is left when the
-/// last holder goes or the process ends, however that happens. Any thread.
+/// A movie that belongs to the holders of this object: a file without a name, so that nothing of it is left when the
+/// last holder releases it or the process ends, in whatever way. Any thread.
 class RecordedMovie {
  public:
-  /// Takes the name away from the movie at `path`; empty when there is none.
+  /// Removes the name of the movie at `path`; empty when there is none.
   static std::shared_ptr<RecordedMovie> take(const std::filesystem::path& path);
   ~RecordedMovie();
   RecordedMovie(const RecordedMovie&) = delete;
 
-  /// Leads to it in this process, while this lives.
+  /// Leads to the movie, in this process and while this object lives.
   std::filesystem::path path() const;
 
  private:

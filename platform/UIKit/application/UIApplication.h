@@ -29,7 +29,7 @@ inline const std::string UIApplicationWillTerminateNotification = "UIApplication
 /// The URL of the application's page in the system settings.
 inline const std::string UIApplicationOpenSettingsURLString = "app-settings:";
 
-/// What the host application is told about its own life; all optional.
+/// Callbacks about the host application's own life cycle; all optional.
 class UIApplicationDelegate : public NSObject {
  public:
   virtual bool applicationDidFinishLaunching(class UIApplication& application) {

@@ -47,7 +47,7 @@ Contents read() {
     deviceLog("the pasteboard counts as empty: " + error.description());
     return {};
   }
-  std::string problem = "it does not hold what a pasteboard holds";
+  std::string problem = "it is not the content of a pasteboard";
   const auto list = PropertyList::parse(*bytes, &problem);
   if (list) {
     if (auto contents = contentsOf(*list)) return *std::move(contents);

@@ -19,9 +19,9 @@ class UIPasteboard : public NSObject {
  public:
   static const std::shared_ptr<UIPasteboard>& generalPasteboard();
   std::vector<UIPasteboardItem> items() const;
-  /// Replaces all items. Representations without bytes are left out. A device that cannot be written keeps
-  /// the old items, with a line on standard error; but if there are none to keep, the file goes, and the
-  /// count of changes begins anew.
+  /// Replaces all items. Representations without bytes are left out. If the device cannot be written, the old items
+  /// stay, with a line on standard error; if there are none to keep, the file is removed, and the count of changes
+  /// starts over.
   void setItems(const std::vector<UIPasteboardItem>& items);
   /// Grows by one with every change, whichever process makes it.
   long changeCount() const;

@@ -49,7 +49,7 @@ using std::chrono::nanoseconds;
 
 /// What every answer says, whatever was asked.
 struct Status {
-  std::string problem;     // why the request could not be done; empty: it was
+  std::string problem;     // why the request failed; empty: it succeeded
   nanoseconds uptime{};    // on the device's clock, when the request was done
   std::int64_t state = 0;  // a UIApplicationState
   std::string front;       // what is in front of the user: see UIApplication::front
@@ -186,8 +186,8 @@ struct OpenURL {
   };
 };
 
-/// Lets files that the application writes become no larger than so many bytes, as on a full disk; below 0: as large
-/// as they like.
+/// Limits the size of files that the application writes to this many bytes, as a full disk would; a negative number
+/// lifts the limit.
 struct LimitFiles {
   static constexpr const char* kName = "limitFiles";
   using Answer = Done;
@@ -205,8 +205,8 @@ struct ShareDisplay {
 };
 
 /// Lets a person use the phone: what fingers did since the last step happens now, one change of a finger after
-/// another, and then so much time passes. The picture is put into the shared memory if this application is what is
-/// shown.
+/// another, and then this much time passes. The picture is put into the shared memory if this application is what
+/// is shown.
 struct Step {
   static constexpr const char* kName = "step";
   struct Touch {
@@ -231,7 +231,7 @@ struct Step {
   struct Answer {
     nanoseconds nextEvent{-1};  // when there is something to do next, on the device's clock; negative: never
     int width = 0, height = 0;  // of the picture, in pixels; 0: there is none
-    int x = 0, y = 0, changedWidth = 0, changedHeight = 0;  // what of it is new since the last step
+    int x = 0, y = 0, changedWidth = 0, changedHeight = 0;  // the part that changed since the last step
     static void fields(auto& self, auto&& field) {
       field("nextEvent", self.nextEvent);
       field("width", self.width);

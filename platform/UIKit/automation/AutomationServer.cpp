@@ -27,8 +27,8 @@ bool samePixels(const CGImage& a, const CGImage& b) {
   return true;
 }
 
-/// The events that these changes are: fingers that change together are one, and a finger's next change is another.
-/// What is not a change that fingers make is left out.
+/// Groups these changes into events: fingers that change together share one, and a finger's next change starts another.
+/// Changes that fingers cannot make are left out.
 std::vector<std::vector<TouchSample>> touchEvents(const std::vector<automation::Step::Touch>& touches) {
   std::vector<std::vector<TouchSample>> events;
   for (const auto& [finger, phase, location] : touches) {
@@ -55,7 +55,7 @@ std::string AutomationServer::perform(const RunFor& request, Done&) {
 template <>
 std::string AutomationServer::perform(const Tap& request, Done&) {
   if (request.count < 1 || request.fingers < 1 || request.hold.count() < 0 || request.delay.count() < 0)
-    return "a tap of nothing";
+    return "a tap without taps or fingers";
   Device::current().input().tap(
       {request.location, request.count, request.fingers, request.hold, request.delay});
   return {};
@@ -63,7 +63,7 @@ std::string AutomationServer::perform(const Tap& request, Done&) {
 
 template <>
 std::string AutomationServer::perform(const Swipe& request, Done&) {
-  if (request.duration.count() < 0) return "a swipe back in time";
+  if (request.duration.count() < 0) return "a swipe of negative duration";
   Device::current().input().swipe(request.from, request.to, request.duration);
   return {};
 }

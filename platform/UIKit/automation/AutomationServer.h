@@ -23,7 +23,7 @@ class AutomationServer {
   bool hasEnded() const { return ended_; }
 
  private:
-  /// Empty, or what was wrong. A request's own is a specialisation.
+  /// Empty, or what was wrong. Each request has its own specialisation.
   template <class Request>
   std::string perform(const Request& request, typename Request::Answer& answer);
   template <class Request>

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kPixel = 4;
 
-/// First and last pixel in which two rows differ, which do.
+/// First and last pixel in which two different rows differ.
 std::pair<std::size_t, std::size_t> difference(const std::uint8_t* a, const std::uint8_t* b,
                                                std::size_t width) {
   const auto differs = [&](std::size_t x) {
@@ -42,7 +42,7 @@ std::shared_ptr<DisplayMemory> DisplayMemory::make(std::size_t pixels, std::stri
 std::shared_ptr<DisplayMemory> DisplayMemory::adopt(FileDescriptor descriptor, std::string& problem) {
   struct stat facts {};
   if (::fstat(descriptor.number(), &facts) != 0 || facts.st_size <= 0) {
-    problem = "the display's memory is not there";
+    problem = "the display's memory is missing";
     return nullptr;
   }
   return map(std::move(descriptor), static_cast<std::size_t>(facts.st_size), problem);

@@ -15,13 +15,13 @@ namespace ios {
 /// in front writes it, and the driver reads it between its requests. BGRA, 8 bits a component, rows without gaps.
 class DisplayMemory {
  public:
-  /// The part that is another one now, in pixels; all 0: nothing.
+  /// The part that has changed, in pixels; all 0: nothing.
   struct Change {
     int x = 0, y = 0, width = 0, height = 0;
   };
 
-  /// New memory with room for pictures of up to so many pixels, whose size nobody can change. Null, with `problem`
-  /// set, when there is none to be had.
+  /// New memory with room for pictures of up to this many pixels, whose size nobody can change. Null, with `problem`
+  /// set, when the system has none left.
   static std::shared_ptr<DisplayMemory> make(std::size_t pixels, std::string& problem);
   /// Memory that another process made.
   static std::shared_ptr<DisplayMemory> adopt(FileDescriptor descriptor, std::string& problem);
@@ -30,7 +30,7 @@ class DisplayMemory {
 
   int descriptor() const { return descriptor_.number(); }
   std::span<const std::uint8_t> bytes() const { return {pixels_, size_}; }
-  /// Puts `image` in the place of what is there. One that has no room changes nothing.
+  /// Replaces the picture with `image`. One that does not fit changes nothing.
   Change show(const CGImage& image);
 
  private:

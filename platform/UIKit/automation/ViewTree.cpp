@@ -9,7 +9,7 @@
 namespace ios {
 namespace {
 
-/// Deeper views are left out: who reads the tree may have less of a stack.
+/// Deeper views are left out: a reader of the tree may have a smaller stack.
 constexpr int kDeepest = 60;
 
 ViewNode describe(UIView& view, const UIWindow& window, int levels) {

@@ -9,7 +9,7 @@ namespace ios {
 
 class UIApplication;
 
-/// A view and those in it, as somebody sees them who wants to know how a screen is made.
+/// A view and those in it, for somebody who wants to know how a screen is built.
 struct ViewNode {
   std::string className;
   CGRect frame;  // on the screen, as it is held
@@ -33,8 +33,8 @@ struct ViewNode {
 
 /// The windows on the screen, from back to front. Main thread; pending layout is done first.
 std::vector<ViewNode> viewTree(const UIApplication& application);
-/// Class of the view controller on top, as a library that is loaded finds it by the application's operation
-/// "topViewController:"; empty without such a library, or when nothing is on top.
+/// Class of the view controller on top, as found by the application's operation "topViewController:", which a loaded
+/// library may add; empty without such a library, or when nothing is on top.
 std::string topViewControllerName(UIApplication& application);
 
 }  // namespace ios

@@ -16,9 +16,9 @@ struct VisibleElement {
   CGRect frame;            // on the screen, as it is held
   bool control = false;
   std::string role;        // "button", "switch", "text", "image" or "group"
-  bool enabled = true;     // not a control that takes no taps now
+  bool enabled = true;     // false for a control that takes no taps now
   bool focusable = false;  // a control that a tap on its middle reaches
-  bool selected = false;   // chosen among its like
+  bool selected = false;   // the selected one of several, such as a tab
   bool on = false;         // of a switch
   int parent = -1;         // which element before it contains it most closely; -1: none
   double shown = 1;        // the part of its area that is on the screen and not cut off

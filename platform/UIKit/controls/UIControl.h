@@ -23,7 +23,7 @@ class UIControl : public Subclass<UIControl, UIView> {
   void sendActionsForControlEvents(unsigned events);
   bool isEnabled() const { return enabled_; }
   void setEnabled(bool enabled);
-  /// Chosen among its like: the tab that is shown.
+  /// The selected one of several, such as the tab that is shown.
   bool isSelected() const { return selected_; }
   virtual void setSelected(bool selected);
   /// Whether a finger is on it.

@@ -8,7 +8,7 @@
 
 namespace ios {
 
-/// What a text is for; the user's choice of text size says how large that is.
+/// The role of a text; the user's choice of text size decides how large it is.
 enum class UIFontTextStyle { title3, headline, body, footnote };
 
 class UIFont : public NSObject {

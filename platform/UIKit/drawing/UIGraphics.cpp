@@ -19,7 +19,7 @@ std::vector<Entry>& stack() {
   return entries;
 }
 
-// The number of whole pixels that cover so many points; 0 if there are none, or for NaN.
+// The number of whole pixels that cover this many points; 0 if there are none, or for NaN.
 std::size_t pixels(CGFloat points, CGFloat scale) {
   constexpr CGFloat kRounding = 1e-6;
   const CGFloat count = std::ceil(points * scale - kRounding);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kLargestRadius = 1'000;
 
-/// What is of use to the editor, or to features that are not here and that nothing shows of.
+/// Attributes that only the editor uses, or features that are not supported here and have no visible effect.
 bool isSilent(const NibElement& element) {
   static constexpr std::array kNames{"rect",
                                      "autoresizingMask",
@@ -55,7 +55,7 @@ CGRect frameOf(const NibElement& element, NibReading& reading) {
   return CGRectZero;
 }
 
-/// Puts `view` where it is seen in a mirror that is `width` wide, and lets it stick to the other side.
+/// Moves `view` to its mirror image within `width`, and lets it stick to the other side.
 void mirror(UIView& view, CGFloat width) {
   view.setFrame(chrome::mirrored(view.frame(), width, true));
   constexpr unsigned kLeft = UIViewAutoresizingFlexibleLeftMargin,

@@ -23,7 +23,7 @@ Clock::Instant lastRefresh(Clock::Instant now) {
 
 }  // namespace
 
-/// Memory for renderings of one size. Images give theirs back from whatever thread lets go of them last; the
+/// Memory for renderings of one size. Images give theirs back on whichever thread releases them last; the
 /// lock orders their reading before the next drawing.
 class BackingStore::PixelPool : public std::enable_shared_from_this<PixelPool> {
  public:

@@ -9,7 +9,7 @@ namespace ios {
 
 enum class UIViewContentMode : long { scaleToFill, scaleAspectFit, scaleAspectFill };
 
-/// A picture.
+/// Shows an image.
 class UIImageView : public Subclass<UIImageView, UIView> {
  public:
   explicit UIImageView(std::shared_ptr<UIImage> image = nullptr);

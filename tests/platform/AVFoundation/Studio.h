@@ -14,7 +14,7 @@
 
 namespace testing_support {
 
-/// A device in virtual time with a folder for movies. One a process.
+/// A device in virtual time with a folder for movies. One per process.
 class Studio {
  public:
   Studio();
@@ -54,7 +54,7 @@ struct Movie {
   bool append(const ios::CVPixelBufferRef& picture, double seconds) const;
   bool append(std::vector<std::int16_t> samples, const ios::CMTime& time,
               const ios::CMAudioFormat& format = {}) const;
-  /// Finishes and waits for it; how often the handler was called in all.
+  /// Finishes and waits for it; returns how often the handler was called in all.
   int finish() const;
   /// The error's text; empty without one.
   std::string problem() const;

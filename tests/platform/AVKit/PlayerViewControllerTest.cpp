@@ -81,7 +81,7 @@ TEST(PlayerViewController, ShowsEachPictureAtItsTimeAndFitsItOnBlack) {
   EXPECT_EQ(2, ends->count);
 }
 
-TEST(PlayerViewController, ControlsGoWhileItPlaysAndComeBackWithATap) {
+TEST(PlayerViewController, ControlsHideWhileItPlaysAndComeBackWithATap) {
   Screening phone;
   phone.open(colouredMovie(phone.folder(), 12));
   ASSERT_TRUE(phone.tapText("Play"));

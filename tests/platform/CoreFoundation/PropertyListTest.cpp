@@ -64,7 +64,7 @@ TEST(PropertyList, OtherReadersAndWritersAgreeOnEveryKind) {
   }
 }
 
-TEST(PropertyList, DatesAreReadAsTextsFromEitherForm) {
+TEST(PropertyList, DatesAreReadAsStringsFromEitherForm) {
   const ScratchFolder folder;
   outputOfPython(folder, "import os, plistlib, datetime; os.chdir('" + folder.path().string() +
                              "')\nvalue = [datetime.datetime(1999, 12, 31, 23, 59, 58),"
@@ -78,7 +78,7 @@ TEST(PropertyList, DatesAreReadAsTextsFromEitherForm) {
   }
 }
 
-TEST(PropertyList, TextsThatNoReaderWouldTakeAreRepairedWhenWritten) {
+TEST(PropertyList, StringsThatNoReaderWouldTakeAreRepairedWhenWritten) {
   const ScratchFolder folder;
   const PropertyList hostile =
       NSArray{std::string("a\0b", 3), "half \xE2\x82", "\xED\xA0\x80 surrogate", "bell \a"};
@@ -162,7 +162,7 @@ TEST(PropertyList, RefusesWhatIsDamagedOrHostileAndSaysWhy) {
       {"count beyond the file", binaryOf({"\xAF\x13\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"}), "cut short"},
       {"data beyond the file", binaryOf({"\x4F\x12\x00\xFF\xFF\xFF"}), "cut short"},
       {"reference to nowhere", binaryOf({"\xA1\x05"}), "does not exist"},
-      {"number as key", binaryOf({"\xD1\x01\x01", std::string("\x10\x00", 2)}), "key that is not a text"},
+      {"number as key", binaryOf({"\xD1\x01\x01", std::string("\x10\x00", 2)}), "key that is not a string"},
       {"key twice", binaryOf({"\xD2\x01\x01\x01\x01", "\x51k"}), "key twice"},
       {"text that is not ASCII", binaryOf({"\x51\xFF"}), "not characters"},
       {"lone surrogate", binaryOf({std::string("\x61\xDC\x00", 3)}), "not characters"},

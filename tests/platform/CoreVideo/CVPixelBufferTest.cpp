@@ -33,10 +33,10 @@ TEST(CVPixelBufferPool, SizesAndRowsOfAnyNumberGiveBuffersToDrawInto) {
     std::size_t columns, rows, bytesPerRow;
   };
   const Row rows[] = {
-      {750.0, 1334.0, 3000.0, 750, 1334, 3000},  // the whole row's length, no power of two
+      {750.0, 1334.0, 3000.0, 750, 1334, 3000},  // the whole row's length, not a power of two
       {750, 1334, 64, 750, 1334, 3008},
       {375.5, 667.49, 1502.0, 376, 667, 1504},
-      {374.25, 10.0, 1497.0, 374, 10, 1500},  // an alignment that is no whole pixel
+      {374.25, 10.0, 1497.0, 374, 10, 1500},  // not a whole number of pixels
       {3.0, 2.0, 0.5, 3, 2, 12},
       {0.5, 0.6, 2.0, 1, 1, 4},
   };

@@ -47,7 +47,7 @@ TEST(Device, TakesUpWhatAnotherProcessSet) {
   folder.write("phone/Settings.plist", settingsPropertyList(others).xml());
   device.reloadSettings();
   device.reloadSettings();
-  EXPECT_EQ(told, 1) << "an unchanged file is no news";
+  EXPECT_EQ(told, 1) << "an unchanged file was reported";
   EXPECT_EQ(device.screenSize(), CGSizeMake(1024, 768));
   EXPECT_EQ(device.machine(), "iPad5,3");
 
@@ -75,7 +75,7 @@ TEST(Device, SetsDamagedSettingsAside) {
   EXPECT_TRUE(PropertyList::parse(folder.path() / "phone/Settings.plist"));
 }
 
-TEST(Device, SettingsWithoutAMeaningAreNamed) {
+TEST(Device, InvalidSettingsAreNamed) {
   struct Case {
     PropertyList list;
     const char* problem;
@@ -111,7 +111,7 @@ TEST(Device, KnowsTheFormOfALanguageTag) {
 }
 
 // By default the system silently kills a process that writes too long a file.
-TEST(Device, AFileBeyondTheProcessesLimitIsAFailureThatIsTold) {
+TEST(Device, AFileBeyondTheSizeLimitIsAReportedFailure) {
   const ScratchFolder folder;
   startIn(folder);
   rlimit limit{};
@@ -125,7 +125,7 @@ TEST(Device, AFileBeyondTheProcessesLimitIsAFailureThatIsTold) {
   EXPECT_EQ(problem->code, EFBIG);
 }
 
-TEST(Device, LivesOnADiskThatRefusesAndWritesEverythingOnceItIsWell) {
+TEST(Device, SurvivesAFailingDiskAndWritesEverythingOnceItWorks) {
   const ScratchFolder folder;
   setDiskFault([](const std::string&, const std::filesystem::path&) { return EROFS; });
   CaptureStderr();

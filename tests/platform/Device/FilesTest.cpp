@@ -18,7 +18,7 @@ std::span<const std::uint8_t> bytesOf(const std::string& text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-/// The disk refuses one kind of operation, with a code, until this goes.
+/// The disk refuses one kind of operation, with a code, until this is destroyed.
 class Refusing {
  public:
   Refusing(const std::string& operation, int code) {
@@ -72,7 +72,7 @@ TEST(Files, AWriteThatTheSystemCutsShortLeavesTheOldFile) {
   EXPECT_EQ(folder.names(), std::vector<std::string>{"file"});
 }
 
-TEST(Files, ReadingRefusesWhatIsTooLargeOrNoFile) {
+TEST(Files, ReadingRefusesWhatIsTooLargeOrNotAFile) {
   const ScratchFolder folder;
   folder.write("ten", std::string("0123456789"));
   mkfifo((folder.path() / "pipe").c_str(), 0600);
@@ -89,7 +89,7 @@ TEST(Files, ReadingRefusesWhatIsTooLargeOrNoFile) {
   }
 }
 
-TEST(Files, WhatKilledProcessesLeftInTheMakingIsSweptAndNothingElse) {
+TEST(Files, UnfinishedFilesOfKilledProcessesAreSweptAndNothingElse) {
   const ScratchFolder folder;
   // Above the highest possible process number, so it belongs to no process.
   for (const std::string name :

@@ -134,7 +134,7 @@ TEST_F(VirtualTime, MovesWithoutRestPastABusyStage) {
 }
 
 // Fault: work that waits behind a parked thread counts as busy, and time never reaches the end of the wait.
-TEST_F(VirtualTime, AThreadInATimedWaitDoesNotHoldTimeNorDoesWhatIsBehindIt) {
+TEST_F(VirtualTime, NeitherATimedWaitNorTheWorkBehindItHoldsTime) {
   const auto queue = dispatch_queue_create("waits");
   const auto other = dispatch_queue_create("other");
   const auto never = dispatch_semaphore_create(0);

@@ -110,7 +110,7 @@ TEST_F(Queues, QueuesOfOneTargetExcludeEachOther) {
   EXPECT_EQ(state.disorders, 0);
 }
 
-TEST_F(Queues, SyncRunsBehindWhatIsThereOnTheCallersOwnThread) {
+TEST_F(Queues, SyncRunsAfterEarlierBlocksOnTheCallersOwnThread) {
   const auto plain = dispatch_queue_create("plain");
   const auto nested = dispatch_queue_create("nested");
   dispatch_set_target_queue(nested, plain);

@@ -136,7 +136,7 @@ TEST(Archive, HostileArchivesAreRefusedWithTheReason) {
        "unequal numbers"},
       {"key twice", archiveOf({dictionaryOf({UID{3}, UID{4}}, {UID{3}, UID{3}}, 2), dictionaries, "k", "k"}),
        "twice"},
-      {"number as key", archiveOf({dictionaryOf({UID{3}}, {UID{3}}, 2), dictionaries, 5}), "not a text"},
+      {"number as key", archiveOf({dictionaryOf({UID{3}}, {UID{3}}, 2), dictionaries, 5}), "not a string"},
       {"text of no characters",
        archiveOf({NSDictionary{{"NS.string", 5}, {"$class", UID{2}}}, classNamed("NSString")}), "characters"},
       {"data of no bytes", archiveOf({NSDictionary{{"$class", UID{2}}}, classNamed("NSData")}), "bytes"},

@@ -116,13 +116,13 @@ TEST_F(BundleTest, ADamagedTableKeepsItsStartAndNamesTheLineOnce) {
   for (const auto& [damage, problem] : {
            Case{"\"b\" = \"c\"", "2: expected \";\" after \"b\""},
            Case{"\"b\" \"c\";", "2: expected \";\" after \"b\""},
-           Case{"\"b\" = ;", "2: expected a text in quotes"},
-           Case{"\"b\" = ", "2: the file ends where a text is expected"},
-           Case{"\n\"b\" = \"never\n\nclosed;", "3: a text has no closing quote"},
-           Case{"\"b\" = \"\\", "2: a text has no closing quote"},
+           Case{"\"b\" = ;", "2: expected a quoted string"},
+           Case{"\"b\" = ", "2: the file ends where a string is expected"},
+           Case{"\n\"b\" = \"never\n\nclosed;", "3: a string has no closing quote"},
+           Case{"\"b\" = \"\\", "2: a string has no closing quote"},
            Case{"/* never closed", "2: a comment has no end"},
            Case{"\"b\" = \"\\U12\";", "2: \"\\U\" takes four hexadecimal digits"},
-           Case{std::string("\0", 1), "2: expected a text in quotes"},
+           Case{std::string("\0", 1), "2: expected a quoted string"},
            Case{"\"b\" = \"\xFF\";", "1: has bytes that are not UTF-8"},
        }) {
     const std::string name = "Case" + std::to_string(count++);

@@ -47,7 +47,7 @@ class NotificationTest : public testing::Test {
   Lines log_;
 };
 
-TEST_F(NotificationTest, GoToWhomTheyConcernInTheOrderOfRegistration) {
+TEST_F(NotificationTest, ReachMatchingObserversInTheOrderOfRegistration) {
   const auto a = listener("a"), b = listener("b");
   const id sender = std::make_shared<NSObject>(), other = std::make_shared<NSObject>();
   center_->addObserver(b, "heard:", "done", nullptr);

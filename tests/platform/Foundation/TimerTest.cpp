@@ -133,7 +133,7 @@ TEST_F(TimerTest, OffTheMainThreadNothingFires) {
   EXPECT_EQ(target_.use_count(), 1) << "nobody ever lets go of it";
 }
 
-TEST_F(TimerTest, DelayedPerformsComeInOrderNeverAtOnceAndCanBeTakenBack) {
+TEST_F(TimerTest, DelayedPerformsComeInOrderNeverAtOnceAndCanBeCancelled) {
   const auto other = std::make_shared<Target>();
   const id argument = std::make_shared<NSObject>();
   performSelectorAfterDelay(target_, "callWith:", argument, 0);

@@ -88,8 +88,8 @@ TEST(PhotoLibrary, OneThatIsDamagedWhileItIsInUseIsSetAsideToo) {
   EXPECT_TRUE(std::filesystem::exists(gallery.media() / "Photos.sqlite.damaged"));
 }
 
-// SQLite finds a library's log and shared memory by their names: who reads between the renames, with the old
-// file open, would cut short the memory that the new one's writer works in.
+// SQLite finds a library's log and shared memory by their names: a reader between the renames, with the old file open,
+// would truncate the memory that the new one's writer works in.
 TEST(PhotoLibrary, NobodyReadsOneThatIsBeingSetAside) {
   const Gallery gallery;
   ASSERT_EQ(SavingProcess(gallery, 1).wait().status, 0);

@@ -25,7 +25,7 @@ class Gallery {
   /// A whole movie to save.
   const std::filesystem::path& sample() const { return sample_; }
 
-  /// Runs a transaction to its end; its error, if there was one.
+  /// Runs a transaction to its end; returns its error, if any.
   std::shared_ptr<ios::NSError> perform(const std::function<void()>& changes) const;
   std::shared_ptr<ios::PHAssetCollection> makeAlbum(const std::string& title = "Tellvane") const;
   /// Saves a movie, into the album if there is one; the asset's identifier, or none.
@@ -37,9 +37,9 @@ class Gallery {
   std::string query(const std::string& statement) const;
   /// The identifiers of an album's assets, in their order, as another program reads them.
   std::vector<std::string> members(const ios::PHAssetCollection& album) const;
-  /// Names of all that lies in the library's folder, without the database's own passing files.
+  /// Names of all that lies in the library's folder, without the database's own temporary files.
   std::vector<std::string> files() const;
-  /// Fails the test unless each asset has its movie, whole, and there is no other file of the library.
+  /// Fails the test unless each asset has its complete movie, and there is no other file of the library.
   void expectWhole() const;
   /// The same, but for files without an asset.
   void expectNoHalfAsset() const;

@@ -46,7 +46,7 @@ TEST(PhotoLibrary, StraysAreSweptWhenItIsNextOpened) {
   ASSERT_EQ(SavingProcess(gallery, 2).wait().status, 0);
   gallery.query("PRAGMA foreign_keys = ON; DELETE FROM asset WHERE number = 1");
   std::ofstream(gallery.movie(3)) << "not committed";
-  const auto copy = gallery.movie(1).parent_path() / ".IMG.MOV.4194304.1.tmp";  // no process has that number
+  const auto copy = gallery.movie(1).parent_path() / ".IMG.MOV.4194304.1.tmp";  // no process has that id
   std::ofstream(copy) << "under way";
   const auto living = gallery.movie(1).parent_path() / (".IMG.MOV." + std::to_string(getpid()) + ".99.tmp");
   std::ofstream(living) << "still under way";

@@ -67,7 +67,7 @@ TEST(PhotoLibrary, FindsByTypeByTitleAndByIdentifierOnly) {
   const auto found = PHAssetCollection::fetchAssetCollectionsWithLocalIdentifiers(
       {second->localIdentifier(), "nobody", first->localIdentifier(), second->localIdentifier()}, nullptr);
   ASSERT_EQ(found->count(), 2u);
-  // An album's identifier is no asset's, whatever its UUID.
+  // An album's identifier is not an asset's, whatever its UUID.
   EXPECT_EQ(PHAsset::fetchAssetsWithLocalIdentifiers({first->localIdentifier()}, nullptr)->count(), 0u);
 }
 
@@ -88,7 +88,7 @@ TEST(PhotoLibrary, AChangeHappensWholeOrNotAtAll) {
     std::function<void()> last;
     long code;
   } rows[] = {
-      {"a file that is no movie",
+      {"a file that is not a movie",
        [&] { Asset::creationRequestForAssetFromVideoAtFileURL(NSURL::fileURLWithPath(broken)); },
        PHPhotosErrorInvalidResource},
       {"an album that is not there any more",
@@ -163,7 +163,7 @@ TEST(PhotoLibrary, ChangesOfSeveralThreadsComeOneAfterAnother) {
   gallery.expectWhole();
 }
 
-TEST(PhotoLibrary, IsClosedToWhoeverMayNotUseIt) {
+TEST(PhotoLibrary, IsClosedToApplicationsWithoutPermission) {
   const Gallery gallery;
   const auto album = gallery.makeAlbum();
   const auto identifier = gallery.save(gallery.sample(), album);

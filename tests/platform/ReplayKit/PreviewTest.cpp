@@ -13,7 +13,7 @@ namespace {
 using testing_support::MovieProbe;
 using testing_support::RecordedPhone;
 
-/// What a preview told; it dismisses the screen, as applications do.
+/// What a preview reported; it dismisses the screen, as applications do.
 class Listener : public NSObject, public RPPreviewViewControllerDelegate {
  public:
   void previewControllerDidFinishWithActivityTypes(
@@ -63,7 +63,7 @@ TEST(Preview, SavesWithoutThePermissionOfTheApplication) {
                                              "' 'SELECT count(*) FROM asset'"));
 }
 
-TEST(Preview, SaysThatTheDiskIsFullAndCanBeAskedAgain) {
+TEST(Preview, SaysThatTheDiskIsFullAndCanTryAgain) {
   Previewed phone;
   setDiskFault([](const std::string& operation, const std::filesystem::path&) {
     return operation == "write" ? ENOSPC : 0;

@@ -34,7 +34,7 @@ void healAll() {
   setDiskFault(nullptr);
 }
 
-/// What an interrupted recorder told.
+/// What an interrupted recorder reported.
 class Listener : public NSObject, public RPScreenRecorderDelegate {
  public:
   void screenRecorderDidStopRecordingWithError(
@@ -205,7 +205,7 @@ void PrintTo(const Interruption& interruption, std::ostream* out) {
 
 class InterruptedRecording : public testing::TestWithParam<Interruption> {};
 
-TEST_P(InterruptedRecording, ComesToTheDelegateWithThePreviewOfWhatThereIs) {
+TEST_P(InterruptedRecording, ReachesTheDelegateWithAPreviewOfThePartialMovie) {
   RecordedPhone phone;
   const auto listener = std::make_shared<Listener>();
   phone.recorder()->setDelegate(listener);
@@ -246,7 +246,7 @@ INSTANTIATE_TEST_SUITE_P(
                      RPRecordingErrorInterrupted, 2.0},
         Interruption{"Encoder", [] { setCodecFault(failing("encode a picture", EIO, 15)); },
                      RPRecordingErrorFailed, 2.5},
-        // What was encoded is put together to a movie in the end, and there is no room for that either.
+        // Encoded media are assembled into a movie at the end, and there is no room for that either.
         Interruption{"FullDisk", [] { setDiskFault(fullDisk()); }, RPRecordingErrorInsufficientStorage,
                      std::nullopt}),
     [](const auto& info) { return info.param.name; });
@@ -279,7 +279,7 @@ TEST(SystemRecorder, LeavesNothingWhenTheProcessIsKilled) {
   std::filesystem::remove_all(device);
 }
 
-TEST(SystemRecorder, RemovesWhatAProcessLeftThatWasKilledAsItCompletedAMovie) {
+TEST(SystemRecorder, RemovesTheLeftoversOfAProcessKilledWhileItCompletedAMovie) {
   RecordedPhone phone;
   ASSERT_FALSE(phone.start());
   ASSERT_TRUE(phone.stop().preview);

@@ -20,7 +20,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
 
   AudioCapture(std::unique_ptr<MicrophoneSource> source,
                std::vector<std::shared_ptr<AVCaptureAudioDataOutput>> outputs);
-  /// The first buffer comes after `delay`; with none it has been delivered when this returns.
+  /// The first buffer comes after `delay`; without a delay it has been delivered when this returns.
   void start(Clock::Duration delay);
   void stop();
 

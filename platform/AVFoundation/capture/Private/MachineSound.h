@@ -12,7 +12,7 @@ namespace ios {
 /// time is real.
 bool machineHasSoundInput();
 /// Begins to listen to the machine's default sound input, in the device's format. Fails, saying why,
-/// when that cannot be had.
+/// when it is not available.
 Result<std::unique_ptr<MicrophoneSource>, std::string> openMachineSoundInput();
 
 }  // namespace ios

@@ -53,22 +53,22 @@ using IOContext = std::unique_ptr<AVIOContext, FreeIO>;
 /// Takes a packet of encoded media; may change it. A failure ends the encoding.
 using PacketSink = std::function<MediaResult<>(AVPacket&)>;
 
-/// Sends `frame` (null: the end) to the encoder and everything that comes of it to `sink`.
+/// Sends `frame` (null: the end) to the encoder, and every packet that results to `sink`.
 [[nodiscard]] MediaResult<> encode(AVCodecContext& codec, const AVFrame* frame, const std::string& operation,
                                    const PacketSink& sink);
 
 /// Null when FFmpeg was built without it.
 const AVCodec* aacEncoder();
 
-/// How a track is written down in the file.
+/// How a track is described in the file.
 struct Stream {
   CodecParameters parameters;
   AVRational timeBase{};
 };
-/// Empty when there is no memory.
+/// Empty when out of memory.
 Stream streamOf(const AVCodecContext& codec);
 
-/// FFmpeg explains itself on standard error; the platform's errors do that here.
+/// Turns off FFmpeg's log on standard error: the platform's errors report its failures instead.
 void keepQuiet();
 
 }  // namespace ios::ffmpeg

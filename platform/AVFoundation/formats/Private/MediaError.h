@@ -9,7 +9,7 @@
 
 namespace ios {
 
-/// What went wrong with a movie: what was being done, and the code of whoever failed.
+/// What went wrong with a movie: what was being done, and the error code of the component that failed.
 struct MediaError {
   std::string operation;  // "encode a picture"
   int code = 0;           // FFmpeg's, which hold the negative errnos; 0 for a refusal of the platform's own
@@ -23,14 +23,14 @@ struct MediaError {
 template <class Value = void>
 using MediaResult = Result<Value, MediaError>;
 
-/// The failure of an operation: with the code that FFmpeg, or the system in FFmpeg's terms, has for it; with
-/// a reason of the platform's own; or of the disk's.
+/// The failure of an operation: with FFmpeg's error code (a system error in FFmpeg's form included), with a reason of
+/// the platform's own, or with a disk error.
 [[nodiscard]] tl::unexpected<MediaError> failed(const std::string& operation, int code);
 [[nodiscard]] tl::unexpected<MediaError> refused(const std::string& operation, const std::string& reason);
 [[nodiscard]] tl::unexpected<MediaError> failed(const FileError& error);
 /// Fails if `result` is one of FFmpeg's failures, a negative number.
 [[nodiscard]] MediaResult<> checked(const std::string& operation, int result);
-/// The failure that tests have put on `operation`, if any.
+/// The failure that tests have injected for `operation`, if any.
 [[nodiscard]] MediaResult<> codecFault(const std::string& operation);
 
 }  // namespace ios

@@ -15,8 +15,8 @@ namespace ios {
 /// program runs: a machine without one is a device without a microphone and without a loudspeaker.
 class PulseAudio {
  public:
-  /// Null when the machine has no such library, no server runs for this user, or time is virtual:
-  /// sound takes its time.
+  /// Null when the machine has no such library, no server runs for this user, or time is virtual: sound plays in
+  /// real time.
   static const PulseAudio* reachable();
 
   /// 16-bit samples to or from the server's default device. Waits for the server, one thread at a time.
@@ -33,7 +33,7 @@ class PulseAudio {
     const PulseAudio& server_;
     std::unique_ptr<pa_simple, decltype(&pa_simple_free)> connection_;
   };
-  /// The sizes of the server's buffer, in bytes; what is not given is the server's choice.
+  /// The sizes of the server's buffer, in bytes; a size that is not given is the server's choice.
   struct BufferSizes {
     std::uint32_t target = UINT32_MAX, fragment = UINT32_MAX;
   };

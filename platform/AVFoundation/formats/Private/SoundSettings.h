@@ -8,7 +8,7 @@
 
 namespace ios {
 
-/// What a movie's sound is to be encoded as.
+/// The format that a movie's sound is to be encoded in.
 struct SoundSettings {
   CMAudioFormat format;
   std::int64_t bitRate = 0;

@@ -7,7 +7,7 @@
 namespace ios {
 
 /// A decoded picture in the display's colours. Fails for one that is not 4:2:0 with 8 bits per sample,
-/// or has no size that an image may have. Any thread.
+/// or whose size no image may have. Any thread.
 MediaResult<CGImageRef> imageOf(const AVFrame& frame);
 
 }  // namespace ios

@@ -12,8 +12,8 @@ namespace ios {
 /// Reads one kind of media of a movie file and decodes it. One thread at a time.
 class MovieReader {
  public:
-  /// `kind` is AVMEDIA_TYPE_VIDEO or AVMEDIA_TYPE_AUDIO. Fails for a file that is not a movie (of the
-  /// QuickTime kinds: others could lead to other files) or has no media of that kind.
+  /// `kind` is AVMEDIA_TYPE_VIDEO or AVMEDIA_TYPE_AUDIO. Fails for a file that is not a movie (of the QuickTime family:
+  /// other formats can refer to other files) or has no media of that kind.
   static MediaResult<std::unique_ptr<MovieReader>> open(const std::filesystem::path& path, AVMediaType kind);
 
   /// Of the whole movie, in seconds.

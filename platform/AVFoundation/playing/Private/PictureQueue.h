@@ -24,17 +24,17 @@ class PictureQueue : public std::enable_shared_from_this<PictureQueue> {
     double time = 0;  // seconds of movie
     CGImageRef image;
   };
-  /// Pictures held decoded at most: what a late display refresh or two skips.
+  /// Maximum number of decoded pictures held: as many as a late display refresh or two skips.
   static constexpr std::size_t kAhead = 3;
 
-  /// `find` names the movie's file and is called on the queue. `came`, on the main thread, tells that there
-  /// is something new: a picture where there was none, the end, or a failure.
+  /// `find` names the movie's file and is called on the queue. `came`, on the main thread, reports something new: a
+  /// picture where there was none, the end, or a failure.
   PictureQueue(std::function<std::optional<std::filesystem::path>()> find, std::function<void()> came);
   ~PictureQueue();
 
   /// Decodes until enough pictures are ahead.
   void fill();
-  /// Forgets what was decoded and goes on with the picture that is shown at `seconds`.
+  /// Drops what was decoded and continues with the picture that is shown at `seconds`.
   void seek(double seconds);
   /// Nothing more is decoded.
   void cancel();
@@ -45,7 +45,7 @@ class PictureQueue : public std::enable_shared_from_this<PictureQueue> {
   std::optional<Picture> takeNext();
   /// Whether every picture was taken, and there are no more.
   bool isAtEnd() const;
-  /// Why nothing more comes, if something went wrong.
+  /// Why no more pictures come, if something went wrong.
   std::optional<MediaError> failure() const;
   /// Seconds, as the movie says, or to the last picture that was decoded if that is later.
   double duration() const;
@@ -58,22 +58,22 @@ class PictureQueue : public std::enable_shared_from_this<PictureQueue> {
   MediaResult<std::optional<Picture>> next();
   /// The picture that is shown at `seconds`.
   MediaResult<std::optional<Picture>> seekTo(double seconds, std::uint64_t generation);
-  /// Whether what is being decoded is of no use any more.
+  /// Whether the result of the current decoding is no longer needed.
   bool isSuperseded(std::uint64_t generation) const;
 
   const std::function<std::optional<std::filesystem::path>()> find_;
   const std::function<void()> came_;
   const dispatch_queue_t queue_;
 
-  // The queue's own.
+  // Used only on the queue.
   std::unique_ptr<MovieReader> reader_;
-  std::optional<Picture> held_;  // decoded, its turn not come: the one after the picture that was sought
+  std::optional<Picture> held_;  // decoded, not yet due: the picture after the one that was sought
 
   mutable Mutex mutex_;
   std::deque<Picture> ready_ IOS_GUARDED_BY(mutex_);
   std::optional<double> wanted_ IOS_GUARDED_BY(mutex_);  // a seek that the queue has not made yet
-  std::uint64_t generation_ IOS_GUARDED_BY(mutex_) = 0;  // of seeks: what was decoded before is of no use
-  bool any_ IOS_GUARDED_BY(mutex_) = false;              // picture at all
+  std::uint64_t generation_ IOS_GUARDED_BY(mutex_) = 0;  // counts seeks: earlier pictures are obsolete
+  bool any_ IOS_GUARDED_BY(mutex_) = false;              // whether any picture came
   bool queued_ IOS_GUARDED_BY(mutex_) = false;
   bool ended_ IOS_GUARDED_BY(mutex_) = false;
   bool cancelled_ IOS_GUARDED_BY(mutex_) = false;

@@ -11,8 +11,8 @@ namespace ios {
 /// sound. In real time only, on a queue of its own.
 class PlayedSound {
  public:
-  /// Null when the machine has no sound output. `find` names the movie's file and is called on the queue; a
-  /// movie without sound, or with one that cannot be read, is silent.
+  /// Null when the machine has no sound output. `find` names the movie's file and is called on the queue; a movie
+  /// without sound, or with sound that cannot be read, is silent.
   static std::unique_ptr<PlayedSound> start(std::function<std::optional<std::filesystem::path>()> find,
                                             double fromSeconds);
   ~PlayedSound();

@@ -5,10 +5,10 @@
 
 namespace ios {
 
-/// Chooses how finely each picture of a movie is quantised, so that the movie keeps to a bit rate over thirty
-/// seconds and yet no picture is smeared. A movie begins with a credit: its first second is as sharp as any,
-/// and what that takes is made up for by and by. What is left decides, not the size of the last picture, so
-/// that pictures get coarser by degrees. The same pictures give the same choices.
+/// Chooses how finely each picture of a movie is quantised, so that the movie keeps to a bit rate over thirty seconds
+/// and yet no picture is smeared. A movie begins with a credit: its first second is as sharp as any, and the cost is
+/// made up for gradually. The balance decides, not the size of the last picture, so that pictures get coarser step by
+/// step. The same pictures give the same choices.
 class BitBudget {
  public:
   /// Quantisers as H.264 counts them: six more double the step. Above 51 the encoder leaves details out
@@ -24,7 +24,7 @@ class BitBudget {
   std::optional<double> coarserStart(std::size_t bytes, double quantiser);
   /// Whether an unchanged picture can be encoded finely without making those that follow coarser.
   bool affordsRefinement() const;
-  /// What the newest picture took.
+  /// Records the size of the newest picture.
   void spend(std::size_t bytes, bool key);
 
  private:

@@ -15,7 +15,7 @@ class BitReader {
   /// ue(v): a number written with a run of zeros for its length.
   std::uint32_t unsignedNumber();
   std::size_t position() const { return position_; }
-  /// Whether more was read than there is; what was read beyond the end is 0.
+  /// Whether reading went past the end; bits beyond it read as 0.
   bool overrun() const { return position_ > bytes_.size() * 8; }
 
  private:
@@ -33,7 +33,7 @@ class BitWriter {
 
  private:
   std::vector<std::uint8_t> bytes_;
-  int free_ = 0;  // bits of the last byte not used yet
+  int free_ = 0;  // unused bits of the last byte
 };
 
 /// Replaces `count` bits at `position`.

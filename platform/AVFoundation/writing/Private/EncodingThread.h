@@ -8,9 +8,9 @@
 
 namespace ios {
 
-/// One piece of work at a time, beside the thread that asks for it: a picture is encoded while the next one
-/// is drawn. The clock does not wait for it, so whoever asks fetches the outcome at a moment that time alone
-/// decides: then the same flow still gives the same bytes. Used by one thread at a time.
+/// Runs one piece of work at a time in parallel with its caller: a picture is encoded while the next one is drawn. The
+/// clock does not wait for it, so the caller collects the result at a moment that depends on device time alone: then
+/// the same flow still gives the same bytes. Used by one thread at a time.
 class EncodingThread {
  public:
   EncodingThread() = default;
@@ -19,8 +19,8 @@ class EncodingThread {
   /// Waits for the work.
   ~EncodingThread();
 
-  /// Begins `work`; the work before it must have been waited for. The first work starts the thread; where the
-  /// system has none to give, the caller works.
+  /// Begins `work`; the work before it must have been waited for. The first work starts the thread; if the system has
+  /// none left, the work runs on the caller's.
   void begin(std::function<void()> work);
   /// Returns once the work is done, at once if there is none. What it wrote can be read then.
   void wait();

@@ -36,14 +36,14 @@ class MovieFile {
   MovieFile(std::filesystem::path path, std::filesystem::path temporary);
   static int writeBytes(void* self, std::uint8_t* bytes, int count);
   static std::int64_t seek(void* self, std::int64_t offset, int whence);
-  /// What FFmpeg answered, or what the disk did, which it may tell only later.
+  /// FFmpeg's result, or the disk error behind it, which FFmpeg may report only later.
   MediaResult<> outcome(const std::string& operation, int result) const;
 
   const std::filesystem::path path_, temporary_;
   FileDescriptor file_;
   std::int64_t position_ = 0, size_ = 0;
   ffmpeg::IOContext io_;
-  ffmpeg::FormatContext format_;  // goes before the I/O it writes through
+  ffmpeg::FormatContext format_;  // destroyed before the I/O it writes through
   std::vector<AVRational> timeBases_;
 };
 

@@ -14,7 +14,7 @@ namespace ios {
 
 class MovieWriter;
 
-/// What stands behind a writer's input: takes media on the threads of the application, has it encoded and
+/// The implementation of a writer's input: takes media on the threads of the application, has it encoded and
 /// hands the result to the writer. Its lock is taken before the writer's, never after.
 class MovieTrack {
  public:
@@ -32,9 +32,9 @@ class MovieTrack {
 
   /// Opens the encoder, where that need not wait for what comes.
   [[nodiscard]] virtual MediaResult<> open() = 0;
-  /// Brings out what the encoder still holds.
+  /// Flushes what the encoder still holds.
   [[nodiscard]] MediaResult<> finish(MovieWriter& writer);
-  /// How the track is written down; known when it has given out anything.
+  /// How the track is described in the file; known once it has produced a packet.
   const ffmpeg::Stream& description() const { return description_; }
 
  protected:

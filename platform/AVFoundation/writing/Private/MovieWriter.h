@@ -17,8 +17,8 @@
 
 namespace ios {
 
-/// What stands behind an asset writer: the states, the tracks and the file. Any thread; encoding happens in
-/// the tracks, this keeps what comes of it and puts the movie together in the end.
+/// The implementation of an asset writer: the states, the tracks and the file. Any thread; encoding happens in the
+/// tracks, this keeps their packets and assembles the movie in the end.
 class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
  public:
   MovieWriter(std::filesystem::path path, std::string container);
@@ -29,7 +29,7 @@ class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
 
   /// Before writing; false afterwards.
   bool addTrack(const std::shared_ptr<MovieTrack>& track);
-  /// Makes `start` fail so.
+  /// Makes `start` fail with this error.
   void refuseStart(const MediaError& reason);
   /// Whether a failure leaves the movie of what was encoded before it.
   void keepWhatThereIs(bool keep);
@@ -53,10 +53,10 @@ class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
     std::size_t packets = 0;
   };
   MediaResult<> prepare() IOS_REQUIRES(mutex_);
-  /// Puts the movie together of what was encoded, unless nothing is to be kept. On the writer's queue.
+  /// Assembles the movie from what was encoded, unless nothing is to be kept. On the writer's queue.
   void complete();
   MediaResult<> finishTracks();
-  /// Puts the movie together.
+  /// Assembles the movie.
   MediaResult<> assemble() IOS_REQUIRES(mutex_);
   void setStatus(AVAssetWriterStatus status, std::shared_ptr<NSError> error);
   void end(AVAssetWriterStatus status, std::shared_ptr<NSError> error) IOS_REQUIRES(mutex_);
@@ -67,11 +67,11 @@ class MovieWriter : public std::enable_shared_from_this<MovieWriter> {
   std::atomic<AVAssetWriterStatus> status_ = AVAssetWriterStatusUnknown;
   std::atomic<bool> finishing_ = false;
 
-  mutable Mutex errorMutex_;  // held for the copy alone
+  mutable Mutex errorMutex_;  // held only for copying
   std::shared_ptr<NSError> error_ IOS_GUARDED_BY(errorMutex_);
   std::optional<CMTime> sessionStart_ IOS_GUARDED_BY(errorMutex_);
 
-  mutable Mutex mutex_;  // held while a packet is put down, and while the movie is put together
+  mutable Mutex mutex_;  // held while a packet is stored, and while the movie is assembled
   std::vector<Track> tracks_ IOS_GUARDED_BY(mutex_);
   std::optional<MediaError> refusal_ IOS_GUARDED_BY(mutex_);
   bool keepsWhatThereIs_ IOS_GUARDED_BY(mutex_) = false;

@@ -13,7 +13,7 @@
 namespace ios {
 
 /// The encoded media of a movie until it is finished, on disk: a recording takes the same memory however long
-/// it lasts. The file has no name, so nothing of it is left behind in any case. Used by one thread at a time.
+/// it lasts. The file has no name, so nothing of it is ever left behind. Used by one thread at a time.
 class PacketSpool {
  public:
   /// Beside `path`, which names the file in errors.

@@ -8,8 +8,8 @@
 namespace ios {
 
 /// Puts pictures that equal the one before them into an encoder's H.264, without the encoder: each is a
-/// slice that says "as before" of every block, a few bytes long. The encoder's own pictures are renumbered
-/// to make room.
+/// slice in which every block is skipped, a few bytes long. The encoder's own pictures are renumbered to
+/// make room.
 ///
 /// Streams are byte streams with start codes. It understands what the platform's encoder makes: progressive
 /// pictures in display order, every one a reference, one slice each.

@@ -19,12 +19,12 @@ class SoundEncoder {
 
   const CMAudioFormat& format() const { return format_; }
   ffmpeg::Stream stream() const;
-  /// The time of the first frame to come, in frames. Before the first.
+  /// Sets the time of the first frame, in frames. To be called before `encode`.
   void start(std::int64_t time) { time_ = time; }
   /// `samples` in `format`, whole frames.
   [[nodiscard]] MediaResult<> encode(std::span<const std::int16_t> samples, const CMAudioFormat& format,
                                      const ffmpeg::PacketSink& sink);
-  /// What is still inside. Nothing can be encoded afterwards.
+  /// Flushes what is still inside. Nothing can be encoded afterwards.
   [[nodiscard]] MediaResult<> flush(const ffmpeg::PacketSink& sink);
 
  private:

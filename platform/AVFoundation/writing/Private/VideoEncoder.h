@@ -33,22 +33,22 @@ class VideoEncoder {
 
   /// Final when all pictures have been encoded.
   ffmpeg::Stream stream() const { return ffmpeg::streamOf(*codec_); }
-  /// `time` in units of 1 / `kTimescale` s, greater than the last one. What comes of a picture, packets in
-  /// their order or a failure, comes out of the next call. Returns when that picture can be encoded: a caller
-  /// who is quicker than the encoder waits here, so `buffer` is the only one in use.
+  /// `time` in units of 1 / `kTimescale` s, greater than the last one. The result of a picture, packets in order or a
+  /// failure, is delivered by the next call. Returns when the encoder is free for this picture: a caller that is faster
+  /// than the encoder waits here, so `buffer` is the only one in use.
   [[nodiscard]] MediaResult<> encode(const CVPixelBufferRef& buffer, std::int64_t time,
                                      const ffmpeg::PacketSink& sink);
-  /// What is still inside. Nothing can be encoded afterwards.
+  /// Flushes what is still inside. Nothing can be encoded afterwards.
   [[nodiscard]] MediaResult<> flush(const ffmpeg::PacketSink& sink);
 
  private:
   explicit VideoEncoder(const Settings& settings);
   MediaResult<> openCodec(double quantiser);
   bool mayRepeat() const;
-  /// On the thread. A first picture that turns out too large is encoded once more by a codec opened anew, as if
-  /// nothing had been before.
+  /// On the thread. A first picture that turns out too large is encoded once more by a codec opened anew, as if nothing
+  /// had been encoded before.
   MediaResult<> encode(const AVFrame* picture);
-  /// Waits for the picture that is being encoded, and gives out what came of it.
+  /// Waits for the picture that is being encoded, and hands out the result.
   MediaResult<> settle(const ffmpeg::PacketSink& sink);
   MediaResult<> take(AVPacket& packet, const ffmpeg::PacketSink& sink);
   MediaResult<> give(const std::vector<std::uint8_t>& bytes, int flags, std::int64_t time,
@@ -64,12 +64,12 @@ class VideoEncoder {
   int sinceKey_ = 0;            // pictures since the last key picture
   std::int64_t time_ = 0;       // of the picture that is being encoded
   std::int64_t lastTime_ = -1;  // of the last one that was given out
-  // The thread's from the beginning of its work until it has been waited for.
+  // Owned by the thread from the beginning of its work until that has been waited for.
   ffmpeg::CodecContext codec_;
   double quantiser_ = BitBudget::kSharp;  // of the picture
   ffmpeg::Packet encoded_;
   MediaResult<> outcome_;
-  EncodingThread thread_;  // the first to go: it uses the rest
+  EncodingThread thread_;  // destroyed first: it uses the rest
 };
 
 }  // namespace ios

@@ -14,13 +14,13 @@
 
 namespace ios {
 
-/// What one reading of an interface file makes and meets.
+/// The results and the state of one reading of an interface file.
 struct NibReading {
   /// The text under a key of the user's language, given what the document says.
   std::function<std::string(const std::string& key, const std::string& base)> localized;
   std::function<std::shared_ptr<UIImage>(const std::string& name)> image;
   std::function<void(const std::string& problem)> report;
-  /// Whether what the document lays out from left to right is to go from right to left.
+  /// Whether the document's left-to-right layout is to be mirrored.
   bool mirrored = false;
 
   std::map<std::string, id> objects;  // by the document's identifiers

@@ -9,7 +9,7 @@
 
 namespace ios {
 
-/// The values of a view that can move, as the display has them now.
+/// The values of a view that can be animated, as the display has them now.
 struct UIView::Shown {
   CGPoint center;
   CGRect bounds;
@@ -17,7 +17,7 @@ struct UIView::Shown {
   CGAffineTransform transform;
 };
 
-/// Values on their way: where each started, and the run that moves it.
+/// Values being animated: where each started, and the run that moves it.
 struct UIView::Animation {
   /// One call of `animateWithDuration`.
   struct Run {

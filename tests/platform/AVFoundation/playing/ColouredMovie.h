@@ -9,18 +9,18 @@
 
 namespace testing_support {
 
-/// What coding may change a colour by.
+/// How much encoding may change a colour.
 inline constexpr int kLoss = 6;
 
-/// The colour of the coloured movie's picture at a time: of 30 pictures a second, another one
-/// every quarter of it.
+/// The colour of the coloured movie at a time: it has 30 pictures a second, and another colour every quarter of
+/// a second.
 Colour colourAt(double seconds);
 
 /// A movie of plain colours at 30 pictures a second, "movie.mov" in `folder`.
 std::filesystem::path colouredMovie(const std::filesystem::path& folder, double seconds,
                                     std::size_t width = 96, std::size_t height = 64);
 
-/// What ffmpeg makes of `movie` with `arguments` behind it, in a file beside it.
+/// What ffmpeg makes of `movie` with `arguments` after it, in a file beside it.
 std::filesystem::path rewritten(const std::filesystem::path& movie, const std::string& arguments);
 
 /// `movie`, its index in front, cut off in the middle of its picture at `seconds`.

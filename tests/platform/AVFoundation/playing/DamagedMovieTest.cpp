@@ -85,8 +85,8 @@ void sayHalfASecond(const std::filesystem::path& path, const std::string& header
   for (const int shift : {24, 16, 8, 0}) file.put(static_cast<char>(timescale / 2 >> shift));
 }
 
-// A damaged movie may say anything of its length.
-TEST(DamagedMovie, ThatSaysTooLittleOfItsLengthIsPlayedToItsEnd) {
+// A damaged movie may claim any length.
+TEST(DamagedMovie, WithTooShortALengthInItsHeaderIsPlayedToItsEnd) {
   Playing playing;
   const auto ends = Ends::counted();
   const auto path = colouredMovie(playing.movies(), 2);

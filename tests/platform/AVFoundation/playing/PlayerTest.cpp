@@ -34,7 +34,7 @@ TEST(Player, SeeksToThePictureOfThatTime) {
   EXPECT_LE(playing.picture().distance(colourAt(2.99)), kLoss);
 }
 
-TEST(Player, ThatIsAskedBeforeItHasReadAnythingBeginsAtTheBeginning) {
+TEST(Player, PlayedBeforeItHasReadAnythingStartsAtTheBeginning) {
   Playing playing;
   const auto path = colouredMovie(playing.movies(), 1);
   const auto player = AVPlayer::playerWithURL(NSURL::fileURLWithPath(path));
@@ -47,7 +47,7 @@ TEST(Player, ThatIsAskedBeforeItHasReadAnythingBeginsAtTheBeginning) {
 }
 
 // The first picture is decoded while the main thread has not heard of it yet.
-TEST(Player, ThatIsPausedBeforeItIsReadyBecomesReady) {
+TEST(Player, PausedBeforeItIsReadyBecomesReady) {
   Playing playing;
   const auto player = AVPlayer::playerWithURL(NSURL::fileURLWithPath(colouredMovie(playing.movies(), 1)));
   player->play();
@@ -61,7 +61,7 @@ TEST(Player, ThatIsPausedBeforeItIsReadyBecomesReady) {
   EXPECT_EQ(0, CMTimeGetSeconds(player->currentTime()));
 }
 
-// Whoever takes another way of coding colours than the movie's shows them near, but not right.
+// A player that assumes another colour coding than the movie's shows colours that are close, but wrong.
 TEST(Player, ShowsColoursAsTheMovieSaysTheyAreCoded) {
   struct Row {
     const char *name, *size, *converted, *tags;
@@ -98,7 +98,7 @@ TEST(Player, PlaysOddSizes) {
   EXPECT_LE(playing.picture().distance(colourAt(0)), kLoss);
 }
 
-// The movie is opened once; who deletes it meanwhile does not disturb who watches it.
+// The movie is opened once; deleting it meanwhile does not disturb playback.
 TEST(Player, FinishesAMovieThatIsDeletedMeanwhile) {
   Playing playing;
   const auto path = colouredMovie(playing.movies(), 2);
@@ -110,7 +110,7 @@ TEST(Player, FinishesAMovieThatIsDeletedMeanwhile) {
   EXPECT_LE(playing.picture().distance(colourAt(playing.time())), kLoss);
 }
 
-TEST(Player, IsLetGoInAnyState) {
+TEST(Player, MayBeReleasedInAnyState) {
   Playing playing;
   const std::string kNothing = Clock::shared().pending();
   const auto url = NSURL::fileURLWithPath(colouredMovie(playing.movies(), 2));

@@ -23,7 +23,7 @@ class Playing : public Studio {
     ios::Clock::shared().runFor(std::chrono::nanoseconds(std::llround(seconds * 1e9)));
   }
   double time() const { return ios::CMTimeGetSeconds(player->currentTime()); }
-  /// In the middle of the picture that is to be seen now; far from any colour without one.
+  /// The colour in the middle of the picture that is shown now; far from any colour without one.
   Colour picture() const {
     const auto& image = player->currentPicture();
     if (!image) return {-1000, -1000, -1000};

@@ -95,7 +95,7 @@ TEST(MovieFailure, AtAnyCallEndsInFailedWithAReasonAndWithoutAFile) {
     EXPECT_FALSE(movie.append(plain(64, 64, kColours[0]), 100));
     setDiskFault(nullptr);
     setCodecFault(nullptr);
-    // The next recording is none the worse.
+    // The next recording is unaffected.
     const Movie next(studio, {.sound = true, .soundSettings = aacSettings()});
     record(next);
     next.finish();
@@ -226,7 +226,7 @@ TEST(MovieFailure, NothingRemainsOfAMovieThatWasGivenUp) {
   EXPECT_EQ(studio.files(), Names());
   EXPECT_FALSE(input->isReadyForMoreMediaData());
 
-  // A process that was killed while it completed a movie left this; no process has that number.
+  // A process that was killed while it completed a movie left this; no process has that id.
   std::ofstream(studio.path(".movie.mov.999999999.1.tmp")) << "half a movie";
   const Movie next(studio);
   record(next);

@@ -156,7 +156,7 @@ class HostWindow : public Subclass<HostWindow, UIWindow> {
   void began(UIEventSubtype, const std::shared_ptr<UIEvent>&) { heard.push_back("began"); }
 };
 
-TEST(Application, AShakeGoesToTheKeyWindowElseToAnyThatShows) {
+TEST(Application, AShakeGoesToTheKeyWindowElseToAnyVisibleOne) {
   Started s;
   const auto shake = [&] {
     s.phone.device().input().shake();

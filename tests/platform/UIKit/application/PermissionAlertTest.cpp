@@ -129,7 +129,7 @@ TEST(PermissionAlert, OneQuestionFollowsTheOtherWithTheApplicationInactiveThroug
   EXPECT_EQ("active, may not record", taken(phone.witness->journal));
 }
 
-TEST(PermissionAlert, NoTouchReachesAnApplicationThatAnythingElseOfTheSystemCovers) {
+TEST(PermissionAlert, NoTouchReachesAnApplicationThatTheSystemCoversOtherwise) {
   Asking phone;
   phone.application().setCovered(true);
   taken(phone.witness->journal);

@@ -131,7 +131,7 @@ TEST(AutomationServer, RefusesWhatMakesNoSense) {
       {{{"request", "tap"}}, "tap: \"x\" is missing or of another kind"},
       {tapWith("y", "left"), "tap: \"y\" is missing or of another kind"},
       {tapWith("fingers", std::int64_t{1} << 40), "tap: \"fingers\" is missing or of another kind"},
-      {tapWith("count", -1), "a tap of nothing"},
+      {tapWith("count", -1), "a tap without taps or fingers"},
       {{{"request", "openURL"}, {"url", 1}}, "openURL: \"url\" is missing or of another kind"},
   };
   for (const auto& c : kCases) {

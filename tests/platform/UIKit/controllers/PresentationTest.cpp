@@ -137,7 +137,7 @@ TEST(Presentation, RefusalsSayWhyAndChangeNothing) {
   EXPECT_TRUE(called) << "free again";
 }
 
-TEST(Presentation, DismissingWheneverAndTwiceIsHarmless) {
+TEST(Presentation, DismissingAtAnyTimeOrTwiceIsHarmless) {
   Host host;
   struct Row {
     const char* when;

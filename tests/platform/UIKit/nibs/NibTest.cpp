@@ -168,7 +168,7 @@ TEST_F(Nib, TextsAreInTheUsersLanguage) {
   EXPECT_EQ(screen->question.lock()->text(), "base");
 }
 
-TEST_F(Nib, IsMirroredForWhoReadsFromTheRightUnlessItIsOfTheirLanguage) {
+TEST_F(Nib, IsMirroredForRightToLeftLanguagesUnlessMadeForThem) {
   TestPhone::Options options;
   options.languages = {"he"};
   const TestPhone phone(options);
@@ -250,7 +250,7 @@ const std::vector<Unknown> kUnknown{
      "Screen sends no action"},
 };
 
-TEST_F(Nib, WhatIsNotKnownCostsALineAndTheRestIsMade) {
+TEST_F(Nib, UnknownElementsAreReportedAndTheRestIsLoaded) {
   const TestPhone phone;
   for (const auto& row : kUnknown) {
     SCOPED_TRACE(row.what);
@@ -286,7 +286,7 @@ TEST_F(Nib, AnUnreadableDocumentGivesAPlainView) {
       {"wide", document(many), "has more than 10000 elements"},
       {"large", whole + std::string(2'000'000, ' '), "could not read"},
       {"no outlet for the view", "<document><objects/></document>", ""},
-      {"a view that is none",
+      {"a view outlet that leads to no view",
        "<document><objects><placeholder placeholderIdentifier=\"IBFilesOwner\" id=\"-1\"><connections>"
        "<outlet property=\"view\" destination=\"-1\"/></connections></placeholder></objects></document>",
        ""},
@@ -308,7 +308,7 @@ TEST_F(Nib, AnUnreadableDocumentGivesAPlainView) {
 }
 
 /// Every prefix of a document, and every document with one byte of it changed, is loaded or refused.
-TEST_F(Nib, DamageAnywhereEndsNothing) {
+TEST_F(Nib, DamageAnywhereDoesNotCrash) {
   const TestPhone phone;
   const std::string whole = document(
       label("text=\"ä\" numberOfLines=\"2\"", "<fontDescription name=\"HelveticaNeue\" pointSize=\"9\"/>") +

@@ -177,7 +177,7 @@ class MovingView : public Subclass<MovingView, UIView> {
   std::string log;
 };
 
-TEST(View, HearsWhereItIsMoved) {
+TEST(View, IsNotifiedOfItsMoves) {
   TestPhone phone;
   const auto window = phone.show();
   const auto parent = std::make_shared<UIView>();
