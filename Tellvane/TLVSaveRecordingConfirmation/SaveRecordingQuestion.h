@@ -14,8 +14,8 @@ struct SaveRecordingQuestion {
   std::vector<NSRange> emphasised;
 };
 
-/// The names stand out where they occur first in the whole question, which for an application named "video"
-/// is not at its end. An empty name does not stand out.
+/// Each name is emphasised where it first occurs in the whole question; for an application named "video" that is not at
+/// its end. An empty name is not emphasised.
 SaveRecordingQuestion saveRecordingQuestion(const std::string& album, const std::string& application);
 
 }  // namespace tellvane

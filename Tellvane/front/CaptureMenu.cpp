@@ -10,7 +10,7 @@ bool CaptureMenu::isUp() const {
   if (isComing_) return true;
   const auto sheet = sheet_.lock();
   if (!sheet || !sheet->presentingViewController()) return false;
-  // One that was left on a window which the host has put away is on no screen, and nobody could close it.
+  // A sheet left on a window that the host has put away is not on the screen, and nobody could close it.
   const auto window = sheet->view()->window();
   return window && !window->isHidden();
 }

@@ -13,7 +13,7 @@ class CaptureMenu : public std::enable_shared_from_this<CaptureMenu> {
  public:
   using Handler = std::function<void(const std::shared_ptr<UIAlertAction>& action)>;
 
-  /// Whether the sheet is on the screen, coming or going included.
+  /// Whether the sheet is on the screen, including while it appears or disappears.
   bool isUp() const;
   /// Presents the sheet on the top view controller. The user's choice calls one of the two; "Cancel" neither.
   void open(Handler captureScreenshot, Handler captureScreenRecording);

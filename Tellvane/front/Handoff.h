@@ -21,7 +21,7 @@ HandoffItem screenshotItem(const std::string& screenName);
 /// The item of a recording with the identifier `assetId` in the photo library.
 HandoffItem recordingItem(const std::string& videoName, const std::string& assetId);
 
-/// Puts `item` on the pasteboard, in place of all that is there, and asks for the companion to be opened.
+/// Puts `item` on the pasteboard, replacing everything there, and asks for the companion to be opened.
 void handOver(const HandoffItem& item);
 /// Empties the pasteboard.
 void withdrawItem();

@@ -14,9 +14,9 @@ struct HandoffFacts {
   static HandoffFacts read();
 };
 
-/// The record that goes with a still image: nine texts.
+/// The record that goes with a still image: nine strings.
 NSDictionary imageRecord(const HandoffFacts& facts, const std::string& screenName);
-/// The record that goes with a recording: ten texts. `videoInPhotosAlbum` is its identifier
+/// The record that goes with a recording: ten strings. `videoInPhotosAlbum` is its identifier
 /// in the photo library.
 NSDictionary videoRecord(const HandoffFacts& facts, const std::string& videoName,
                          const std::string& videoInPhotosAlbum);

@@ -16,7 +16,7 @@ namespace tellvane {
 class CaptureMenu;
 
 /// The library's coordinator: starts it, answers triggers with the capture menu, and hands captures over to
-/// the companion application. Main thread, but for what says otherwise.
+/// the companion application. Main thread, except where stated otherwise.
 class TLV_EXPORT TLVManager : public Subclass<TLVManager, NSObject> {
  public:
   /// The one instance, made on first use. Any thread.

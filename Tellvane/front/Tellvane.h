@@ -3,7 +3,7 @@
 #include <string>
 
 #include "ObjectiveC/NSObject.h"
-// All that a host may use comes with this one header.
+// Everything that a host may use comes with this one header.
 #include "Tellvane/CaptureScreenRecording.h"
 #include "Tellvane/Platform.h"
 #include "Tellvane/TLVManager.h"

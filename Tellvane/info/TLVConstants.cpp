@@ -54,7 +54,7 @@ std::string nameText(const std::optional<NSDictionary>& info, const std::vector<
 }
 
 std::string resolutionText(double width, double height) {
-  // std::to_chars knows no locale.
+  // std::to_chars ignores the locale.
   const auto decimal = [](double value) {
     std::array<char, 400> digits{};
     const auto end = std::to_chars(digits.begin(), digits.end(), value, std::chars_format::fixed, 2).ptr;

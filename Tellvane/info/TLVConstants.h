@@ -53,9 +53,9 @@ std::string DEVICE_MODEL();
 
 // The same, as plain functions of what they read.
 
-/// "short.build" after `prefix`; "0" when either is missing or no text.
+/// "short.build" after `prefix`; "0" when either is missing or not a string.
 std::string versionText(const std::optional<NSDictionary>& info, const std::string& prefix);
-/// The first of `keys` that holds a text, else "Tellvane-Dev".
+/// The first of `keys` that holds a string, else "Tellvane-Dev".
 std::string nameText(const std::optional<NSDictionary>& info, const std::vector<std::string>& keys);
 /// Two decimals each, whatever the locale.
 std::string resolutionText(double width, double height);

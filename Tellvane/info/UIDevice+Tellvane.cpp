@@ -56,7 +56,7 @@ constexpr std::array<std::string_view, 7> kOrientations = {
     "Unknown", "Portrait", "Portrait Upside Down", "Landscape Left", "Landscape Right",
     "Face Up", "Face Down"};
 
-/// Length of the well-formed UTF-8 sequence at the start of `bytes`; `valid` false: of the piece to replace.
+/// Length of the well-formed UTF-8 sequence at the start of `bytes`; with `valid` false, of the piece to replace.
 std::size_t sequenceLength(std::string_view bytes, bool& valid) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
   const unsigned char lead = byte(0);

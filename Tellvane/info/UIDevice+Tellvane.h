@@ -11,7 +11,7 @@ namespace tellvane {
 
 // Five properties that the library adds to the platform's device object, also reachable by their selectors
 // ("deviceModel", …). Each asks the whole platform, so any device object answers the same. Any thread,
-// but for the two that follow the way the device is held: those on the main thread.
+// except for the two that depend on the device's orientation: those on the main thread.
 
 /// The main screen in pixels, as the device is held. Main thread.
 TLV_EXPORT CGSize screenResolution(const UIDevice& device);

@@ -12,7 +12,7 @@ namespace {
 
 template <std::floating_point Number>
 std::string decimalText(Number value) {
-  std::array<char, 400> digits{};  // the largest number has 309 before the point, the smallest 341 behind it
+  std::array<char, 400> digits{};  // up to 309 digits before the point, up to 341 after it
   const auto end = std::to_chars(digits.begin(), digits.end(), value, std::chars_format::fixed).ptr;
   std::string text(digits.begin(), end);
   if (text.find_first_not_of("-0123456789") == std::string::npos) text += ".0";

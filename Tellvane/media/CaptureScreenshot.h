@@ -19,7 +19,7 @@ class CaptureScreenshot : public Subclass<CaptureScreenshot, NSObject> {
   /// Captures the screen now. Without a key window, an image or a byte from the encoder,
   /// the kept image stays.
   void saveCurrentScreenshot();
-  /// The kept JPEG bytes, the very object; empty before the first capture.
+  /// The kept JPEG bytes, not a copy; empty before the first capture.
   std::shared_ptr<NSData> getSavedScreenshot() const { return screenshot_; }
 
  private:

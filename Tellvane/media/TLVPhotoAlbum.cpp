@@ -80,7 +80,7 @@ std::shared_ptr<PHAssetCollection> TLVPhotoAlbum::collection() {
 void TLVPhotoAlbum::setCollection(std::shared_ptr<PHAssetCollection> collection) {
   Album& album = Album::shared();
   MutexLock lock(album.mutex);
-  album.collection.swap(collection);  // the old one goes after the lock
+  album.collection.swap(collection);  // the old one is released after the lock
 }
 
 void TLVPhotoAlbum::getPhotosAccess(const Decision& success) {
@@ -161,7 +161,7 @@ void TLVPhotoAlbum::addToAlbum(const NSURL& url, const Completion& completionHan
   const auto identifier = std::make_shared<std::optional<std::string>>();
   PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
       [url, identifier] {
-        // All three before the first change, so that one that is missing leaves nothing half done.
+        // All three are made before the first change, so that a missing one leaves nothing half done.
         const auto album = PHAssetCollectionChangeRequest::changeRequestForAssetCollection(collection());
         if (!album) return;
         const auto request = PHAssetChangeRequest::creationRequestForAssetFromVideoAtFileURL(url);

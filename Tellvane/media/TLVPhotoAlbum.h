@@ -19,13 +19,13 @@ class TLVPhotoAlbum : public Subclass<TLVPhotoAlbum, NSObject> {
   using Completion = std::function<void(std::optional<std::string> localIdentifier)>;
   static MethodList methods();
 
-  /// Copies the movie at `url` into the album, which is created if it does not exist, and calls
-  /// `completionHandler` with the new asset's identifier, or without one when that failed: on the main
-  /// thread, except when the album could not be made, which is told on a queue of the photo library. A
-  /// refusal that was on record is told before this returns, and then explained in an alert. No call comes
-  /// when access is refused with nothing on the screen, or the album's failure has no error.
+  /// Copies the movie at `url` into the album, which is created if it does not exist, and calls `completionHandler`
+  /// with the new asset's identifier, or without one when that failed: on the main thread, except when the album could
+  /// not be made, which is reported on a queue of the photo library. An earlier refusal is reported before this
+  /// returns, and then explained in an alert. No call comes when access is refused with nothing on the screen, or the
+  /// album's failure has no error.
   static void saveToPhotosAlbum(const NSURL& url, Completion completionHandler);
-  /// Deletes the asset, if there is one and access is granted; never asks twice, and tells nobody.
+  /// Deletes the asset, if there is one and access is granted; never asks twice, and reports nothing.
   static void deleteFromPhotoAlbum(const std::string& localIdentifier);
 
   /// The album that the last save found or made; empty at first. Any thread.

@@ -16,7 +16,7 @@
 namespace tellvane {
 namespace {
 
-/// The system tells on a queue of its own; alerts and timers belong to the main thread.
+/// The system calls back on a queue of its own; alerts and timers belong to the main thread.
 void onMainThread(std::function<void()> work) {
   if (isMainThread()) {
     work();

@@ -13,8 +13,8 @@ namespace tellvane {
 /// keeps the movie: when a recording has ended, an alert offers the system's preview, on which the user saves
 /// it or not. Each recording ends after TLV_RECORDING_TIME_SEC at the latest. What fails is logged.
 ///
-/// The operations may be called on any thread, and by selector. What the system tells on other threads is
-/// moved to the main one.
+/// The operations may be called on any thread, and by selector. The system's callbacks on other threads are moved to
+/// the main one.
 class TLV_EXPORT CaptureScreenRecording : public Subclass<CaptureScreenRecording, NSObject>,
                                           public RPScreenRecorderDelegate,
                                           public RPPreviewViewControllerDelegate {
@@ -23,8 +23,8 @@ class TLV_EXPORT CaptureScreenRecording : public Subclass<CaptureScreenRecording
   static const std::shared_ptr<CaptureScreenRecording>& shared();
   static MethodList methods();
 
-  /// Asks the system for a recording, with the microphone if the library was started so. Whether it began is
-  /// to be seen in `isRecording`, soon after.
+  /// Asks the system for a recording, with the microphone if the library was started so. `isRecording` shows, soon
+  /// after, whether it began.
   virtual void captureScreenRecording();
   /// Does nothing unless the system records. The timer of every recording calls this 30 seconds after it
   /// began, even when it has ended by then and the next one runs.

@@ -54,7 +54,7 @@ void TLVCaptureScreenRecording::captureScreenRecording() {
   if (std::exchange(starting_, true)) return;
   const auto recorder = std::make_shared<TLVScreenRecorder>(kBitRate, kFramesPerSecond, microphoneEnabled());
   {
-    auto earlier = recorder;  // goes after the lock
+    auto earlier = recorder;  // released after the lock
     MutexLock lock(mutex_);
     screenRecorder_.swap(earlier);
   }

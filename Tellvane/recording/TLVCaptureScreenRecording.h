@@ -17,7 +17,7 @@ class TLVCaptureScreenRecording : public Subclass<TLVCaptureScreenRecording, NSO
  public:
   /// The one instance, made on first use. Any thread.
   static const std::shared_ptr<TLVCaptureScreenRecording>& shared();
-  /// One that watches for the background.
+  /// Observes the application's move to the background.
   static std::shared_ptr<TLVCaptureScreenRecording> init();
   static MethodList methods();
 
@@ -40,7 +40,7 @@ class TLVCaptureScreenRecording : public Subclass<TLVCaptureScreenRecording, NSO
   std::shared_ptr<TLVScreenRecorder> screenRecorder() const;
 
   bool starting_ = false;  // main thread
-  mutable Mutex mutex_;    // held for the copy alone
+  mutable Mutex mutex_;    // held only for copying
   std::shared_ptr<TLVScreenRecorder> screenRecorder_ IOS_GUARDED_BY(mutex_);
 };
 

@@ -70,7 +70,7 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   void handleAppBecameInActive() { pauseRecording(); }
   void handleAppBecameActive() { resumeRecording(); }
 
-  /// Average bits of picture per second. Like the frame rate fixed by the construction: any thread.
+  /// Average bits of picture per second. Fixed by the constructor, like the frame rate: any thread.
   double desiredBitRate() const { return desiredBitRate_; }
   long desiredFPS() const { return desiredFPS_; }
   /// Where the frames' buffers come from; empty before the start. Main thread.
@@ -131,8 +131,8 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
   double desiredBitRate_;
   long desiredFPS_;
 
-  /// Held for a copy alone: what the main thread, the render queue and the audio queue share and what is too
-  /// wide for an atomic.
+  /// Held only for copying: guards what the main thread, the render queue and the audio queue share and is too wide for
+  /// an atomic.
   Mutex sharedFields_;
 };
 

@@ -29,8 +29,8 @@ void TLVScreenRecorder::completeRecordingSession(std::function<void(std::optiona
                                        if (movie) removeTempFilePath(movie->path());
                                      });
   };
-  // Behind every render step that was queued, and from there behind the append step that the
-  // last of them queued.
+  // Queued after every render step, and from there after the append step that the last of
+  // them queued.
   dispatch_async(render_queue_, [self, save] {
     dispatch_sync(self->append_pixelBuffer_queue_, [self, save] {
       self->videoWriterInput_->markAsFinished();

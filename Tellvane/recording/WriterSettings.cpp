@@ -10,7 +10,7 @@ NSDictionary pixelBufferAttributes(CGSize pixels) {
           {kCVPixelBufferCGBitmapContextCompatibilityKey, true},
           {kCVPixelBufferWidthKey, pixels.width},
           {kCVPixelBufferHeightKey, pixels.height},
-          // The whole row as its own alignment: no byte between rows.
+          // Aligned to its own length, so that there is no padding between rows.
           {kCVPixelBufferBytesPerRowAlignmentKey, pixels.width * 4}};
 }
 

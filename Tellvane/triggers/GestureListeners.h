@@ -19,7 +19,7 @@ class GestureListeners : public Subclass<GestureListeners, NSObject> {
   static MethodList methods();
 
   /// No trigger is announced while a screen of exactly the class `screenClass` is presented, or presents what
-  /// is on top. Classes derived from it are not meant: a screen that the host derives is the host's.
+  /// is on top. Derived classes do not count: a screen that the host derives is the host's.
   static void ignoreTriggersOver(const std::type_info& screenClass);
 
   /// The recognisers of the last installation; empty before the first.

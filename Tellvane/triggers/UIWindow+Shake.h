@@ -11,8 +11,8 @@ namespace tellvane {
 /// counts as a trigger. In force from the moment the library is loaded. Main thread.
 void motionEnded(UIWindow& window, UIEventSubtype motion, const std::shared_ptr<UIEvent>& event);
 
-/// Does nothing. Nothing else calls into the file that extends the window, and a linker takes only such files
-/// out of a static library as something refers to; the start refers to this.
+/// Does nothing. Nothing else calls into the file that extends the window, and a linker takes from a static library
+/// only the files that something refers to; the start refers to this.
 void keepShakeExtension();
 
 }  // namespace tellvane

@@ -45,7 +45,7 @@ class Confirming : public TestPhone {
     device().setPermission("photos", Permission::authorized);
     window = show();
   }
-  /// Saves a movie into the album; its identifier.
+  /// Saves a movie into the album; returns its identifier.
   std::string record() {
     std::optional<std::string> saved;
     TLVPhotoAlbum::saveToPhotosAlbum(NSURL::fileURLWithPath(sampleMovie(folder() / "movie.mov")),
@@ -90,7 +90,7 @@ TEST(Confirmation, SavingPostsOneIdentifierAndThenGoesAway) {
   EXPECT_FALSE(phone.isUp());
 }
 
-TEST(Confirmation, DeletingTakesTheRecordingOutOfTheLibraryAndTellsNobody) {
+TEST(Confirmation, DeletingTakesTheRecordingOutOfTheLibraryAndPostsNothing) {
   Confirming phone;
   const auto posts = Posts::ofEverything();
   const std::string identifier = phone.record();

@@ -13,7 +13,7 @@ using testing_support::TestPhone;
 
 namespace {
 
-/// All there is to see below `view`: the player's area, the label and the buttons.
+/// Everything that is visible below `view`: the player's area, the label and the buttons.
 void collect(const std::shared_ptr<UIView>& view, std::vector<std::shared_ptr<UIView>>& parts,
              const std::shared_ptr<UIView>& player) {
   for (const auto& part : view->subviews()) {

@@ -6,7 +6,7 @@ using namespace tellvane;
 
 namespace {
 
-/// The question with what stands out in brackets, a pair a part.
+/// The question with what stands out in brackets, one pair per part.
 std::string marked(const std::string& album, const std::string& application) {
   const SaveRecordingQuestion question = saveRecordingQuestion(album, application);
   std::string text;

@@ -88,7 +88,7 @@ TEST(Handoff, OfARecordingCarriesItsIdentifier) {
   EXPECT_EQ(11, std::count(record.begin(), record.end(), '\n')) << "the archive's class and ten entries";
 }
 
-TEST(Handoff, OfARecordingWithoutATextAsIdentifierIsOnlyLogged) {
+TEST(Handoff, OfARecordingWithoutAStringAsIdentifierIsOnlyLogged) {
   TestPhone phone;
   start(phone);
   const auto center = NSNotificationCenter::defaultCenter();
@@ -211,8 +211,8 @@ TEST(Handoff, IsDroppedWhenTheUserLeavesWhileTheSheetCloses) {
   EXPECT_EQ(0, UIPasteboard::generalPasteboard()->changeCount());
 }
 
-// The host must outlive a device that cannot be written: the hand-off fails, the alert still comes. What was
-// handed over before goes all the same.
+// The host must outlive a device that cannot be written: the hand-off fails, the alert still comes. What was handed
+// over before is removed all the same.
 TEST(Handoff, OnAFullDeviceKeepsTheHostAlive) {
   TestPhone phone;
   start(phone);

@@ -38,7 +38,7 @@ TEST(DeviceModel, IsLookedUpByTheWholeCodeAndPassesUnknownCodesThrough) {
   for (const auto& row : rows) EXPECT_EQ(row.name, modelName(row.code)) << row.code;
 }
 
-TEST(DeviceModel, ComesFromTheMachineFieldAndSurvivesBytesThatAreNoText) {
+TEST(DeviceModel, ComesFromTheMachineFieldAndSurvivesBytesThatAreNotText) {
   TestPhone phone;
   const auto device = UIDevice::currentDevice();
   EXPECT_EQ("iPhone 6", DEVICE_MODEL());

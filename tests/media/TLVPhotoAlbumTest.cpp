@@ -138,7 +138,7 @@ TEST(PhotoAlbum, TheFirstTwoSavesAtOnceMakeOneAlbum) {
   EXPECT_EQ("1\n", phone.query("SELECT count(*) FROM album"));
 }
 
-TEST(PhotoAlbum, ARefusalIsToldFirstAndThenExplained) {
+TEST(PhotoAlbum, ARefusalIsReportedFirstAndThenExplained) {
   const struct {
     const char* what;
     Permission known;
@@ -173,7 +173,7 @@ TEST(PhotoAlbum, ARefusalIsToldFirstAndThenExplained) {
   EXPECT_FALSE(std::filesystem::exists(phone.folder() / "Media"));
 }
 
-TEST(PhotoAlbum, ARefusalWithNothingOnTheScreenIsNotToldAtAll) {
+TEST(PhotoAlbum, ARefusalWithNothingOnTheScreenIsNotReportedAtAll) {
   Album phone;
   phone.allow(Permission::denied);
   phone.save();
@@ -186,7 +186,7 @@ TEST(PhotoAlbum, ARefusalWithNothingOnTheScreenIsNotToldAtAll) {
   EXPECT_TRUE(phone.saved.empty());
 }
 
-TEST(PhotoAlbum, AFailureIsLoggedAndToldWithoutAnIdentifier) {
+TEST(PhotoAlbum, AFailureIsLoggedAndReportedWithoutAnIdentifier) {
   Album phone;
   phone.allow(Permission::authorized);
   const Console console;
@@ -211,7 +211,7 @@ TEST(PhotoAlbum, AFailureIsLoggedAndToldWithoutAnIdentifier) {
   EXPECT_TRUE(phone.onMainThread.back());
   EXPECT_NE(std::string::npos, console.text().find("<TLV Log> : Error saving to photo Album: could not "));
 
-  // No file at all is no failure of the transaction, and so not in the log.
+  // A missing file is not a failure of the transaction, and so is not logged.
   const std::string before = console.text();
   std::filesystem::rename(phone.movie, phone.folder() / "elsewhere.mov");
   phone.save();
@@ -276,7 +276,7 @@ TEST(PhotoAlbum, DeletesTheAssetAndItsMovieAndNothingElse) {
   EXPECT_EQ("IMG_0002.MOV\n", phone.movies());
 }
 
-TEST(PhotoAlbum, ADeletionAsksWhoeverWasNotAskedAndShowsNoAlert) {
+TEST(PhotoAlbum, ADeletionAsksForUndecidedAccessAndShowsNoAlert) {
   Album phone;
   phone.show();
   phone.allow(Permission::authorized);

@@ -97,7 +97,7 @@ struct Likeness {
   std::vector<double> psnr, ssim;  // of every picture
 };
 
-/// How like `movie` is to `screen`, according to ffmpeg.
+/// How similar `movie` is to `screen`, according to ffmpeg.
 Likeness likenessOf(const std::filesystem::path& movie, const std::filesystem::path& screen) {
   const std::string output =
       outputOf("ffmpeg -v error -i '" + movie.string() + "' -i '" + screen.string() +

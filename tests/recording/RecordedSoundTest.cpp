@@ -111,7 +111,7 @@ INSTANTIATE_TEST_SUITE_P(
                              "<TLV Log> : Failed to add input/output device to capture session\n"}),
     [](const auto& row) { return row.param.name; });
 
-TEST(RecordedSound, OfOtherOutputsIsIgnored) {
+TEST(RecordedSound, FromOtherOutputsIsIgnored) {
   auto options = withMicrophone();
   options.microphonePermission = Permission::denied;
   RecordingPhone phone(options);
@@ -126,7 +126,7 @@ TEST(RecordedSound, OfOtherOutputsIsIgnored) {
   phone.runFor(1);
   EXPECT_EQ(1, phone.stop());
   EXPECT_EQ("", phone.movie().fact('a', "codec_name"));
-  EXPECT_NEAR(1, phone.movie().times('v').back(), 0.1) << "the time of a stranger's sound is no origin";
+  EXPECT_NEAR(1, phone.movie().times('v').back(), 0.1) << "another output's sound must not set the origin";
 }
 
 TEST(RecordedSound, ASecondStartListensAnew) {

@@ -142,7 +142,7 @@ TEST(SystemRecording, LogsAStartThatFailsAndSetsNoTimer) {
   EXPECT_FALSE(phone.recording().isRecording());
 }
 
-TEST(SystemRecording, OffersWhatThereIsOfOneThatEndsAbruptly) {
+TEST(SystemRecording, OffersThePartialMovieOfOneThatEndsAbruptly) {
   HostPhone phone;
   Console console;
   failPictures(8);
@@ -172,7 +172,7 @@ TEST(SystemRecording, OffersWhatThereIsOfOneThatEndsAbruptly) {
   EXPECT_FALSE(std::filesystem::exists(phone.movie(2)));
 }
 
-TEST(SystemRecording, OnlyLogsWhatLeavesNothingToSee) {
+TEST(SystemRecording, OnlyLogsAFailureThatLeavesNoMovie) {
   HostPhone phone;
   Console console;
   phone.recording().captureScreenRecording();

@@ -20,7 +20,7 @@ Colour Picture::at(std::size_t x, std::size_t y) const {
 }
 
 std::string MovieProbe::run(const std::string& command) const {
-  // Complaints come in between the output, where a caller who expects numbers or pixels stumbles over them.
+  // Error messages appear in the middle of the output, where a caller who expects numbers or pixels stumbles over them.
   std::string output = outputOf(command + " 2>'" + path_.string() + ".complaints'");
   const std::filesystem::path complaints = path_.string() + ".complaints";
   std::ifstream file(complaints);

@@ -9,7 +9,7 @@
 
 namespace testing_support {
 
-/// What came of a command.
+/// The result of a command.
 struct Outcome {
   int status = -1;  // exit status, or 128 + the signal
   std::string output;

@@ -13,7 +13,7 @@
 
 namespace testing_support {
 
-/// An empty folder that goes with its owner.
+/// An empty folder that is deleted with its owner.
 class ScratchFolder {
  public:
   ScratchFolder() {
@@ -28,7 +28,7 @@ class ScratchFolder {
 
   const std::filesystem::path& path() const { return path_; }
 
-  /// Writes a file, and the folders on the way to it; its path.
+  /// Writes a file, and the folders on the way to it; returns its path.
   template <class Content>
   std::filesystem::path write(const std::string& name, const Content& content) const {
     const auto file = path_ / name;

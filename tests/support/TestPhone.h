@@ -59,7 +59,7 @@ class TestPhone {
   double now() const;
   void tap(ios::CGPoint point, int count = 1, int fingers = 1) const;
   // As a person sees the screen: what is hidden, cut off or covered is not there.
-  /// Taps the middle of what says `text`, the foremost if there are several; false when there is none.
+  /// Taps the middle of the element that says `text`, the foremost if there are several; false when there is none.
   bool tapText(const std::string& text) const;
   bool shows(const std::string& text) const;
   /// From back to front.
