@@ -47,7 +47,7 @@ int writeAll(int file, std::span<const std::uint8_t> bytes) {
   return 0;
 }
 
-/// From where both files stand, to the end.
+/// From both files' current positions to the end.
 int copyAll(int from, int to) {
   ios::Bytes buffer(1 << 18);
   for (;;) {

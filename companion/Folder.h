@@ -38,7 +38,7 @@ class Folder {
   /// Holds off every other process that locks the folder, until this object is gone; waits
   /// while another has it.
   [[nodiscard]] std::optional<FileError> lock() const;
-  /// By name, "." and ".." left out. What cannot be listed is left out.
+  /// Ordered by name, without "." and "..". Entries that cannot be listed are left out.
   std::vector<Entry> entries() const;
   /// The bytes of a file; empty when there is none of at most `limit` bytes.
   std::optional<ios::Bytes> read(const std::string& name, std::size_t limit) const;
@@ -50,12 +50,12 @@ class Folder {
   /// A new file, synced; its name must not be taken. After a failure there is none.
   [[nodiscard]] std::optional<FileError> write(const std::string& name,
                                                std::span<const std::uint8_t> bytes) const;
-  /// Copies `source`, which is a file and no link to one, to a new file, synced, sharing its blocks where the
-  /// disk can; the new name must not be taken. After a failure there is none; its operation is "read" when
-  /// `source` cannot be had. `bytes` is how many there are.
+  /// Copies `source`, which is a file and no link to one, to a new file, synced, sharing its blocks where the disk can;
+  /// the new name must not be taken. After a failure there is none; its operation is "read" when `source` cannot be
+  /// read. `bytes` is the number of bytes.
   [[nodiscard]] std::optional<FileError> copyIn(const std::filesystem::path& source, const std::string& name,
                                                 std::uintmax_t& bytes) const;
-  /// The file as readers see it is the old one or the new one, whole.
+  /// Readers see either the old file or the new one, complete.
   [[nodiscard]] std::optional<FileError> replace(const std::string& name,
                                                  std::span<const std::uint8_t> bytes) const;
   /// Fails if `to` is taken by anything but an empty folder.
@@ -67,7 +67,7 @@ class Folder {
   /// Name of the file in which `replace` prepares the new `name`; a killed process leaves it behind.
   static std::string incomingName(const std::string& name) { return ".incoming-" + name; }
 
-  /// Tests replace the disk's health here: asked before every change; a non-zero errno makes it fail so.
+  /// Tests inject disk errors here: called before every change; a non-zero errno makes it fail with that.
   static void setFault(std::function<int(const std::string& operation, const std::filesystem::path&)> fault);
 
  private:

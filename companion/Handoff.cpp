@@ -17,14 +17,14 @@ constexpr std::size_t kMostOfAnItem = 64 * kMebibyte;
 constexpr std::size_t kMostOfAnImage = 32 * kMebibyte;
 constexpr std::size_t kMostOfAnArchive = kMebibyte;
 constexpr std::size_t kMostOfAText = 4096;
-// What the pasteboard's own form may add to the item.
+// What the pasteboard's own format may add to the item.
 constexpr std::uintmax_t kMostOfTheFile = kMostOfAnItem + kMebibyte;
 
 std::string mebibytes(std::size_t bytes) {
   return std::to_string(bytes / kMebibyte) + " MiB";
 }
 
-/// The reason of a lower layer, kept to the one line that a refusal is.
+/// The reason of a lower layer, cut down to a single line, as a refusal must be.
 std::string inOneLine(std::string_view problem) {
   std::string line;
   while (!problem.empty()) {
@@ -37,8 +37,8 @@ std::string inOneLine(std::string_view problem) {
 }
 
 const char* kindOfValue(const ios::PropertyList& value) {
-  static constexpr const char* kNames[] = {"a text", "a Boolean", "an integer",   "a real number",
-                                           "data",   "an array",  "a dictionary", "an archive's reference"};
+  static constexpr const char* kNames[] = {"a string", "a Boolean", "an integer",   "a real number",
+                                           "data",     "an array",  "a dictionary", "an archive's reference"};
   return kNames[value.value().index()];
 }
 
@@ -72,8 +72,8 @@ std::optional<Refusal> takeRepresentations(const ios::NSDictionary& item, Report
   return std::nullopt;
 }
 
-/// Whether a text leads somewhere in a file system. What is taken goes into file contents only, never into
-/// names; but no genuine record has such a text, and the next reader of the inbox may be less careful.
+/// Whether a string may be a path in a file system. Accepted strings go into file contents only, never into names; but
+/// no genuine record has such a string, and the next reader of the inbox may be less careful.
 bool isPath(std::string_view text) {
   if (text.starts_with('/') || text.starts_with("~/") || text.starts_with("file:")) return true;
   for (std::size_t start = 0; start <= text.size();) {
@@ -87,7 +87,7 @@ bool isPath(std::string_view text) {
 std::optional<Refusal> takeText(std::string_view key, const ios::PropertyList& value, Record& record) {
   const std::string* text = value.text();
   if (!text)
-    return Refusal{"the record's " + inQuotes(key) + " is " + kindOfValue(value) + " instead of a text"};
+    return Refusal{"the record's " + inQuotes(key) + " is " + kindOfValue(value) + " instead of a string"};
   if (text->size() > kMostOfAText) {
     return Refusal{"the record's " + inQuotes(key) + " is " + std::to_string(text->size()) +
                    " bytes long; at most " + std::to_string(kMostOfAText) + " are taken"};
@@ -139,7 +139,8 @@ std::optional<Refusal> takeImage(Report& report) {
   }
   std::string problem;
   report.image = checkJpeg(found->second, problem);
-  if (!report.image) return Refusal{"\"imageData\" holds no whole JPEG image: " + inOneLine(problem)};
+  if (!report.image)
+    return Refusal{"\"imageData\" does not hold a complete JPEG image: " + inOneLine(problem)};
   return std::nullopt;
 }
 
@@ -172,7 +173,7 @@ Handoff checkHandoff(std::span<const std::uint8_t> pasteboard) {
   const ios::PropertyList* count = root->member("changeCount");
   const ios::PropertyList* items = root->member("items");
   if (!count || !count->integer() || *count->integer() < 0)
-    return Refusal{"the pasteboard has no count of changes"};
+    return Refusal{"the pasteboard has no change count"};
   if (!items || !items->array()) return Refusal{"the pasteboard has no list of items"};
   if (items->array()->empty()) return Refusal{"the pasteboard is empty"};
   if (items->array()->size() != 1) {

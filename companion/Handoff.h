@@ -18,7 +18,7 @@ struct Refusal {
 using Handoff = std::variant<Report, Refusal>;
 
 /// Reads what lies on the pasteboard, and trusts nothing: a report comes out only if there is exactly
-/// one item, of exactly the known types, with exactly the known texts in bounds, and an image that decodes.
+/// one item, of exactly the known types, with exactly the known strings in bounds, and an image that decodes.
 /// The file stays as it is.
 Handoff readHandoff(const std::filesystem::path& pasteboardFile);
 

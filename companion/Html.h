@@ -20,7 +20,7 @@ std::string shown(std::string_view text);
 /// "143 KB", in thousands as file managers count.
 std::string sizeText(std::uintmax_t bytes);
 
-/// A whole page. `title` is a text, `body` is markup.
+/// A whole page. `title` is plain text, `body` is markup.
 std::string page(std::string_view title, std::string_view body);
 
 }  // namespace companion

@@ -136,7 +136,7 @@ std::optional<FileError> writeReport(const Folder& folder, const Report& report,
   return folder.sync();
 }
 
-/// Builds the report aside, and lets it appear under its name when it is whole.
+/// Builds the report aside, and lets it appear under its name when it is complete.
 std::optional<FileError> place(const Folder& inbox, const Report& report, const ReportName& name) {
   const std::string incoming = Folder::incomingName("report");
   FileError error;

@@ -24,8 +24,8 @@ namespace companion {
 ///                             item/<type>   each representation's bytes as received
 ///                             index.html    the report as a page
 ///
-/// A report is there whole or not at all: it is built aside and renamed in. What is there already is never
-/// changed, save for the index, which is rebuilt from what is there. Nothing outside the inbox is written.
+/// A report is there complete or not at all: it is built aside and renamed in. Existing files are never changed, except
+/// for the index, which is rebuilt from the reports. Nothing outside the inbox is written.
 class Inbox {
  public:
   explicit Inbox(std::filesystem::path home) : home_(std::move(home)) {}
@@ -43,12 +43,12 @@ class Inbox {
   std::variant<Filed, FileError> file(const Report& report, std::chrono::sys_seconds received);
 
   std::filesystem::path folder() const;
-  /// The reports that are there, newest first.
+  /// The reports in the inbox, newest first.
   std::vector<InboxEntry> reports() const;
   std::filesystem::path imageOf(const ReportName& name) const;
   std::filesystem::path movieOf(const ReportName& name) const;
 
-  /// Removes what a companion left that was killed halfway, and brings the index up to date. Without an inbox
+  /// Removes what a killed companion left behind, and brings the index up to date. Without an inbox
   /// nothing happens.
   [[nodiscard]] std::optional<FileError> tend();
 

@@ -12,9 +12,9 @@ struct ImageSize {
   bool operator==(const ImageSize&) const = default;
 };
 
-/// Decodes a JPEG image to its end, to know that it is one. Empty, with `problem` set, when the bytes
-/// are none, are damaged or cut off, or hold more than 32 megapixels (which is found out before
-/// memory is taken for them).
+/// Decodes a JPEG image to its end, to verify it. Empty, with `problem` set, when the bytes are not a JPEG
+/// image, are damaged or truncated, or hold more than 32 megapixels (which is checked before memory is allocated
+/// for them).
 std::optional<ImageSize> checkJpeg(std::span<const std::uint8_t> bytes, std::string& problem);
 
 }  // namespace companion

@@ -17,7 +17,7 @@ std::string readable(const ordered_json& json) {
   for (std::string_view rest = dumped; !rest.empty();) {
     const std::string_view before = rest;
     const auto codePoint = takeCodePoint(rest);
-    // Beyond ASCII there is nothing outside of texts, so an escape is in place wherever one is found.
+    // Characters beyond ASCII occur only inside strings, so each can be replaced by an escape wherever it is.
     if (codePoint && *codePoint > 0x7E && isInvisible(*codePoint)) {
       char escape[16];
       if (*codePoint < 0x10000) {

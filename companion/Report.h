@@ -15,12 +15,12 @@ namespace companion {
 
 enum class ReportKind { stillImage, recording };
 
-/// Type texts of the representations of a hand-off.
+/// Type identifiers of the representations of a hand-off.
 inline const std::string kImageRecordType = "dictionaryInApp";
 inline const std::string kImageType = "imageData";
 inline const std::string kVideoRecordType = "TLVScreenVideoDetails";
 
-/// The record of a capture: key → text.
+/// The record of a capture: key → string.
 using Record = std::map<std::string, std::string>;
 
 /// The keys a record has, no more and no fewer, in the order in which they are written.
@@ -34,13 +34,13 @@ const std::string& screen(const Record& record);
 struct Report {
   ReportKind kind = ReportKind::stillImage;
   Record record;
-  /// Type text → bytes as received. Of known types only.
+  /// Type identifier → bytes as received. Of known types only.
   std::map<std::string, ios::Bytes> representations;
   /// Of the JPEG image under `kImageType`, if there is one.
   std::optional<ImageSize> image;
   /// A recording's movie in the device's photo library; empty when it is not there.
   std::optional<std::filesystem::path> movie;
-  /// The pasteboard's count of changes when the item was on it.
+  /// The pasteboard's change count when the item was on it.
   std::int64_t changeCount = 0;
 };
 

@@ -59,7 +59,7 @@ std::optional<ReportName> ReportName::parse(std::string_view text) {
   const ReportName name{std::chrono::sys_days(date) + std::chrono::hours(*hour) +
                             std::chrono::minutes(*minute) + std::chrono::seconds(*second),
                         *last};
-  // Whatever else is wrong with the text, it is not what this name would be called.
+  // Catches every other deviation: the text must be exactly what this name is written as.
   if (name.text() != text) return std::nullopt;
   return name;
 }

@@ -15,7 +15,7 @@ struct ReportName {
   unsigned number = 1;
 
   std::string text() const;
-  /// Empty if `text` is anything else than what `text()` gives.
+  /// Empty if `text` is anything other than what `text()` gives.
   static std::optional<ReportName> parse(std::string_view text);
 
   std::string date() const;       // "Monday, 5 January 2026"

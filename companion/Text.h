@@ -7,7 +7,7 @@
 
 namespace companion {
 
-// Texts that came from strangers, and how to show them. Pure functions.
+// Untrusted text, and how to show it. Pure functions.
 
 using ios::isUTF8;
 using ios::takeCodePoint;

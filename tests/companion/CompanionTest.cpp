@@ -57,7 +57,7 @@ TEST(Companion, KeepsEachKindOfHandOffAsItCame) {
 }
 
 // The process ends before the image, with the record written.
-TEST(Companion, KilledHalfwayLeavesNothingHalf) {
+TEST(Companion, KilledHalfwayLeavesNothingHalfDone) {
   const CompanionPhone phone;
   write(phone.pasteboard(), pasteboardOf({imageItem()}));
   ASSERT_EQ(phone.open().status, 0);

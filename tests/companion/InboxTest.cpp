@@ -33,7 +33,7 @@ class InboxTest : public testing::Test {
   ~InboxTest() override { Folder::setFault(nullptr); }
 
   std::string file(const companion::Report& report) { return outcomeOf(Inbox(home_).file(report, kNine41)); }
-  /// Every folder of a report is whole, the index lists them all and no others, and nothing half is left.
+  /// Expects that every report's folder is complete, the index lists exactly these, and nothing half done is left.
   void expectHealthy() {
     const Snapshot all = snapshot(inbox_);
     const std::string index = all.contains("index.html") ? all.at("index.html") : "";
@@ -66,7 +66,7 @@ class InboxTest : public testing::Test {
   }
 };
 
-TEST_F(InboxTest, TellsReportsOfOneSecondApartAndKnowsOneItHas) {
+TEST_F(InboxTest, NumbersReportsOfOneSecondAndRecognisesOneItHas) {
   EXPECT_EQ(file(report("List", 1)), kFirst);
   EXPECT_EQ(file(report("List", 2)), kSecond);
   const Snapshot both = snapshot(inbox_);
@@ -148,7 +148,7 @@ TEST_F(InboxDeathTest, KilledAtAnyStepLeavesAWholeReportOrNone) {
     EXPECT_TRUE(after == before || after == withSecond);
     whole += after == withSecond;
   }
-  // Only the index comes behind the step that lets the report appear.
+  // Only the index comes after the step that lets the report appear.
   EXPECT_GE(whole, 1);
   EXPECT_LE(whole, 4);
 }
@@ -187,7 +187,7 @@ TEST_F(InboxTest, NeverFollowsALinkOutOfIt) {
 
 // A person, or a fault, may have left anything in the inbox; none of it stops the next
 // report or harms the index.
-TEST_F(InboxTest, GetsOnWithWhateverIsInIt) {
+TEST_F(InboxTest, CopesWithForeignAndDamagedEntries) {
   ASSERT_EQ(file(report("List", 1)), kFirst);
   const auto place = [&](const std::string& path, const std::string& text) {
     write(inbox_ / path, bytesOf(text));

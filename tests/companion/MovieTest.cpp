@@ -114,7 +114,7 @@ TEST(CompanionMovie, NothingButAnAssetsIdentifierLeadsToOne) {
   }
 }
 
-TEST(CompanionMovie, ThatIsGoneOrNoFileIsNotTaken) {
+TEST(CompanionMovie, IsNotTakenWhenItIsMissingOrNotAFile) {
   const Recorded phone;
   phone.handOver(phone.identifier);
   const auto openedWithout = [&](const char* what) {
@@ -163,7 +163,7 @@ TEST(CompanionMovie, IsWaitedForWhileAnotherProcessHoldsTheLibrary) {
 }
 
 // As with every other file of a report: whole or not at all, whichever operation of the disk fails.
-TEST(CompanionMovie, IsThereWholeOrTheReportIsNot) {
+TEST(CompanionMovie, IsCompleteOrTheReportDoesNotAppear) {
   const ScratchFolder folder;
   const fs::path home = folder.path() / "home", source = folder.path() / "movie.mov";
   write(source, ios::Bytes(300'000, 7));

@@ -64,9 +64,9 @@ std::vector<Row> pasteboardRows() {
        "not a binary property list"},
       {"CutOff", cut(good, 40), "the pasteboard is a binary property list with a damaged trailer"},
       {"HugeCountOfObjects", manyObjects, "the pasteboard is a binary property list with a damaged trailer"},
-      {"RootIsArray", PropertyList(NSArray{1, 2}).binary(), "no count of changes"},
-      {"CountIsText", pasteboardOf({imageItem()}, "1"), "no count of changes"},
-      {"CountIsNegative", pasteboardOf({imageItem()}, -1), "no count of changes"},
+      {"RootIsArray", PropertyList(NSArray{1, 2}).binary(), "no change count"},
+      {"CountIsText", pasteboardOf({imageItem()}, "1"), "no change count"},
+      {"CountIsNegative", pasteboardOf({imageItem()}, -1), "no change count"},
       {"NoItems", PropertyList(NSDictionary{{"changeCount", 1}}).binary(), "no list of items"},
       {"ItemsAreText", PropertyList(NSDictionary{{"changeCount", 1}, {"items", "all of them"}}).binary(),
        "no list of items"},
@@ -84,7 +84,7 @@ std::vector<Row> typeRows() {
   return {
       item("NoTypes", NSDictionary{}, "not those of a hand-off: none"),
       item("ImageAlone", imageAlone, "not those of a hand-off: \"imageData\""),
-      item("TextForBytes", text, "\"imageData\" holds a text instead of data"),
+      item("TextForBytes", text, "\"imageData\" holds a string instead of data"),
       type("VideoToo", "TLVScreenVideoDetails",
            "\"TLVScreenVideoDetails\", \"dictionaryInApp\", \"imageData\""),
       type("PathType", "../../../escaped", "\"../../../escaped\""),
@@ -126,13 +126,13 @@ std::vector<Row> archiveRows() {
               "the archive in \"dictionaryInApp\" nests deeper than 128 levels"),
       archive("HugeArchive", Bytes(2 << 20, 'b'), "larger than 1 MiB"),
       archive("RootIsArray", archiveOf(NSArray{"sdkId"}), "an array instead of a dictionary"),
-      archive("RootIsText", archiveOf("iOS"), "a text instead of a dictionary"),
+      archive("RootIsText", archiveOf("iOS"), "a string instead of a dictionary"),
       archive("LacksAKey", archiveOf(lacking), "lacks \"deviceModel\""),
       archive("VideoRecord", archiveOf(dictionaryOf(videoRecord())),
               "entry \"videoInPhotosAlbum\" that is not known"),
       record("ForeignKey", "../record.json", "x", "entry \"../record.json\" that is not known"),
-      record("NumberForText", "appVersion", 3, "\"appVersion\" is an integer instead of a text"),
-      record("ArrayForText", "appName", NSArray{"Notes"}, "\"appName\" is an array instead of a text"),
+      record("NumberForText", "appVersion", 3, "\"appVersion\" is an integer instead of a string"),
+      record("ArrayForText", "appName", NSArray{"Notes"}, "\"appName\" is an array instead of a string"),
       record("LongText", "screenName", std::string(4097, 'n'), "\"screenName\" is 4097 bytes long"),
       record("PathUpwards", "screenName", "../../../etc/passwd",
              "\"screenName\" is a path: \"../../../etc/passwd\""),
@@ -146,7 +146,7 @@ std::vector<Row> archiveRows() {
 
 std::vector<Row> imageRows() {
   Bytes giant = jpeg();
-  // The start-of-frame segment carries the height and the width, five bytes behind its marker.
+  // The start-of-frame segment carries the height and the width, five bytes after its marker.
   const Bytes startOfFrame = {0xFF, 0xC0};
   const auto frame = std::search(giant.begin(), giant.end(), startOfFrame.begin(), startOfFrame.end());
   std::fill_n(frame + 5, 4, std::uint8_t{0xFD});
