@@ -6,8 +6,8 @@
 
 #include "UIKit/UIWindow.h"
 
-/// A phone in virtual time (unless asked otherwise), an iPhone 6 (likewise), on a device folder that is deleted
-/// with it. A host application runs on it, showing texts and colours. One per process.
+/// A phone, by default an iPhone 6 in virtual time, on a device folder that is deleted with it. A host application runs
+/// on it, showing texts and colours. One per process.
 class BenchmarkPhone {
  public:
   enum class Time { virtual_, real };

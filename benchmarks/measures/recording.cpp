@@ -99,7 +99,7 @@ int main(int count, char** arguments) {
   if (!started) return 1;
   clock.runFor(std::chrono::seconds(1));
   countAllocationsOf(kFrameBytes);
-  // Caches fill, and the allocator finds its size.
+  // Lets caches fill and the allocator reach its size.
   clock.runFor(std::min<std::chrono::nanoseconds>(span / 4, std::chrono::minutes(5)));
   const long warm = frames->count;
   const double memoryBefore = resident();
@@ -124,7 +124,7 @@ int main(int count, char** arguments) {
   getrusage(RUSAGE_SELF, &usage);
   const auto use = CVPixelBufferPoolGetUse(recorder->outputBufferPool());
 
-  // The yardsticks, last: they take memory of their own. The list goes the same way again.
+  // The baselines come last: they take memory of their own. The list scrolls the same way again.
   list->setScrolling(false);
   std::vector<char> from(kFrameBytes, 1), to(kFrameBytes, 2);
   const double copy = secondsFromMemory([&] {

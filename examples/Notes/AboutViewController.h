@@ -9,7 +9,7 @@
 
 namespace Notes {
 
-/// What the application is, and how to say what one thinks of it.
+/// Tells what the application is, and how to give feedback on it.
 class AboutViewController : public ios::Subclass<AboutViewController, ios::UIViewController> {
  public:
   AboutViewController();
@@ -27,7 +27,7 @@ class AboutViewController : public ios::Subclass<AboutViewController, ios::UIVie
   std::shared_ptr<ios::UIView> pad_;
   std::shared_ptr<ios::UILabel> name_, version_, hint_;
   std::shared_ptr<RecordingRow> recording_;
-  std::shared_ptr<ios::NSTimer> following_;  // while the screen is seen
+  std::shared_ptr<ios::NSTimer> following_;  // while the screen is visible
 };
 
 }  // namespace Notes

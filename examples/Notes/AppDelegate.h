@@ -7,7 +7,7 @@
 
 namespace Notes {
 
-/// Builds the interface: the notes in one tab, what the application is in the other. While it is locked, by
+/// Builds the interface: the notes in one tab, the "About" screen in the other. While it is locked, by
 /// opening `notes://lock`, its window shows nothing; `notes://unlock` brings back what it showed.
 class AppDelegate : public ios::UIApplicationDelegate {
  public:

@@ -11,10 +11,10 @@
 
 namespace Notes {
 
-/// Offers beginnings for a new note, over everything else.
+/// Offers templates for a new note, over everything else.
 class ComposeViewController : public ios::Subclass<ComposeViewController, ios::UIViewController> {
  public:
-  /// Called with the chosen note, before the screen goes.
+  /// Called with the chosen note, before the screen closes.
   std::function<void(Note)> onAdd;
 
   ComposeViewController();

@@ -9,9 +9,9 @@ namespace Notes {
 
 /// The application's own tints.
 std::shared_ptr<ios::UIColor> inkColor();    // text
-std::shared_ptr<ios::UIColor> faintColor();  // text of less weight
+std::shared_ptr<ios::UIColor> faintColor();  // secondary text
 std::shared_ptr<ios::UIColor> lineColor();   // separators
-std::shared_ptr<ios::UIColor> paperColor();  // grounds
+std::shared_ptr<ios::UIColor> paperColor();  // backgrounds
 std::shared_ptr<ios::UIColor> tintColor();   // what can be tapped
 
 struct Note {
