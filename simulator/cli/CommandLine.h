@@ -19,7 +19,7 @@ struct CommandLine {
   std::chrono::milliseconds patience{};  // with an application that does not answer
 };
 
-/// Reads what the simulator was started with, and says what is wrong with it. Empty: `status` is what to end with.
+/// Reads the simulator's arguments, and says what is wrong with them. Empty: end with `status`.
 /// `executable`: the simulator's own path; the tour is looked for in the folders around it.
 std::optional<CommandLine> readCommandLine(int argc, char** argv, const std::filesystem::path& executable,
                                            Exit& status);

@@ -15,8 +15,8 @@ namespace simulator {
 /// then names the process.
 class OutputFolder {
  public:
-  /// Makes the folder if it is not there, and takes it for this process. Empty when it cannot be had;
-  /// `problem` says why: another run holds it, or the disk refuses.
+  /// Makes the folder if it is not there, and takes it for this process. Empty when that is not possible; `problem`
+  /// says why: another run holds it, or the disk refuses.
   static std::unique_ptr<OutputFolder> take(const std::filesystem::path& path, std::string& problem);
 
   ~OutputFolder();

@@ -25,10 +25,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder for the device: a new one that goes with this object, or the one that was asked for, which stays.
+/// A folder for the device: a new one that is deleted with this object, or the one that was asked for, which stays.
 class Workplace {
  public:
-  /// Throws std::runtime_error when there is none to be had.
+  /// Throws std::runtime_error when no folder can be made.
   explicit Workplace(const fs::path& wanted) : isOurs_(wanted.empty()) {
     std::error_code error;
     if (isOurs_) {
@@ -59,7 +59,7 @@ std::atomic<LivePhone*> switchedOn = nullptr;
 
 void endOnSignal(int signal) {
   if (LivePhone* phone = switchedOn) phone->switchOff();
-  std::signal(signal, SIG_DFL);  // the second time it means it
+  std::signal(signal, SIG_DFL);  // the second one ends the process at once
 }
 
 /// "xdg-open" as the PATH has it; empty without one, or without a screen to open a window on.

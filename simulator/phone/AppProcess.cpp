@@ -18,7 +18,7 @@ namespace {
 constexpr int kControlDescriptor = 3, kDisplayDescriptor = 4;
 constexpr std::chrono::milliseconds kBetweenCalls{250};
 
-/// Two ends of something new; errno says why there are none.
+/// Both ends of a new pipe or socket pair; errno says why there are none.
 struct Ends {
   ios::FileDescriptor ours, theirs;
   static Ends ofPipe() {
@@ -119,7 +119,7 @@ bool AppProcess::waitFor(int descriptor, Deadline deadline) {
 }
 
 void AppProcess::drain(ios::FileDescriptor& pipe, Console::Stream stream) {
-  // No more than a full pipe at a time: who prints without end must not keep us from everything else.
+  // No more than a full pipe at a time: an application that prints without end must not keep us from everything else.
   constexpr std::size_t kMost = 1 << 20;
   std::array<char, 1 << 16> bytes;
   for (std::size_t taken = 0; pipe && taken < kMost;) {
@@ -127,7 +127,7 @@ void AppProcess::drain(ios::FileDescriptor& pipe, Console::Stream stream) {
     if (count < 0 && errno == EINTR) continue;
     if (count < 0 && errno == EAGAIN) return;
     if (count <= 0) {
-      pipe.close();  // at its end; it would be ready for ever
+      pipe.close();  // at its end, where it would always be ready
       return;
     }
     console_.append(stream, {bytes.data(), static_cast<std::size_t>(count)});

@@ -23,9 +23,9 @@ namespace simulator {
 /// with this object at the latest. Main thread.
 class AppProcess {
  public:
-  /// Somebody who sees to other things while an application is waited for.
+  /// Attends to other things while an application is waited for.
   struct Attendance {
-    int wake = -1;  // a descriptor: when it can be read from, they are called, and four times a second anyway
+    int wake = -1;  // a descriptor: called when it can be read from, and four times a second anyway
     /// `waited` so long. False: the application is to be ended.
     std::function<bool(std::chrono::milliseconds waited)> call = {};
   };
@@ -33,9 +33,9 @@ class AppProcess {
     std::map<std::string, std::string> arguments = {};
     std::string sound = "silence";  // what its microphone hears, as IOS_MICROPHONE says it
     std::string codecFault = {};    // when encoding fails, as IOS_CODEC_FAULT says it; empty for never
-    /// How long it may take to answer, or to end, on the wall's clock.
+    /// How long it may take to answer, or to end, on the wall clock.
     std::chrono::milliseconds patience = std::chrono::minutes(2);
-    /// Where it puts the display's picture; none: nowhere.
+    /// Where it puts the display's picture; without one, nowhere.
     std::shared_ptr<ios::DisplayMemory> display = {};
     Attendance attendance = {};
     /// Ends whatever is waited for, and the application.

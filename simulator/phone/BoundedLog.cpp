@@ -21,7 +21,7 @@ BoundedLog::BoundedLog(const std::filesystem::path& file, std::size_t limit)
 }
 
 void BoundedLog::append(std::string_view bytes) {
-  // In halves, so that the note and what is kept find room.
+  // In halves, so that there is room for the note and what is kept.
   for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), limit_ / 4))) {
     const std::string_view piece = bytes.substr(0, limit_ / 4);
     if (size_ + piece.size() > limit_) dropOldest(limit_ / 2);

@@ -8,8 +8,8 @@
 
 namespace simulator {
 
-/// A file that is appended to and never grows beyond a limit: the oldest of it is dropped, at the end of a
-/// line where there is one, and the file then begins with a line that says how much.
+/// A file that is appended to and never grows beyond a limit: the oldest content is dropped, up to the end of a line if
+/// there is one, and the file then begins with a line that says how much.
 class BoundedLog {
  public:
   /// Starts with an empty file.

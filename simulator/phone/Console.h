@@ -12,9 +12,9 @@
 
 namespace simulator {
 
-/// What applications write: standard output and standard error, each kept in a file as it comes and told line
-/// by line; standard output is searched. An application that writes without end loses the oldest of it, in
-/// the files and in what is searched.
+/// What applications write: standard output and standard error, each kept in a file as it comes and told line by line;
+/// standard output is searched. An application that writes without end loses its oldest output, in the files and in
+/// the search.
 class Console {
  public:
   enum class Stream { output, errors };

@@ -35,12 +35,12 @@ class Phone {
     bool realTime = false;
     /// Folders of bundles that can be installed by identifier.
     std::vector<std::filesystem::path> catalog;
-    /// How long an application may take to answer, on the wall's clock.
+    /// How long an application may take to answer, on the wall clock.
     std::chrono::milliseconds patience = std::chrono::minutes(2);
     /// Puts the picture of what is in front into memory with every step.
     bool sharesDisplay = false;
     AppProcess::Attendance attendance = {};
-    /// What an application that is started from its icon is started with; nothing without it.
+    /// How to launch an application from its icon; without it, with default options.
     std::function<LaunchOptions(const std::string& identifier)> launchOptions = {};
     /// Ends the application when it is raised, even one that hangs.
     std::shared_ptr<const Interrupt> interrupt = std::make_shared<Interrupt>();
@@ -84,9 +84,10 @@ class Phone {
   void changeSettings(const std::function<void(ios::DeviceSettings&)>& change);
   /// Ends the application and changes the settings: the phone begins anew at its home screen.
   std::string restart(const std::function<void(ios::DeviceSettings&)>& change);
-  /// How large a file may become that the application writes, now and after every start; below 0: as it likes.
+  /// Limits the size of the application's files, now and after every start; a negative number lifts
+  /// the limit.
   void limitFiles(std::int64_t bytes);
-  /// What fingers do, and then so much time. The picture is put into the display's memory if it is `shown`.
+  /// What fingers do, and then this much time. The picture is put into the display's memory if it is `shown`.
   ios::automation::Step::Answer step(ios::Clock::Duration duration,
                                      const std::vector<ios::TouchSample>& touches, bool shown = true);
 
@@ -95,7 +96,7 @@ class Phone {
   const std::string& front() const { return front_; }
   /// The picture as of the last step.
   std::span<const std::uint8_t> displayBytes() const { return display_->bytes(); }
-  /// Lets animations come to rest, for so long at most.
+  /// Lets animations come to rest, for at most this long.
   virtual void settle(ios::Clock::Duration limit);
   std::vector<ios::VisibleElement> elements();
   ios::automation::Tree::Answer tree();
@@ -110,7 +111,7 @@ class Phone {
 
  private:
   bool appIsInFront() const { return app_ && front_ == app_->bundleIdentifier(); }
-  /// Asks whatever is in front. An answer that does not come is one as it is made.
+  /// Asks whatever is in front. An answer that does not come is a default-constructed one.
   template <class Request>
   typename Request::Answer ask(const Request& request);
   template <class Request>

@@ -20,7 +20,7 @@ class SpringBoard {
 
   /// Where "step" puts the picture.
   void setDisplay(std::shared_ptr<ios::DisplayMemory> display) { server_.setDisplay(std::move(display)); }
-  /// Shows what `front` stands for: "home", a page's URL, or an application's identifier. What is on that
+  /// Shows the screen that `front` names: "home", a page's URL, or an application's identifier. What is on that
   /// screen is brought up to date.
   void show(const std::string& front, const std::string& backTo);
   template <class Request>
@@ -29,7 +29,7 @@ class SpringBoard {
                request, [this](const auto& message) { return std::optional(server_.answer(message)); })
         ->answer;
   }
-  /// What was tapped since the last call and is for the phone to do.
+  /// What was tapped since the last call, for the phone to carry out.
   std::optional<ScreenWish> takeWish() { return std::exchange(wish_, std::nullopt); }
 
  private:

@@ -18,8 +18,8 @@ class TextPattern {
   const std::string& text() const { return text_; }
   bool isExactly(const std::string& candidate) const { return candidate == text_; }
   bool matches(const std::string& candidate) const;
-  /// What is wrong with an expression that cannot have been meant as a plain text: it is too large, or uses
-  /// what no linear-time matcher has. Empty if nothing is.
+  /// What is wrong with an expression that cannot have been meant as a plain text: it is too large, or uses features
+  /// that no linear-time matcher has. Empty if nothing is wrong.
   std::string problem() const;
 
  private:
