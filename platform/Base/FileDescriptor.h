@@ -10,7 +10,7 @@ namespace ios {
 class FileDescriptor {
  public:
   FileDescriptor() = default;
-  /// Takes over `number`; a negative one is none.
+  /// Takes over `number`; a negative one holds nothing.
   explicit FileDescriptor(int number) : number_(number) {}
   FileDescriptor(FileDescriptor&& other) noexcept : number_(other.release()) {}
   FileDescriptor& operator=(FileDescriptor&& other) noexcept;

@@ -13,8 +13,8 @@
 namespace ios {
 namespace {
 
-/// Keeps a broken pipe's signal from ending the process, on this thread and while it lives. What the process
-/// does about the signal otherwise is its own affair, and stays as it is.
+/// Keeps a broken pipe's signal from ending the process, on this thread and while it lives. How the process handles the
+/// signal otherwise is its own affair, and stays as it is.
 class BrokenPipesAreSilent {
  public:
   BrokenPipesAreSilent() {
@@ -36,7 +36,7 @@ class BrokenPipesAreSilent {
 
  private:
   sigset_t pipe_{}, before_{};
-  bool earlier_ = false;  // somebody else's signal waits to be delivered
+  bool earlier_ = false;  // a signal that somebody else raised is pending
 };
 
 void write(std::FILE* buffered, int descriptor, std::string_view text) {

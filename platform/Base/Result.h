@@ -6,7 +6,7 @@
 
 namespace ios {
 
-/// The outcome of what can foreseeably fail: a value, or why there is none. `Result<void, Error>`
+/// The outcome of an operation that can fail: a value, or why there is none. `Result<void, Error>`
 /// has no value but its success. For the platform's own sources: applications get the platform's
 /// shapes, such as NSError.
 template <class Value, class Error>

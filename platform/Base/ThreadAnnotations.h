@@ -1,6 +1,6 @@
 #pragma once
 
-/// What a lock guards, in a form that clang checks (`-Wthread-safety`); other compilers read nothing here.
+/// What a lock guards, in a form that clang checks (`-Wthread-safety`); other compilers ignore it.
 #if defined(__clang__)
 #define IOS_THREAD_ANNOTATION(x) __attribute__((x))
 #else

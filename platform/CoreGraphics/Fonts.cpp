@@ -50,7 +50,7 @@ struct Resolved {
   const Face* face = nullptr;  // none: the name says nothing about it
 };
 
-// "HelveticaNeue-Medium": the family, and behind the hyphen the face.
+// "HelveticaNeue-Medium": the family and, after the hyphen, the face.
 Resolved lookUp(std::string_view name) {
   Resolved found;
   const std::size_t hyphen = name.find('-');

@@ -71,8 +71,8 @@ class Device {
   /// Changes settings and saves them. If the disk fails, they stay changed for this process, with a line on
   /// standard error. What another process has saved meanwhile is read first.
   void changeSettings(const std::function<void(DeviceSettings&)>& change);
-  /// Reads Settings.plist again, after another process changed it. One that is damaged is set aside as
-  /// Settings.plist.damaged.
+  /// Reads Settings.plist again, after another process changed it. A damaged one is set aside
+  /// as Settings.plist.damaged.
   void reloadSettings();
   std::string osVersion() const;  // any thread
   /// The user's languages, most preferred first. Any thread.

@@ -13,7 +13,7 @@ namespace {
 
 thread_local WorkerPool* currentPool = nullptr;
 
-/// Which of so many tasks is next.
+/// Which of `count` tasks is next.
 std::size_t nextOf(std::size_t count) {
   static std::atomic<std::uint64_t> taken = 0;
   return orderingSeed() == 0 ? 0 : shuffled(++taken, orderingSeed()) % count;

@@ -53,8 +53,7 @@ class CompanionPhone {
   ScratchFolder folder_;
 };
 
-// --- Hand-offs
-// ------------------------------------------------------------------------------------------------
+// Hand-offs.
 
 companion::Record imageRecord();
 companion::Record videoRecord();

@@ -20,7 +20,7 @@ class UIPasteboard : public NSObject {
   static const std::shared_ptr<UIPasteboard>& generalPasteboard();
   std::vector<UIPasteboardItem> items() const;
   /// Replaces all items. Representations without bytes are left out. If the device cannot be written, the old items
-  /// stay, with a line on standard error; if there are none to keep, the file is removed, and the count of changes
+  /// stay, with a line on standard error; if there are none to keep, the file is removed, and the change count
   /// starts over.
   void setItems(const std::vector<UIPasteboardItem>& items);
   /// Grows by one with every change, whichever process makes it.

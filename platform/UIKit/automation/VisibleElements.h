@@ -42,8 +42,8 @@ struct VisibleElement {
 };
 
 class UIView;
-/// What kind of thing a view is to somebody who cannot see it: "button", "switch", "text", "image" or
-/// "group".
+/// The role of a view for somebody who cannot see it: "button", "switch", "text", "image"
+/// or "group".
 std::string roleOf(const UIView& view);
 
 /// What can be seen of views with a text or an identifier, from back to front: those whose centre is on the screen,

@@ -112,8 +112,8 @@ class UIViewController : public Subclass<UIViewController, UIResponder> {
   /// Why `controller` cannot be presented here now; empty if it can.
   std::string refusal(const std::shared_ptr<UIViewController>& controller);
   void loadPlainView();
-  /// The view came into a window or left it by other means than a transition of a container or a
-  /// presentation.
+  /// The view came into a window or left it other than by a transition of a container or
+  /// a presentation.
   void viewMovedToWindow();
 
   std::shared_ptr<UIView> view_;

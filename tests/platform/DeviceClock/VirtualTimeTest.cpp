@@ -37,7 +37,7 @@ TEST_F(VirtualTime, FiresInOrderOfDeadlineAndThenOfRegistration) {
   clock.schedule(at(20ms), Clock::Lane::main, note("third"));
   clock.schedule(at(10ms), Clock::Lane::any, [&] {
     note("first")();
-    // For the instant that is now, behind what was registered for it; for the past, as soon as possible.
+    // For the current instant, after what was registered for it; for the past, as soon as possible.
     clock.schedule(at(10ms), Clock::Lane::main, note("same instant"));
     clock.schedule(at(3ms), Clock::Lane::main, note("past"));
   });

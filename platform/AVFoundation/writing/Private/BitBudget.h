@@ -11,8 +11,8 @@ namespace ios {
 /// step. The same pictures give the same choices.
 class BitBudget {
  public:
-  /// Quantisers as H.264 counts them: six more double the step. Above 51 the encoder leaves details out
-  /// instead.
+  /// Quantisers as H.264 counts them: six more double the step. Above 51 the encoder leaves out
+  /// details instead.
   static constexpr double kFine = 20, kSharp = 28, kCoarsest = 69;
 
   explicit BitBudget(double bitsPerSecond) : rate_(bitsPerSecond), balance_(kCredit * bitsPerSecond) {}
