@@ -21,6 +21,10 @@ if(TELLVANE_SANITIZE)
 endif()
 include(Precompiled)
 precompiled_headers(framework_headers LIBRARY ${standard_headers})
+if(TARGET framework_headers)
+  set_target_properties(framework_headers PROPERTIES CXX_VISIBILITY_PRESET default VISIBILITY_INLINES_HIDDEN OFF)
+endif()
+precompiled_headers(library_headers LIBRARY ${standard_headers})
 
 # check_headers compiles each header that others may include alone and included twice, seeing no more than its users do.
 add_custom_target(check_headers)

@@ -1,15 +1,17 @@
-# Half of the time to compile a source goes into the standard headers. The builds with sanitizers precompile them; the
+# Half of the time to compile a source goes into the standard headers. The builds that only check precompile them; the
 # plain build does not, which shows that each source includes what it uses.
 include_guard()
+
+option(TELLVANE_PRECOMPILE "precompile the standard headers" OFF)
 
 set(standard_headers <algorithm> <array> <atomic> <charconv> <chrono> <cmath> <deque> <filesystem> <fstream> <functional>
   <map> <memory> <mutex> <optional> <set> <span> <sstream> <string> <string_view> <thread> <utility> <variant> <vector>)
 
 # precompiled_headers(NAME LIBRARY|EXECUTABLE HEADERS...): the precompiled headers that targets of that kind share
-# through `share_headers`. The kind matters because libraries and executables are compiled with different options for
-# position independence.
+# through `share_headers`. They serve only who is compiled with the same options: libraries and executables differ in
+# position independence, frameworks and the other libraries in the visibility of symbols.
 function(precompiled_headers name kind)
-  if(NOT TELLVANE_SANITIZE)
+  if(NOT TELLVANE_PRECOMPILE)
     return()
   endif()
   set(source ${PROJECT_BINARY_DIR}/${name}.cpp)
@@ -23,8 +25,9 @@ function(precompiled_headers name kind)
 endfunction()
 
 function(share_headers target name)
-  if(TELLVANE_SANITIZE)
+  if(TELLVANE_PRECOMPILE)
     target_precompile_headers(${target} REUSE_FROM ${name})
-    target_compile_options(${target} PRIVATE -fpch-preprocess)  # for ccache
+    target_compile_options(${target} PRIVATE  # for ccache
+      $<IF:$<CXX_COMPILER_ID:Clang>,SHELL:-Xclang -fno-pch-timestamp,-fpch-preprocess>)
   endif()
 endfunction()

@@ -92,11 +92,12 @@ Exit playOne(const CommandLine& line, const fs::path& executable) {
   const auto out = prepareOut(line);
   if (!out) return Exit::cannotCreate;
 
-  Phone::Options options{.folder = out->path() / "device",
-                         .settings = line.settings,
-                         .realTime = line.choices.realTime,
-                         .catalog = line.choices.applications,
-                         .patience = line.patience};
+  Phone::Options options;
+  options.folder = out->path() / "device";
+  options.settings = line.settings;
+  options.realTime = line.choices.realTime;
+  options.catalog = line.choices.applications;
+  options.patience = line.patience;
   options.catalog.push_back(executable.parent_path().parent_path() / "Applications");
   interruptOnSignals(*options.interrupt);
   Transcript transcript;

@@ -31,13 +31,13 @@ bool samePixels(const CGImage& a, const CGImage& b) {
 /// Changes that fingers cannot make are left out.
 std::vector<std::vector<TouchSample>> touchEvents(const std::vector<automation::Step::Touch>& touches) {
   std::vector<std::vector<TouchSample>> events;
-  for (const auto& [finger, phase, location] : touches) {
-    if (phase < 0 || phase > static_cast<int>(TouchSample::Phase::cancelled)) continue;
+  for (const auto& touch : touches) {
+    if (touch.phase < 0 || touch.phase > static_cast<int>(TouchSample::Phase::cancelled)) continue;
     const bool again =
         events.empty() || std::any_of(events.back().begin(), events.back().end(),
-                                      [&](const TouchSample& each) { return each.finger == finger; });
+                                      [&](const TouchSample& each) { return each.finger == touch.finger; });
     if (again) events.emplace_back();
-    events.back().push_back({finger, static_cast<TouchSample::Phase>(phase), location});
+    events.back().push_back({touch.finger, static_cast<TouchSample::Phase>(touch.phase), touch.location});
   }
   return events;
 }
