@@ -3,6 +3,9 @@
 include_guard()
 
 option(TELLVANE_PRECOMPILE "precompile the standard headers" OFF)
+if(TELLVANE_PRECOMPILE)
+  add_compile_options(-pthread)  # some libraries' packages ask for it: all that share the headers have to agree
+endif()
 
 set(standard_headers <algorithm> <array> <atomic> <charconv> <chrono> <cmath> <deque> <filesystem> <fstream> <functional>
   <map> <memory> <mutex> <optional> <set> <span> <sstream> <string> <string_view> <thread> <utility> <variant> <vector>)
