@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <regex>
 #include <utility>
 
@@ -69,6 +70,22 @@ bool readPermissions(const PropertyList& value, decltype(DeviceSettings::permiss
   return true;
 }
 
+/// A number of a property list, where a whole one may have lost its point.
+std::optional<double> number(const PropertyList* value) {
+  if (!value) return std::nullopt;
+  if (value->real()) return *value->real();
+  return value->integer() ? std::optional(static_cast<double>(*value->integer())) : std::nullopt;
+}
+
+bool readLocation(const PropertyList& list, std::optional<Location>& location) {
+  const auto *latitude = list.member("Latitude"), *longitude = list.member("Longitude");
+  if (!latitude && !longitude) return true;
+  const auto north = number(latitude), east = number(longitude);
+  if (!north || !east || !(std::abs(*north) <= 90) || !(std::abs(*east) <= 180)) return false;
+  location = Location{*north, *east};
+  return true;
+}
+
 }  // namespace
 
 std::string_view textSizeName(TextSize size) {
@@ -101,7 +118,7 @@ PropertyList settingsPropertyList(const DeviceSettings& settings) {
     }
     permissions[bundle] = answers;
   }
-  return NSDictionary{
+  NSDictionary list{
       {"Languages", NSArray(settings.languages.begin(), settings.languages.end())},
       {"OSVersion", settings.osVersion},
       {"Profile", settings.profile},
@@ -110,6 +127,13 @@ PropertyList settingsPropertyList(const DeviceSettings& settings) {
       {"StatusBarTime", settings.statusBarTime},
       {"Permissions", permissions},
   };
+  if (settings.location) {
+    list["Latitude"] = settings.location->latitude;
+    list["Longitude"] = settings.location->longitude;
+  }
+  if (settings.airplaneMode) list["AirplaneMode"] = true;
+  if (settings.volume != DeviceSettings().volume) list["Volume"] = settings.volume;
+  return list;
 }
 
 std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list, std::string& problem) {
@@ -144,6 +168,16 @@ std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list,
   if (const auto* value = list.member("Permissions");
       value && !readPermissions(*value, settings.permissions)) {
     return fail("Permissions has an answer that is not a known one");
+  }
+  if (!readLocation(list, settings.location)) return fail("Latitude and Longitude are no place");
+  if (const auto* value = list.member("AirplaneMode")) {
+    if (!value->boolean()) return fail("AirplaneMode is neither true nor false");
+    settings.airplaneMode = *value->boolean();
+  }
+  if (const auto* value = list.member("Volume")) {
+    if (!value->integer() || *value->integer() < 0 || *value->integer() > DeviceSettings::kLoudest)
+      return fail("Volume is not 0 to 16");
+    settings.volume = static_cast<int>(*value->integer());
   }
   return settings;
 }

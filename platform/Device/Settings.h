@@ -36,6 +36,11 @@ std::optional<TextSize> textSizeNamed(std::string_view name);
 /// Whether `text` has the form of a language tag: "de", "de-AT", "zh-Hant-TW" (BCP 47).
 bool isLanguageTag(const std::string& text);
 
+struct Location {
+  double latitude = 0, longitude = 0;  // degrees
+  bool operator==(const Location&) const = default;
+};
+
 /// What the owner of the device has set; kept in Settings.plist.
 struct DeviceSettings {
   std::vector<std::string> languages = {"en-US"};  // language tags, most preferred first
@@ -48,11 +53,17 @@ struct DeviceSettings {
   std::string statusBarTime = {};  // stands in the status bar instead of the time of day; empty: that does
   /// By bundle identifier, then by service: "microphone", "photos".
   std::map<std::string, std::map<std::string, Permission>> permissions = {};
+  // Nothing of the platform depends on these yet.
+  std::optional<Location> location = std::nullopt;
+  bool airplaneMode = false;
+  static constexpr int kLoudest = 16;
+  int volume = kLoudest / 2;
   bool operator==(const DeviceSettings&) const = default;
 };
 
-/// Settings.plist's form: "Languages", "OSVersion", "Profile", "Orientation", "TextSize", "StatusBarTime", and "Permissions"
-/// by bundle identifier and service, as words ("authorized").
+/// Settings.plist's form: "Languages", "OSVersion", "Profile", "Orientation", "TextSize", "StatusBarTime", "Permissions"
+/// by bundle identifier and service, as words ("authorized"), and, unless they are as at first, "Latitude" and
+/// "Longitude", "AirplaneMode", "Volume".
 PropertyList settingsPropertyList(const DeviceSettings& settings);
 /// Missing members get their default. Empty, with `problem` set, when a member's value is invalid.
 std::optional<DeviceSettings> settingsFromPropertyList(const PropertyList& list, std::string& problem);

@@ -38,6 +38,10 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, const fs::path
     status = app.exit(error) == 0 ? Exit::done : Exit::usage;
     return std::nullopt;
   }
+  for (const std::string& variable : choices.variables) {
+    const std::size_t equals = variable.find('=');
+    line.variables[variable.substr(0, equals)] = variable.substr(equals + 1);
+  }
   line.flow = choices.flow.empty() ? tour(executable) : fs::path(choices.flow);
   line.settings.profile = choices.settings.profile;
   line.settings.languages = {choices.settings.language};
@@ -51,6 +55,7 @@ std::vector<std::string> optionsForOne(const FlowChoices& choices) {
   std::vector<std::string> options = {
       "--profile",   choices.settings.profile,  "--language",   choices.settings.language,
       "--text-size", choices.settings.textSize, "--time-limit", std::to_string(choices.timeLimit)};
+  for (const std::string& variable : choices.variables) options.insert(options.end(), {"-e", variable});
   if (choices.realTime) options.emplace_back("--real-time");
   for (const fs::path& folder : choices.applications)
     options.insert(options.end(), {"--applications", folder.string()});

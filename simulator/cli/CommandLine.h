@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,7 +17,8 @@ struct CommandLine {
   FlowChoices choices;
   std::filesystem::path flow;
   ios::DeviceSettings settings;
-  std::chrono::milliseconds patience{};  // with an application that does not answer
+  std::map<std::string, std::string> variables;  // that the flow's expressions can name
+  std::chrono::milliseconds patience{};          // with an application that does not answer
 };
 
 /// Reads the simulator's arguments, and says what is wrong with them. Empty: end with `status`.

@@ -83,7 +83,7 @@ std::string titleOf(const Flow& flow, const ios::DeviceSettings& settings) {
 
 Exit playOne(const CommandLine& line, const fs::path& executable) {
   std::string problem;
-  const auto flow = readFlow(line.flow, problem);
+  const auto flow = readFlow(line.flow, problem, line.variables);
   if (!flow) {
     complain(problem);
     std::error_code error;
@@ -118,7 +118,7 @@ Exit playOne(const CommandLine& line, const fs::path& executable) {
     phone.runFor(std::max(ios::Clock::Duration::zero(),
                           *flow->recordedAt - ios::Clock::shared().now().time_since_epoch()));
   }
-  const bool played = FlowRunner(stage, transcript).play(flow->steps, problem);
+  const bool played = FlowRunner(stage, transcript).play(*flow, problem);
   const std::string ending = phone.stop();
   transcript.flushConsole();
   const std::string lost = copyResults(out->path());

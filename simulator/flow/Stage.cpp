@@ -2,18 +2,23 @@
 
 namespace simulator {
 
-std::optional<ios::VisibleElement> Stage::find(const TextPattern& text) {
-  std::optional<ios::VisibleElement> best;
-  int bestWorth = 0;
-  for (auto& element : phone_.elements()) {
-    const bool exactly = text.isExactly(element.text);
-    if (!exactly && !text.matches(element.text)) continue;
-    const int worth = (exactly ? 2 : 0) + (element.control ? 1 : 0);
-    if (best && worth < bestWorth) continue;
-    best = std::move(element);
-    bestWorth = worth;
+std::optional<ios::VisibleElement> Stage::find(const Selector& selector) {
+  const auto elements = phone_.elements();
+  const auto found = elementsThatFit(selector, elements);
+  if (found.empty()) return std::nullopt;
+  return *found.front();
+}
+
+std::optional<ios::VisibleElement> Stage::awaitElement(const Selector& selector, const std::string& purpose,
+                                                       Problem& problem, ios::Clock::Duration rest) {
+  if (!await(kPatience, [&] { return find(selector).has_value(); })) {
+    problem = "expected " + selector.inPlainQuotes() + " " + purpose;
+    return std::nullopt;
   }
-  return best;
+  settle(rest);
+  auto settled = find(selector);
+  if (!settled) problem = "expected " + selector.inPlainQuotes() + " to stay long enough " + purpose;
+  return settled;
 }
 
 bool Stage::await(ios::Clock::Duration patience, const std::function<bool()>& condition) {

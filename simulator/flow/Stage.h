@@ -6,27 +6,33 @@
 
 #include "UIKit/VisibleElements.h"
 #include "simulator/flow/Command.h"
+#include "simulator/flow/Selector.h"
 #include "simulator/phone/Console.h"
 #include "simulator/phone/Phone.h"
-#include "simulator/phone/TextPattern.h"
+#include "simulator/script/Script.h"
 
 namespace simulator {
 
 /// What the commands of a flow act on.
 class Stage {
  public:
-  /// Keeps a picture under a name.
-  using PictureSink = std::function<Problem(const std::string& name, const ios::Bytes& png)>;
-  Stage(Phone& phone, Console& console, PictureSink keepPicture)
-      : phone_(phone), console_(console), keepPicture_(std::move(keepPicture)) {}
+  /// Keeps a file of the flow's, a picture or a movie, under a name.
+  using FileSink = std::function<Problem(const std::string& name, const ios::Bytes& contents)>;
+  Stage(Phone& phone, Console& console, FileSink keepFile)
+      : phone_(phone), console_(console), keepFile_(std::move(keepFile)) {}
 
   Phone& phone() { return phone_; }
   Console& console() { return console_; }
-  Problem keepPicture(const std::string& name, const ios::Bytes& png) { return keepPicture_(name, png); }
+  Script& script() { return script_; }
+  Problem keepFile(const std::string& name, const ios::Bytes& contents) { return keepFile_(name, contents); }
 
-  /// The element that a tap on this text means: the text itself before a pattern, what can be tapped before
-  /// what is only to be read, what is in front before what is behind. Empty if there is none on the screen.
-  std::optional<ios::VisibleElement> find(const TextPattern& text);
+  /// The element that is meant; empty if there is none on the screen.
+  std::optional<ios::VisibleElement> find(const Selector& selector);
+  /// Waits until it is there, and then until it rests. Empty if it does not come, or goes again; `problem` says so:
+  /// `purpose` is what it is wanted for, "to tap on".
+  std::optional<ios::VisibleElement> awaitElement(const Selector& selector, const std::string& purpose,
+                                                  Problem& problem,
+                                                  ios::Clock::Duration rest = std::chrono::seconds(3));
   /// Waits, frame by frame, for `condition`; false when it is not met after `patience` of the phone's time,
   /// or somebody interrupts.
   bool await(ios::Clock::Duration patience, const std::function<bool()>& condition);
@@ -42,7 +48,8 @@ class Stage {
  private:
   Phone& phone_;
   Console& console_;
-  PictureSink keepPicture_;
+  FileSink keepFile_;
+  Script script_;
   bool exact_ = false;
 };
 

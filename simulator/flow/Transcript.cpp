@@ -22,6 +22,16 @@ void Transcript::step(bool done, const std::string& text) {
   line(done ? "✓" : "✗", text);
 }
 
+void Transcript::warning(const std::string& text) {
+  flushConsole();
+  line("⚠", text);
+}
+
+void Transcript::remark(const std::string& text) {
+  flushConsole();
+  line("–", text);
+}
+
 void Transcript::beginGroup(const std::string& text) {
   flushConsole();
   line("•", text);

@@ -15,6 +15,10 @@ class Transcript {
   void heading(const std::string& text) const;
   /// A step that was done, or was not.
   void step(bool done, const std::string& text);
+  /// Something that went wrong and did not count.
+  void warning(const std::string& text);
+  /// A line that a script says, or a word about what is left out.
+  void remark(const std::string& text);
   /// The start of a group of steps, which are set in until it ends.
   void beginGroup(const std::string& text);
   void endGroup() { --depth_; }

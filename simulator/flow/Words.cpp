@@ -1,11 +1,51 @@
 #include "simulator/flow/Words.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdio>
 
 #include "CoreFoundation/Unicode.h"
 
 namespace simulator {
+namespace {
+
+/// How many letters have to be put in, left out, replaced or swapped with their neighbour to make one of the other.
+std::size_t distance(const std::string& a, const std::string& b) {
+  std::vector<std::vector<std::size_t>> table(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+  const auto same = [&](std::size_t i, std::size_t j) {
+    return std::tolower(static_cast<unsigned char>(a[i])) == std::tolower(static_cast<unsigned char>(b[j]));
+  };
+  for (std::size_t i = 0; i <= a.size(); ++i) {
+    for (std::size_t j = 0; j <= b.size(); ++j) {
+      if (i == 0 || j == 0) {
+        table[i][j] = i + j;
+        continue;
+      }
+      table[i][j] = std::min(
+          {table[i - 1][j] + 1, table[i][j - 1] + 1, table[i - 1][j - 1] + (same(i - 1, j - 1) ? 0 : 1)});
+      if (i > 1 && j > 1 && same(i - 1, j - 2) && same(i - 2, j - 1))
+        table[i][j] = std::min(table[i][j], table[i - 2][j - 2] + 1);
+    }
+  }
+  return table[a.size()][b.size()];
+}
+
+}  // namespace
+
+std::string suggestion(const std::string& name, const std::vector<std::string>& known) {
+  constexpr std::size_t kLongest = 64;
+  const std::string* best = nullptr;
+  std::size_t least = std::min<std::size_t>(4, name.size() / 3 + 2);
+  for (const std::string& each : known) {
+    if (name.size() > kLongest || each.size() > kLongest) continue;
+    const std::size_t apart = distance(name, each);
+    if (apart >= least) continue;
+    least = apart;
+    best = &each;
+  }
+  return best ? "; did you mean \"" + *best + "\"?" : "";
+}
 
 std::string plainNumber(double value) {
   std::array<char, 32> text{};

@@ -106,22 +106,22 @@ void LivePhone::playWantedFlow() {
       return pacedStep(duration, touches);
     });
     Transcript transcript;
-    Stage stage(phone_, console_, [this](const std::string& name, const ios::Bytes& png) -> Problem {
-      const auto error = ios::writeFileAtomically(options_.out / (name + ".png"), png);
+    Stage stage(phone_, console_, [this](const std::string& name, const ios::Bytes& contents) -> Problem {
+      const auto error = ios::writeFileAtomically(options_.out / name, contents);
       return error ? error->description() : "";
     });
     stage.setExact(flow->recordedAt.has_value());
     FlowRunner runner(stage, transcript);
-    runner.setWatcher([this](const Step& step) {
+    runner.setWatcher([this](const Step& step, const std::string& description) {
       playback_->line = step.line;
       playback_->lineFile = fs::path(step.file).filename().string();
-      playback_->step = step.command->description();
+      playback_->step = description;
       ++playback_->done;
       tellFlow();
       pacedStep(Clock::Duration::zero(), {});
     });
     try {
-      if (runner.play(flow->steps, why)) why.clear();
+      if (runner.play(*flow, why)) why.clear();
     } catch (const FlowStopped&) {
       why = "stopped";
     }

@@ -110,7 +110,8 @@ LivePhone::Answer LivePhone::tap(const Members& members) {
                            .delay = milliseconds(std::llround(*delay))};
   return gesture([&]() -> Problem {
     if (text) {
-      const TextPattern wanted(*text);
+      Selector wanted;
+      wanted.text = TextPattern(*text);
       Stage stage(phone_, console_, [](const std::string&, const ios::Bytes&) { return Problem(); });
       if (!stage.await(milliseconds(std::llround(*patience)), [&] { return stage.find(wanted).has_value(); }))
         return "there is no \"" + *text + "\" on the screen";

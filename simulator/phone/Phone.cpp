@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "Foundation/NSURL.h"
+#include "Photos/SystemSaving.h"
 #include "UIKit/UIApplication.h"
 
 namespace simulator {
@@ -345,6 +346,18 @@ void Phone::changeSettings(const std::function<void(ios::DeviceSettings&)>& chan
   Device::current().changeSettings(change);
   Clock::shared().runUntilRest();
   if (app_) askApp(ReloadSettings());
+}
+
+std::string Phone::addMovie(const fs::path& movie) {
+  std::optional<std::string> outcome;
+  ios::saveMovieAsTheSystem(movie, [&](const std::shared_ptr<ios::NSError>& error) {
+    outcome = error ? "could not put " + movie.string() +
+                          " into the photo library: " + error->localizedDescription()
+                    : "";
+  });
+  Clock::shared().runUntil([&] { return outcome.has_value(); }, std::chrono::seconds(60));
+  timeMoved_();
+  return outcome.value_or("the photo library did not take " + movie.string() + " in time");
 }
 
 void Phone::runFor(Clock::Duration duration) {

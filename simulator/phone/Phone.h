@@ -79,6 +79,8 @@ class Phone {
   void turn(int orientation);
   void setPermissions(const std::string& identifier,
                       const std::map<std::string, ios::Permission>& permissions);
+  /// Puts a copy of a movie into the photo library.
+  std::string addMovie(const std::filesystem::path& movie);
   virtual void runFor(ios::Clock::Duration duration);
   /// Changes the settings, and tells the application.
   void changeSettings(const std::function<void(ios::DeviceSettings&)>& change);

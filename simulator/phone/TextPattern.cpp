@@ -15,11 +15,18 @@ re2::RE2::Options options() {
 
 }  // namespace
 
-TextPattern::TextPattern(std::string text)
-    : text_(std::move(text)), expression_(std::make_shared<const re2::RE2>(text_, options())) {}
+TextPattern::TextPattern(std::string text) : text_(std::move(text)) {
+  if (text_.find_first_of("\\.[](){}*+?|^$") != std::string::npos) compile();
+}
+
+void TextPattern::compile() const {
+  expression_ = std::make_shared<const re2::RE2>(text_, options());
+}
 
 bool TextPattern::matches(const std::string& candidate) const {
   if (isExactly(candidate)) return true;
+  // A plain text needs an expression only for letters in another case.
+  if (!expression_ && text_.size() <= candidate.size() * 4 && candidate.size() <= text_.size() * 4) compile();
   return expression_ && expression_->ok() && re2::RE2::FullMatch(candidate, *expression_);
 }
 

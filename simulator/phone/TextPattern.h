@@ -10,7 +10,7 @@ class RE2;
 namespace simulator {
 
 /// A text to look for: the text itself, or else a regular expression that matches all of it, ignoring case. A
-/// text that is not a regular expression ("Save (") stands for itself alone.
+/// text that is not a regular expression ("Save (") stands for itself alone. Main thread.
 class TextPattern {
  public:
   TextPattern() = default;
@@ -23,8 +23,9 @@ class TextPattern {
   std::string problem() const;
 
  private:
+  void compile() const;
   std::string text_;
-  std::shared_ptr<const re2::RE2> expression_;
+  mutable std::shared_ptr<const re2::RE2> expression_;
 };
 
 }  // namespace simulator

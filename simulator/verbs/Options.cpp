@@ -33,6 +33,11 @@ std::string languageTag(const std::string& tag) {
                                  : "\"" + tag + "\" is not a language tag; expected one such as \"de-AT\"";
 }
 
+std::string assignment(const std::string& given) {
+  const std::size_t equals = given.find('=');
+  return equals == std::string::npos || equals == 0 ? "expected NAME=VALUE, not \"" + given + "\"" : "";
+}
+
 /// A folder that is not one of bundles would be noticed only much later.
 std::string folderOfBundles(const std::string& name) {
   const fs::path folder = name;
@@ -103,6 +108,11 @@ void declare(CLI::App& app, FlowChoices& choices) {
                "play it on a new phone in virtual time (so it is without --device)")
       ->excludes(device);
   declare(app, choices.settings);
+  app.add_option("-e,--env", choices.variables,
+                 "a text that expressions of the flow can name; may be repeated")
+      ->allow_extra_args(false)
+      ->type_name("NAME=VALUE")
+      ->check(CLI::Validator([](std::string& given) { return assignment(given); }, ""));
   app.add_flag("--real-time", choices.realTime, "let time pass as on the wall");
   declareApplications(app, choices.applications);
   app.add_option("--time-limit", choices.timeLimit, "seconds that an application may take to answer")

@@ -44,6 +44,7 @@ struct FlowChoices {
   std::string flow;  // a file, "-" or a folder; empty: the tour
   std::filesystem::path out;
   SettingChoices settings;
+  std::vector<std::string> variables;  // "NAME=VALUE", which the flow's expressions can name
   bool realTime = false;
   std::vector<std::filesystem::path> applications;  // folders of bundles
   double timeLimit = 120;                           // seconds that an application may take to answer

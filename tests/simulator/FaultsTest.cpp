@@ -38,7 +38,7 @@ TEST_F(Simulator, RefusesWhatItIsStartedWithAndTouchesNothing) {
   const Outcome outcome =
       playText("- launchApp: {appId: " + (path() / "precious").string() + ", clearState: true}\n");
   EXPECT_EQ(outcome.status, 65) << outcome.output;
-  EXPECT_TRUE(outcome.says("f.yaml:3: launchApp: expected a bundle identifier")) << outcome.output;
+  EXPECT_TRUE(outcome.says("f.yaml:3:22: launchApp: expected a bundle identifier")) << outcome.output;
   EXPECT_TRUE(fs::exists(path() / "precious/file"));
 }
 

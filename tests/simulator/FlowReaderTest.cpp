@@ -33,68 +33,92 @@ TEST_F(FlowReader, SaysWhereAFlowIsWrongAndWhatWasExpected) {
       {"no YAML", "appId: a.b\n---\n- tapOn: {point: \"1,1\"\n- shake\n",
        "f.yaml:4: this is not valid YAML: "},
       {"no header", "- shake\n", "f.yaml:1: expected a header with appId"},
-      {"no commands", "appId: a.b\n---\n[]\n", "f.yaml:3: there are no commands"},
-      {"no appId", "name: x\n---\n- shake\n", "f.yaml:1: the header needs an appId"},
-      {"unknown key in the header", "appId: a.b\ntags: x\n---\n- shake\n",
-       "f.yaml:2: no key is called \"tags\""},
+      {"no commands", "appId: a.b\n---\n[]\n", "f.yaml:3:1: there are no commands"},
+      {"no appId", "name: x\n---\n- shake\n", "f.yaml:1:1: the header needs an appId"},
+      {"tags that are no list", "appId: a.b\ntags: x\n---\n- shake\n", "f.yaml:2:7: expected a list"},
+      {"a slip in what comes after it", "appId: a.b\nonFlowComplete:\n  - shak\n---\n- shake\n",
+       "f.yaml:3:5: no command is called \"shak\"; did you mean \"shake\"?"},
       {"unknown command", head + "- shake\n- tapTwice: x\n",
-       "f.yaml:4: no command is called \"tapTwice\"; known: "},
+       "f.yaml:4:3: no command is called \"tapTwice\"; known: "},
       {"two commands in one item", head + "- shake:\n  tapOn: x\n",
-       "f.yaml:3: expected one command per item"},
-      {"unknown key of a command", head + "- tapOn:\n    text: x\n    id: y\n",
-       "f.yaml:5: tapOn: no key is called \"id\"; known: text, point, repeat, delay, hold, fingers"},
-      {"a key twice", head + "- tapOn:\n    text: x\n    text: y\n", "f.yaml:5: tapOn: \"text\" comes twice"},
-      {"neither text nor point", head + "- tapOn:\n    repeat: 3\n", "needs either \"text\" or \"point\""},
-      {"both text and point", head + "- tapOn: {text: x, point: \"1,1\"}\n",
-       "needs either \"text\" or \"point\""},
+       "f.yaml:3:3: expected one command per item"},
+      {"a command for a model", head + "- assertNicelyWithAI: x\n",
+       "f.yaml:3:3: \"assertNicelyWithAI\" asks a model"},
+      {"unknown key of a command", head + "- tapOn:\n    text: x\n    indx: 1\n",
+       "f.yaml:5:11: tapOn: no key is called \"indx\"; did you mean \"index\"?; known: text, id, index, "},
+      {"unknown key of a selector within", head + "- tapOn: {text: x, below: {txet: y}}\n",
+       "f.yaml:3:34: tapOn: no key is called \"txet\"; did you mean \"text\"?"},
+      {"a selector of nothing", head + "- assertVisible: {}\n", "expected at least one of: text, id, index"},
+      {"an unknown trait", head + "- assertVisible: {traits: round}\n", "expected text, long-text or square"},
+      {"an unknown platform", head + "- runFlow: {when: {platform: Androit}, commands: [shake]}\n",
+       "expected iOS, Android or Web, not \"Androit\"; did you mean \"android\"?"},
+      {"a condition of nothing", head + "- repeat: {while: {}, commands: [shake]}\n",
+       "expected one of: visible"},
+      {"a loop without bounds", head + "- repeat: {commands: [shake]}\n", "needs \"times\" or \"while\""},
+      {"two ways to play", head + "- retry: {file: a.yaml, commands: [shake]}\n", "needs either \"file\" or"},
+      {"an expression with a slip", head + "- tapOn: ${1 +}\n",
+       "f.yaml:3:10: tapOn: ${1 +} is not an expression: "},
+      {"a script with a slip", head + "- runScript: slip.js\n", "slip.js:2: SyntaxError: "},
+      {"a place that is none", head + "- setLocation: {latitude: 91, longitude: 0}\n",
+       "a number from -90 to 90"},
+      {"a journey that is none", head + "- travel: {points: [\"1\"]}\n",
+       "expected a latitude and a longitude"},
+      {"a count with an unknown name", head + "- repeat: {times: \"${COUNT}\", commands: [shake]}\n",
+       "f.yaml:3:19: repeat: no value for ${COUNT}: neither env nor -e gives one"},
+      {"a key twice", head + "- tapOn:\n    text: x\n    text: y\n",
+       "f.yaml:5:5: tapOn: \"text\" comes twice"},
+      {"neither text nor point", head + "- tapOn:\n    repeat: 3\n", "needs \"point\", or \"text\""},
       {"a place beyond the screen", head + "- tapOn: {point: \"50%,101%\"}\n", "expected a place such as"},
       {"a place without a comma", head + "- tapOn: {point: \"50%\"}\n", "expected a place such as"},
       {"no fingers", head + "- tapOn: {text: x, fingers: 0}\n", "expected a number from 1 to 5, not \"0\""},
       {"half a tap", head + "- tapOn: {text: x, repeat: 1.5}\n", "expected a whole number, not \"1.5\""},
       {"not a number", head + "- wait: a while\n",
-       "f.yaml:3: wait: expected a number from 0 to 86400, not \"a while\""},
+       "f.yaml:3:9: wait: expected a number from 0 to 86400, not \"a while\""},
       {"a time that never ends", head + "- wait: inf\n", "expected a number from 0 to 86400"},
       {"backwards", head + "- wait: -1\n", "expected a number from 0 to 86400, not \"-1\""},
-      {"a command without its text", head + "- assertVisible\n", "f.yaml:3: assertVisible: expected a text"},
-      {"a command with too much", head + "- shake: hard\n", "f.yaml:3: shake: takes no values"},
-      {"another key than Home", head + "- pressKey: Power\n", "the phone has no key \"Power\""},
+      {"a command without its text", head + "- assertVisible\n",
+       "f.yaml:3:3: assertVisible: expected a text"},
+      {"a command with too much", head + "- shake: hard\n", "f.yaml:3:10: shake: takes no values"},
+      {"a key that no phone has", head + "- pressKey: Hom\n", "not \"Hom\"; did you mean \"home\"?"},
       {"an unknown direction", head + "- swipe: {direction: IN}\n", "expected UP, DOWN, LEFT or RIGHT"},
       {"fingers that go back in time",
        head + "- touch:\n    - [9, 1, down, \"1,2\"]\n    - [8, 1, up, \"1,2\"]\n",
-       "f.yaml:5: touch: expected a time that is not before"},
+       "f.yaml:5:7: touch: expected a time that is not before"},
       {"what no finger does", head + "- touch:\n    - [0, 1, hover, \"1,2\"]\n", "expected down, move, up"},
       {"an unknown orientation", head + "- setOrientation: flat\n", "expected portrait, landscapeLeft"},
       {"an unknown answer", head + "- setPermissions: {photos: maybe}\n", "expected allow, deny or unset"},
-      {"an unknown service", head + "- setPermissions:\n    permissions: {camera: deny}\n",
-       "no key is called \"camera\""},
       {"a picture elsewhere", head + "- takeScreenshot: ../../x\n", "expected a plain name"},
       {"both ways to wait", head + "- extendedWaitUntil: {visible: a, notVisible: b}\n", "needs either"},
-      {"an unknown variable", head + "- tapOn: ${NOBODY}\n", "no value for ${NOBODY}"},
+      {"an unknown variable", head + "- tapOn: ${NOBODY}\n",
+       "no value for ${NOBODY}: neither env nor -e gives one"},
       {"an unfinished variable", head + "- tapOn: \"${WHO\"\n", "\"${\" without \"}\""},
       {"a slip within a repeat",
        head + "- repeat:\n    times: 2\n    commands:\n      - shake\n      - jump\n",
-       "f.yaml:7: no command is called \"jump\""},
+       "f.yaml:7:9: no command is called \"jump\""},
       {"a flow that is not there", head + "- runFlow: gone.yaml\n",
-       "f.yaml:3: runFlow: there is no flow gone.yaml"},
+       "f.yaml:3:12: runFlow: there is no flow gone.yaml"},
       {"an identifier that is a path", head + "- launchApp: {appId: /etc, clearState: true}\n",
-       "f.yaml:3: launchApp: expected a bundle identifier such as \"com.example.notes\", not \"/etc\""},
+       "f.yaml:3:22: launchApp: expected a bundle identifier such as \"com.example.notes\", not \"/etc\""},
       {"one that climbs", head + "- shake\n- uninstallApp: ..\n",
-       "f.yaml:4: uninstallApp: expected a bundle"},
-      {"one in the header", "appId: ../x\n---\n- launchApp\n", "f.yaml:1: expected a bundle identifier"},
+       "f.yaml:4:17: uninstallApp: expected a bundle"},
+      {"one in the header", "appId: ../x\n---\n- launchApp\n", "f.yaml:1:8: expected a bundle identifier"},
       {"others", head + "- setPermissions: {appId: a/b, permissions: {all: deny}}\n", "expected a bundle"},
       {"an unknown sound", head + "- launchApp: {sound: bogus}\n",
-       "f.yaml:3: launchApp: expected silence, tone:440, file:PATH, absent or machine, not \"bogus\""},
+       "f.yaml:3:22: launchApp: expected silence, tone:440, file:PATH, absent or machine, not \"bogus\""},
       {"a sound that is too high", head + "- launchApp: {sound: \"tone:99999\"}\n", "expected silence, tone"},
       {"a sound file that is gone", head + "- launchApp: {sound: \"file:gone.wav\"}\n",
-       "f.yaml:3: launchApp: there is no sound file gone.wav"},
+       "f.yaml:3:22: launchApp: there is no sound file gone.wav"},
       {"an open quote at the end", head + "- shake\n- tapOn: \"Save", "f.yaml:4: this is not valid YAML: "},
       {"text that is not UTF-8", head + "- shake\n- tapOn: Caf\xE9\n", "f.yaml:4: this is not text in UTF-8"},
-      {"an expression that is too large", head + "- tapOn: \"x{2000}\"\n", "f.yaml:3: tapOn: this cannot be"},
+      {"an expression that is too large", head + "- tapOn: \"x{2000}\"\n",
+       "f.yaml:3:10: tapOn: this cannot be"},
       {"an expression that is too long", head + "- tapOn: \"" + std::string(20'000, '(') + "\"\n",
-       "f.yaml:3: tapOn: expected a text of at most 4096 bytes"},
-      {"an expression that looks ahead", head + "- tapOn: \"(?=a)b\"\n", "f.yaml:3: tapOn: this cannot be"},
-      {"a flow that runs itself", head + "- runFlow: f.yaml\n", "f.yaml:3: runFlow: the flow runs itself"},
+       "f.yaml:3:10: tapOn: expected a text of at most 4096 bytes"},
+      {"an expression that looks ahead", head + "- tapOn: \"(?=a)b\"\n",
+       "f.yaml:3:10: tapOn: this cannot be"},
+      {"a flow that runs itself", head + "- runFlow: f.yaml\n", "f.yaml:3:12: runFlow: the flow runs itself"},
   };
+  folder_.write("slip.js", std::string("var a = 1;\nlet b = a;\n"));
   for (const auto& c : kCases) {
     EXPECT_NE(complaint(c.text).find(c.complaint), std::string::npos) << c.fault << ": " << complaint(c.text);
   }
@@ -105,8 +129,8 @@ TEST_F(FlowReader, SaysWhereAFlowIsWrongAndWhatWasExpected) {
 
 TEST_F(FlowReader, SaysWhichFileASlipOfAnInnerFlowIsIn) {
   folder_.write("inner.yaml", std::string("appId: a.b\n---\n- shake\n- hop\n"));
-  EXPECT_EQ(complaint("appId: a.b\n---\n- runFlow: inner.yaml\n").substr(0, 40),
-            "inner.yaml:4: no command is called \"hop\"");
+  EXPECT_EQ(complaint("appId: a.b\n---\n- runFlow: inner.yaml\n").substr(0, 42),
+            "inner.yaml:4:3: no command is called \"hop\"");
 }
 
 TEST_F(FlowReader, ReadsWhatAFlowSays) {
@@ -126,6 +150,28 @@ TEST_F(FlowReader, ReadsWhatAFlowSays) {
        "tap three times with two fingers at 160,50%"},
       {"tapOn: ${WHO}", "tap on “Ada”"},
       {"tapOn: \"a: 'b\"", "tap on “a: 'b”"},
+      {"tapOn: \\${WHO}", "tap on “${WHO}”"},
+      {"tapOn: \"${WHO + '}'}\"", "tap on “${WHO + '}'}”"},  // known only when it is played
+      {"tapOn: {id: ok, index: -1, enabled: true, childOf: {text: Box}, point: \"10%,5\", optional: true}",
+       "tap on id “ok”, number -1, enabled, in “Box” at 10%,5"},
+      {"doubleTapOn: {text: Map, label: zoom}", "tap twice on “Map”"},
+      {"longPressOn: Map", "press long on “Map”"},
+      {"assertVisible: {width: 20, height: 30, tolerance: 2, traits: [text, square], below: A, leftOf: {id: "
+       "b}, "
+       "checked: false, containsDescendants: [{text: c}, {text: d}]}",
+       "20 wide, 30 high, not checked, with a text, square, below “A”, around “c”, around “d”, left of id "
+       "“b” is on "
+       "the screen"},
+      {"scrollUntilVisible: {element: {text: End}, direction: DOWN, speed: 80, centerElement: true}",
+       "scroll until “End” is on the screen"},
+      {"swipe: {from: {text: Row}, direction: LEFT}", "swipe left from “Row”"},
+      {"back: {label: x}", "press the Back key"},
+      {"pressKey: volume up", "press the Volume Up key"},
+      {"setPermissions: {camera: deny}", "set permissions of a.b: camera denied"},
+      {"setAirplaneMode: enabled", "switch the airplane mode on"},
+      {"travel: {points: [\"48.2,16.4\", \"48.3, 16.5\"], speed: 10}", "travel from 48.2,16.4 to 48.3,16.5"},
+      {"openLink: {link: \"https://a.example\", browser: true, autoVerify: false}",
+       "open https://a.example in the browser"},
       {"assertNotVisible: {text: Hello}", "“Hello” is not on the screen"},
       {"extendedWaitUntil: {notVisible: x, timeout: 100}", "“x” is not on the screen within 0.1 s"},
       {"swipe: {start: \"1,2\", end: \"3,4\", duration: 10}", "swipe from 1,2 to 3,4"},
@@ -146,17 +192,36 @@ TEST_F(FlowReader, ReadsWhatAFlowSays) {
     EXPECT_EQ(flow->steps[1].command->description(), c.description);
     EXPECT_EQ(flow->steps[1].line, 5);
   }
+}
 
+TEST_F(FlowReader, KeepsWhatAHeaderSays) {
   std::string problem;
-  const auto flow = readFlow(
-      folder_.write("g.yaml",
-                    std::string("appId: a.b\n---\n- repeat: {times: 2, commands: [shake, {tapOn: x}]}\n")),
-      problem);
+  const auto flow =
+      readFlow(folder_.write("f.yaml", std::string("appId: a.b\nname: F\ntags: [x, y]\njsEngine: old\n"
+                                                   "extra: {a: 1}\nonFlowStart: [shake]\n"
+                                                   "onFlowComplete: [shake, shake]\n---\n"
+                                                   "- repeat: {times: 2, commands: [shake]}\n")),
+               problem);
   ASSERT_TRUE(flow) << problem;
-  const Command& repeat = *flow->steps[0].command;
-  EXPECT_EQ(repeat.times(), 2);
-  ASSERT_EQ(repeat.steps()->size(), 2u);
-  EXPECT_EQ(repeat.steps()->at(1).command->description(), "tap on “x”");
+  EXPECT_EQ(flow->tags, (std::vector<std::string>{"x", "y"}));
+  EXPECT_EQ(flow->otherKeys, (std::map<std::string, std::string>{{"extra", ""}, {"jsEngine", "old"}}));
+  EXPECT_EQ(flow->onStart.size(), 1u);
+  EXPECT_EQ(flow->onComplete.size(), 2u);
+  EXPECT_EQ(flow->steps[0].command->description(), "repeat twice");
+}
+
+// Who is named last in this list has the last word: what the flow says of itself, its caller, the command line.
+TEST_F(FlowReader, TakesTextsFromTheCallerFirst) {
+  folder_.write("inner.yaml", std::string("appId: a.b\nenv: {A: inner, B: inner, C: inner}\n---\n"
+                                          "- assertVisible: ${A} ${B} ${C} ${D}\n"));
+  std::string problem;
+  const auto flow =
+      readFlow(folder_.write("f.yaml", std::string("appId: a.b\nenv: {C: outer, D: outer}\n---\n"
+                                                   "- runFlow: {file: inner.yaml, env: {B: caller}}\n")),
+               problem, {{"C", "line"}});
+  ASSERT_TRUE(flow) << problem;
+  const auto parts = flow->steps[0].command->group()->parts();
+  EXPECT_EQ(parts[1]->front().command->description(), "“inner caller line outer” is on the screen");
 }
 
 TEST(TextPattern, StandsForItselfBeforeItIsAnExpression) {

@@ -120,7 +120,7 @@ TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
       {"- openLink: gopher://x\n", "f.yaml:3: openLink: expected an application that opens gopher: links"},
       {"- repeat:\n    times: 2\n    commands:\n      - assertVisible: Nothing\n",
        "f.yaml:6: assertVisible: expected"},
-      {"- dance\n", "f.yaml:3: no command is called \"dance\"", 65},
+      {"- dance\n", "f.yaml:3:3: no command is called \"dance\"", 65},
   };
   for (const auto& c : kCases) {
     const Outcome outcome = playText(c.commands);

@@ -70,7 +70,8 @@ struct AssertPasteboard : Command {
   static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
     auto result = std::make_unique<AssertPasteboard>();
     if (value.node().IsScalar()) {
-      if (value.text() != "empty") value.fail("expected \"empty\" or a list of type texts");
+      if (!value.isOpen() && value.text() != "empty")
+        value.fail("expected \"empty\" or a list of type texts");
       return result;
     }
     for (const YamlValue& type : value.list()) result->types.push_back(text(type));
@@ -107,11 +108,12 @@ struct AssertMovies : Command {
 }  // namespace
 
 std::span<const CommandKind> recordCommands() {
+  static constexpr auto kOwn = CommandKind::Origin::own;
   static constexpr std::array kAll = {
-      CommandKind{"assertLog", &AssertLog::read},
-      CommandKind{"assertNoLog", &AssertLog::readNot},
-      CommandKind{"assertPasteboard", &AssertPasteboard::read},
-      CommandKind{"assertMovies", &AssertMovies::read},
+      CommandKind{"assertLog", &AssertLog::read, kOwn},
+      CommandKind{"assertNoLog", &AssertLog::readNot, kOwn},
+      CommandKind{"assertPasteboard", &AssertPasteboard::read, kOwn},
+      CommandKind{"assertMovies", &AssertMovies::read, kOwn},
   };
   return kAll;
 }

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <array>
-#include <filesystem>
 
+#include "simulator/flow/Condition.h"
 #include "simulator/flow/FlowReader.h"
 #include "simulator/flow/Stage.h"
 #include "simulator/flow/Words.h"
@@ -14,40 +14,73 @@ using ios::Clock;
 using std::chrono::milliseconds;
 
 struct AssertVisible : Command {
-  TextPattern text;
+  Selector element;
   bool visible = true;
   Clock::Duration timeout = Stage::kPatience;
 
   std::string description() const override {
-    std::string words = quoted(text.text()) + (visible ? " is on the screen" : " is not on the screen");
+    std::string words = element.description() + (visible ? " is on the screen" : " is not on the screen");
     if (timeout != Stage::kPatience)
       words += " within " + plainNumber(std::chrono::duration<double>(timeout).count()) + " s";
     return words;
   }
   Problem perform(Stage& stage) const override {
-    if (stage.await(timeout, [&] { return stage.find(text).has_value() == visible; })) return {};
-    return (visible ? "expected \"" : "expected no \"") + text.text() + "\"";
+    if (stage.await(timeout, [&] { return stage.find(element).has_value() == visible; })) return {};
+    return (visible ? "expected " : "expected no ") + element.inPlainQuotes();
   }
 
-  static std::unique_ptr<AssertVisible> made(TextPattern text, bool visible) {
+  static std::unique_ptr<AssertVisible> made(Selector element, bool visible) {
     auto result = std::make_unique<AssertVisible>();
-    result->text = std::move(text);
+    result->element = std::move(element);
     result->visible = visible;
     return result;
   }
   static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
-    return made(pattern(single(value, "text")), true);
+    return made(selector(value), true);
   }
   static std::unique_ptr<const Command> readNot(const YamlValue& value, FlowReader&) {
-    return made(pattern(single(value, "text")), false);
+    return made(selector(value), false);
   }
   static std::unique_ptr<const Command> readExtended(const YamlValue& value, FlowReader&) {
     const auto fields = value.members({"visible", "notVisible", "timeout"});
     const bool visible = fields.contains("visible");
     if (visible == fields.contains("notVisible")) value.fail("needs either \"visible\" or \"notVisible\"");
-    auto result = made(pattern(single(fields.at(visible ? "visible" : "notVisible"), "text")), visible);
+    auto result = made(selector(fields.at(visible ? "visible" : "notVisible")), visible);
     result->timeout = milliseconds(
         fields.contains("timeout") ? fields.at("timeout").integer(0, kLongestMilliseconds) : 10'000);
+    return result;
+  }
+};
+
+struct AssertTrue : Command {
+  std::string value, written;
+
+  std::string description() const override { return written + " is true"; }
+  Problem perform(Stage&) const override {
+    return isTrue(value) ? "" : "expected " + written + " to be true, not \"" + value + "\"";
+  }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    const YamlValue condition = single(value, "condition");
+    auto result = std::make_unique<AssertTrue>();
+    result->value = condition.text();
+    result->written = condition.node().Scalar();
+    return result;
+  }
+};
+
+struct WaitForAnimationToEnd : Command {
+  int timeout = 15'000;  // ms
+
+  std::string description() const override { return "wait until the screen rests"; }
+  Problem perform(Stage& stage) const override {
+    stage.settle(milliseconds(timeout));
+    return {};
+  }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    auto result = std::make_unique<WaitForAnimationToEnd>();
+    if (value.isNull()) return result;
+    const auto fields = value.members({"timeout"});
+    if (fields.contains("timeout")) result->timeout = fields.at("timeout").integer(0, kLongestMilliseconds);
     return result;
   }
 };
@@ -84,16 +117,11 @@ struct TakeScreenshot : Command {
     stage.settle(std::chrono::seconds(1));
     const ios::Bytes png = stage.phone().picture();
     if (png.empty()) return "expected a picture, but the display shows nothing";
-    return stage.keepPicture(name + ".png", png);
+    return stage.keepFile(name + ".png", png);
   }
   static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
     auto result = std::make_unique<TakeScreenshot>();
-    result->name = text(single(value, "path"));
-    const std::filesystem::path path(result->name);
-    // Pictures stay in the output folder, whoever wrote the flow.
-    const bool climbs = std::find(path.begin(), path.end(), "..") != path.end();
-    if (path.is_absolute() || climbs || !path.has_filename() || printable(result->name) != result->name)
-      value.fail("expected a plain name, not \"" + result->name + "\"");
+    result->name = outputName(single(value, "path"));
     return result;
   }
 };
@@ -104,8 +132,10 @@ std::span<const CommandKind> screenCommands() {
   static constexpr std::array kAll = {
       CommandKind{"assertVisible", &AssertVisible::read},
       CommandKind{"assertNotVisible", &AssertVisible::readNot},
+      CommandKind{"assertTrue", &AssertTrue::read},
       CommandKind{"extendedWaitUntil", &AssertVisible::readExtended},
-      CommandKind{"wait", &Wait::read},
+      CommandKind{"waitForAnimationToEnd", &WaitForAnimationToEnd::read},
+      CommandKind{"wait", &Wait::read, CommandKind::Origin::own},
       CommandKind{"takeScreenshot", &TakeScreenshot::read},
   };
   return kAll;

@@ -19,7 +19,7 @@ Permissions permissions(const YamlValue& value) {
                                                                   {"deny", ios::Permission::denied},
                                                                   {"unset", ios::Permission::notDetermined}};
   Permissions result;
-  for (const auto& [service, answer] : value.members({"all", "microphone", "photos", "screen"})) {
+  for (const auto& [service, answer] : value.members()) {
     const ios::Permission permission = oneOf(answer, kAnswers, "allow, deny or unset");
     if (service != "all") {
       result[service] = permission;
@@ -33,6 +33,7 @@ Permissions permissions(const YamlValue& value) {
 /// What the microphone hears, as IOS_MICROPHONE says it. A file is named relative to the flow.
 std::string sound(const YamlValue& value) {
   const std::string text = value.text();
+  if (value.isOpen()) return text;
   const auto sound = ios::Microphone::soundNamed(text);
   if (!sound) value.fail("expected silence, tone:440, file:PATH, absent or machine, not \"" + text + "\"");
   const auto* file = std::get_if<ios::Microphone::File>(&*sound);
@@ -45,7 +46,7 @@ std::string sound(const YamlValue& value) {
 
 struct LaunchApp : Command {
   std::string appId;
-  bool clearState = false;
+  bool clearState = false, clearKeychain = false;
   bool stopApp = true;
   Permissions permissions;
   std::map<std::string, std::string> arguments;
@@ -59,6 +60,7 @@ struct LaunchApp : Command {
     if (!parts.empty()) text += " with " + enumerated(parts);
     if (!permissions.empty()) text += ", " + inWords(permissions);
     if (clearState) text += ", its data cleared";
+    if (clearKeychain) text += ", the keychain cleared";
     return text;
   }
   Problem perform(Stage& stage) const override {
@@ -75,18 +77,19 @@ struct LaunchApp : Command {
     phone.setPermissions(appId, permissions);
     return phone.launch(appId, arguments, sound, codecFault);
   }
-  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader& reader) {
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
     auto result = std::make_unique<LaunchApp>();
-    result->appId = reader.appId();
+    result->appId = value.appId();
     if (value.isNull()) return result;
-    if (value.node().IsScalar()) {
+    if (!value.isMap()) {
       result->appId = bundleIdentifier(value);
       return result;
     }
-    for (const auto& [key, field] : value.members(
-             {"appId", "clearState", "permissions", "arguments", "sound", "codecFault", "stopApp"})) {
+    for (const auto& [key, field] : value.members({"appId", "clearState", "clearKeychain", "permissions",
+                                                   "arguments", "sound", "codecFault", "stopApp"})) {
       if (key == "appId") result->appId = bundleIdentifier(field);
       if (key == "clearState") result->clearState = field.boolean();
+      if (key == "clearKeychain") result->clearKeychain = field.boolean();
       if (key == "stopApp") result->stopApp = field.boolean();
       if (key == "permissions") result->permissions = simulator::permissions(field);
       if (key == "codecFault") result->codecFault = field.text();
@@ -98,17 +101,62 @@ struct LaunchApp : Command {
   }
 };
 
+/// The application that is named, or else the flow's own.
+std::string application(const YamlValue& value) {
+  if (value.isNull()) return value.appId();
+  if (!value.isMap()) return bundleIdentifier(value);
+  const auto fields = value.members({"appId"});
+  return fields.contains("appId") ? bundleIdentifier(fields.at("appId")) : value.appId();
+}
+
 struct StopApp : Command {
   std::string appId;
+  bool atOnce = false;  // without telling it
 
-  std::string description() const override { return "stop " + appId; }
+  std::string description() const override { return (atOnce ? "kill " : "stop ") + appId; }
   Problem perform(Stage& stage) const override {
-    return stage.phone().running() == appId ? stage.phone().stop() : "";
+    if (stage.phone().running() != appId) return {};
+    if (!atOnce) return stage.phone().stop();
+    stage.phone().kill();
+    return {};
   }
-  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader& reader) {
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
     auto result = std::make_unique<StopApp>();
-    result->appId = value.isNull() ? reader.appId() : bundleIdentifier(single(value, "appId"));
+    result->appId = application(value);
     return result;
+  }
+  static std::unique_ptr<const Command> readKill(const YamlValue& value, FlowReader&) {
+    auto result = std::make_unique<StopApp>();
+    result->appId = application(value);
+    result->atOnce = true;
+    return result;
+  }
+};
+
+struct ClearState : Command {
+  std::string appId;
+
+  std::string description() const override { return "clear the data of " + appId; }
+  Problem perform(Stage& stage) const override {
+    Phone& phone = stage.phone();
+    if (phone.running() == appId) {
+      if (Problem problem = phone.stop(); !problem.empty()) return problem;
+    }
+    return phone.clearState(appId);
+  }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    auto result = std::make_unique<ClearState>();
+    result->appId = application(value);
+    return result;
+  }
+};
+
+struct ClearKeychain : Command {
+  std::string description() const override { return "clear the keychain, which is empty on this phone"; }
+  Problem perform(Stage&) const override { return {}; }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    expectNothing(value);
+    return std::make_unique<ClearKeychain>();
   }
 };
 
@@ -120,7 +168,7 @@ struct InstallApp : Command {
   static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
     auto result = std::make_unique<InstallApp>();
     const std::string name = text(value);
-    result->application = name.find('/') == std::string::npos
+    result->application = name.find('/') == std::string::npos || value.isOpen()
                               ? bundleIdentifier(value)
                               : (fs::path(value.file()).parent_path() / name).string();
     return result;
@@ -150,9 +198,9 @@ struct SetPermissions : Command {
     stage.phone().setPermissions(appId, permissions);
     return {};
   }
-  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader& reader) {
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
     auto result = std::make_unique<SetPermissions>();
-    result->appId = reader.appId();
+    result->appId = value.appId();
     const auto members = value.members();
     const bool nested = std::any_of(members.begin(), members.end(),
                                     [](const auto& member) { return member.first == "permissions"; });
@@ -169,12 +217,32 @@ struct SetPermissions : Command {
 
 struct OpenLink : Command {
   std::string link;
+  bool inBrowser = false;
 
-  std::string description() const override { return "open " + link; }
-  Problem perform(Stage& stage) const override { return stage.phone().openLink(link); }
+  std::string description() const override { return "open " + link + (inBrowser ? " in the browser" : ""); }
+  Problem perform(Stage& stage) const override {
+    if (inBrowser && !link.starts_with("http:") && !link.starts_with("https:"))
+      return "expected a link that begins with http: or https:, as the browser opens no others";
+    return stage.phone().openLink(link);
+  }
   static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
     auto result = std::make_unique<OpenLink>();
+    if (!value.isMap()) {
+      result->link = text(value);
+      return result;
+    }
+    const auto fields = value.members({"link", "browser", "autoVerify"});
+    if (!fields.contains("link")) value.fail("needs \"link\"");
+    result->link = text(fields.at("link"));
+    if (fields.contains("browser")) result->inBrowser = fields.at("browser").boolean();
+    // There is nothing on this phone that would have to be verified.
+    if (fields.contains("autoVerify")) fields.at("autoVerify").boolean();
+    return result;
+  }
+  static std::unique_ptr<const Command> readBrowser(const YamlValue& value, FlowReader&) {
+    auto result = std::make_unique<OpenLink>();
     result->link = text(single(value, "link"));
+    result->inBrowser = true;
     return result;
   }
 };
@@ -182,10 +250,18 @@ struct OpenLink : Command {
 }  // namespace
 
 std::span<const CommandKind> applicationCommands() {
+  static constexpr auto kOwn = CommandKind::Origin::own;
   static constexpr std::array kAll = {
-      CommandKind{"launchApp", &LaunchApp::read},           CommandKind{"stopApp", &StopApp::read},
-      CommandKind{"installApp", &InstallApp::read},         CommandKind{"uninstallApp", &UninstallApp::read},
-      CommandKind{"setPermissions", &SetPermissions::read}, CommandKind{"openLink", &OpenLink::read},
+      CommandKind{"launchApp", &LaunchApp::read},
+      CommandKind{"stopApp", &StopApp::read},
+      CommandKind{"killApp", &StopApp::readKill},
+      CommandKind{"clearState", &ClearState::read},
+      CommandKind{"clearKeychain", &ClearKeychain::read},
+      CommandKind{"installApp", &InstallApp::read, kOwn},
+      CommandKind{"uninstallApp", &UninstallApp::read, kOwn},
+      CommandKind{"setPermissions", &SetPermissions::read, kOwn},
+      CommandKind{"openLink", &OpenLink::read},
+      CommandKind{"openBrowser", &OpenLink::readBrowser},
   };
   return kAll;
 }
