@@ -1,7 +1,10 @@
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <filesystem>
 #include <string_view>
 
 #include "Device/Applications.h"
@@ -16,6 +19,20 @@ constexpr std::string_view kMicrophone = "IOS_MICROPHONE=";
 /// The platform's variables that apply to every process on the device.
 constexpr std::array<std::string_view, 3> kHandedOn = {kMicrophone, "IOS_FRAMEWORK_PATH=", "IOS_SEED="};
 
+/// "LD_LIBRARY_PATH=…" with the folder of this platform behind what is in it already: applications run on the platform
+/// of the phone that they are on, wherever it has been installed. Empty when it is not in a file of its own.
+std::string libraryPath() {
+  Dl_info image{};
+  if (::dladdr(reinterpret_cast<const void*>(&isBundleIdentifier), &image) == 0 || !image.dli_fname)
+    return {};
+  std::error_code error;
+  const auto folder = std::filesystem::canonical(image.dli_fname, error).parent_path();
+  const char* before = std::getenv("LD_LIBRARY_PATH");
+  std::string path = before ? before : "";
+  if (error || (":" + path + ":").find(":" + folder.string() + ":") != std::string::npos) return {};
+  return "LD_LIBRARY_PATH=" + path + (path.empty() ? "" : ":") + folder.string();
+}
+
 std::vector<std::string> environmentFor(const Device& device, const InstalledApplication& application,
                                         const LaunchWords& words) {
   std::vector<std::string> variables;
@@ -28,6 +45,11 @@ std::vector<std::string> environmentFor(const Device& device, const InstalledApp
   if (words.microphone) {
     std::erase_if(variables, [](const std::string& variable) { return variable.starts_with(kMicrophone); });
     variables.push_back(std::string(kMicrophone) + *words.microphone);
+  }
+  if (std::string path = libraryPath(); !path.empty()) {
+    std::erase_if(variables,
+                  [](const std::string& variable) { return variable.starts_with("LD_LIBRARY_PATH="); });
+    variables.push_back(std::move(path));
   }
   variables.push_back("IOS_DEVICE=" + device.root().string());
   variables.push_back("IOS_BUNDLE=" + application.bundle.string());

@@ -6,22 +6,21 @@
 #include "simulator/flow/Words.h"
 
 namespace simulator {
-namespace {
 
 namespace fs = std::filesystem;
 
-/// The tour, of this folder or of the source tree that the executable was built in.
-fs::path tour(const fs::path& executable) {
-  const fs::path name = "examples/flows/tour.yaml";
+fs::path exampleFlows(const fs::path& executable) {
+  const fs::path here = "examples/flows";
   std::error_code error;
+  if (fs::exists(here, error)) return here;
   for (fs::path folder = executable.parent_path(); folder.has_relative_path();
        folder = folder.parent_path()) {
-    if (!fs::exists(name, error) && fs::exists(folder / name, error)) return folder / name;
+    for (const fs::path& name : {here, fs::path(TELLVANE_FLOWS)}) {
+      if (fs::exists(folder / name, error)) return folder / name;
+    }
   }
-  return name;
+  return here;
 }
-
-}  // namespace
 
 void complain(const std::string& what) {
   ios::writeErrors(printable(what) + "\n");
@@ -42,7 +41,7 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, const fs::path
     const std::size_t equals = variable.find('=');
     line.variables[variable.substr(0, equals)] = variable.substr(equals + 1);
   }
-  line.flow = choices.flow.empty() ? tour(executable) : fs::path(choices.flow);
+  line.flow = choices.flow.empty() ? exampleFlows(executable) / "tour.yaml" : fs::path(choices.flow);
   line.settings.profile = choices.settings.profile;
   line.settings.languages = {choices.settings.language};
   line.settings.textSize = *ios::textSizeNamed(choices.settings.textSize);

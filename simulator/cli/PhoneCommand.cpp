@@ -135,7 +135,7 @@ LivePhone::Options phoneOptions(const PhoneChoices& choices, const DeviceRecord&
   options.phone.catalog = choices.run.applications;
   options.phone.catalog.push_back(executable.parent_path().parent_path() / "Applications");
   options.out = record.folder;
-  options.flows = choices.run.flows.empty() ? "examples/flows" : choices.run.flows;
+  options.flows = choices.run.flows.empty() ? exampleFlows(executable) : choices.run.flows;
   options.firstArguments = {{"com.example.notes", {{"debug", "true"}}}};
   return options;
 }
