@@ -7,6 +7,7 @@
 #include "Foundation/NSURL.h"
 #include "TLVSaveRecordingConfirmation/SaveRecordingQuestion.h"
 #include "Tellvane/TLVNotifications.h"
+#include "ground/Memory.h"
 #include "info/TLVConstants.h"
 #include "media/TLVPhotoAlbum.h"
 #include "triggers/GestureListeners.h"
@@ -50,6 +51,10 @@ TLVSaveRecordingViewController::TLVSaveRecordingViewController(const NSKeyedUnar
 
 void TLVSaveRecordingViewController::viewDidLoad() {
   UIViewController::viewDidLoad();
+  unlessMemoryRunsOut([this] { showQuestion(); });
+}
+
+void TLVSaveRecordingViewController::showQuestion() {
   const auto label = infoLabel();
   if (!label) return;
   const SaveRecordingQuestion question = saveRecordingQuestion(TLV_TITILE, APP_NAME());
@@ -62,7 +67,7 @@ void TLVSaveRecordingViewController::viewDidLoad() {
 
 void TLVSaveRecordingViewController::viewDidAppear(bool animated) {
   UIViewController::viewDidAppear(animated);
-  addVideoViewInChildViewController();
+  unlessMemoryRunsOut([this] { addVideoViewInChildViewController(); });
 }
 
 void TLVSaveRecordingViewController::didReceiveMemoryWarning() {
@@ -86,14 +91,16 @@ void TLVSaveRecordingViewController::addVideoViewInChildViewController() {
 }
 
 void TLVSaveRecordingViewController::saveVideo(const id&) {
-  NSNotificationCenter::defaultCenter()->postNotificationName(TLV_SCREEN_RECORD, nullptr,
-                                                              NSDictionary{{"assetId", assetId_}});
-  dismissViewControllerAnimated(true);
+  unlessMemoryRunsOut([this] {
+    NSNotificationCenter::defaultCenter()->postNotificationName(TLV_SCREEN_RECORD, nullptr,
+                                                                NSDictionary{{"assetId", assetId_}});
+  });
+  unlessMemoryRunsOut([this] { dismissViewControllerAnimated(true); });
 }
 
 void TLVSaveRecordingViewController::deleteVideo(const id&) {
-  TLVPhotoAlbum::deleteFromPhotoAlbum(assetId_);
-  dismissViewControllerAnimated(true);
+  unlessMemoryRunsOut([this] { TLVPhotoAlbum::deleteFromPhotoAlbum(assetId_); });
+  unlessMemoryRunsOut([this] { dismissViewControllerAnimated(true); });
 }
 
 }  // namespace tellvane

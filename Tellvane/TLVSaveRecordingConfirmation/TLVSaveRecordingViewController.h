@@ -45,6 +45,7 @@ class TLVSaveRecordingViewController : public Subclass<TLVSaveRecordingViewContr
 
  private:
   static std::string getVideoAssetUrlFromLocalidentifier(const std::string& identifier);
+  void showQuestion();
   void addVideoViewInChildViewController();
 
   std::weak_ptr<UIView> playerView_;

@@ -26,7 +26,12 @@ void CaptureMenu::open(Handler captureScreenshot, Handler captureScreenRecording
   add("Cancel", UIAlertActionStyle::cancel, nullptr);
   sheet_ = sheet;
   isComing_ = true;
-  presentOnTop(sheet, [self = shared_from_this()](const auto&) { self->isComing_ = false; });
+  try {
+    presentOnTop(sheet, [self = shared_from_this()](const auto&) { self->isComing_ = false; });
+  } catch (...) {
+    isComing_ = false;
+    throw;
+  }
 }
 
 }  // namespace tellvane

@@ -4,12 +4,16 @@
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIPasteboard.h"
 #include "front/HandoffRecord.h"
+#include "ground/Memory.h"
+#include "ground/Threading.h"
 #include "info/TLVConstants.h"
 #include "media/CaptureScreenshot.h"
 #include "triggers/PresentOnTop.h"
 
 namespace tellvane {
 namespace {
+
+constexpr double kNextAttempt = 1.0;
 
 std::shared_ptr<NSData> archive(const NSDictionary& record) {
   return NSKeyedArchiver::archivedDataWithRootObject(record);
@@ -37,7 +41,9 @@ void handOver(const HandoffItem& item) {
 }
 
 void withdrawItem() {
-  UIPasteboard::generalPasteboard()->setItems({});
+  const bool withdrawn = unlessMemoryRunsOut([] { UIPasteboard::generalPasteboard()->setItems({}); });
+  // It must not stay where everybody can read it.
+  if (!withdrawn) unlessMemoryRunsOut([] { delay(kNextAttempt, dispatch_get_main_queue(), withdrawItem); });
 }
 
 void offerInstallation(std::function<void(const std::shared_ptr<UIAlertAction>& action)> install) {

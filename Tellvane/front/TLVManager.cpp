@@ -7,6 +7,7 @@
 #include "front/CaptureMenu.h"
 #include "front/Handoff.h"
 #include "front/ScreenName.h"
+#include "ground/Memory.h"
 #include "ground/Switches.h"
 #include "ground/Threading.h"
 #include "info/TLVConstants.h"
@@ -72,14 +73,26 @@ bool TLVManager::getRecordWithMicrophoneEnabled() const {
 void TLVManager::instantiateSDK(bool debugMode, bool microphoneEnabled) {
   setIsDebugMode(debugMode);
   setMicrophoneEnabled(microphoneEnabled);
-  if (!std::exchange(started_, true)) {
-    const auto center = NSNotificationCenter::defaultCenter();
+  unlessMemoryRunsOut([this] {
+    start();
+    printTLV(std::string("SDK Instantiated in ") + (isDebugMode() ? "debug mode" : "production mode"));
+  });
+}
+
+void TLVManager::start() {
+  if (std::exchange(started_, true)) return;
+  const auto center = NSNotificationCenter::defaultCenter();
+  try {
     center->addObserver(shared_from_this(), "captureScreen", TLV_GESTURE_SUCCESS, nullptr);
     center->addObserver(shared_from_this(), "saveVideoRecordingAndOpenTLV:", TLV_SCREEN_RECORD, nullptr);
     NSTimer::scheduledTimerWithTimeInterval(kReinstallationInterval, GestureListeners::shared(),
                                             "addTapGesturesToKeyWindow", nullptr, true);
+  } catch (...) {
+    // Half a start would leave nothing for the next one to do.
+    center->removeObserver(*this);
+    started_ = false;
+    throw;
   }
-  printTLV(std::string("SDK Instantiated in ") + (isDebugMode() ? "debug mode" : "production mode"));
 }
 
 bool TLVManager::checkIfAppIsActive() const {
@@ -95,10 +108,13 @@ void TLVManager::delay(double seconds, const dispatch_queue_t& queue, std::funct
 }
 
 void TLVManager::captureScreen() {
-  if (!isMainThread()) {
+  unlessMemoryRunsOut([this] {
+    if (isMainThread()) return captureOrStop();
     dispatch_async(dispatch_get_main_queue(), [self = sharedAs<TLVManager>()] { self->captureScreen(); });
-    return;
-  }
+  });
+}
+
+void TLVManager::captureOrStop() {
   if (!isDebugMode()) return;
   const auto& recording = TLVCaptureScreenRecording::shared();
   if (recording->isRecording()) {
@@ -120,50 +136,62 @@ void TLVManager::captureScreen() {
 }
 
 void TLVManager::captureScreenshot(const std::shared_ptr<UIAlertAction>&) {
-  printTLV("Capture Screenshot selected");
-  if (userHasLeft()) return;
-  setPasteBoardAndOpenTLV(screenshotItem(currentScreen()));
+  unlessMemoryRunsOut([this] {
+    printTLV("Capture Screenshot selected");
+    if (userHasLeft()) return;
+    setPasteBoardAndOpenTLV(screenshotItem(currentScreen()));
+  });
 }
 
 void TLVManager::captureScreenRecording(const std::shared_ptr<UIAlertAction>&) {
-  printTLV("Capture Screen recording selected");
-  if (userHasLeft()) return;
-  TLVCaptureScreenRecording::shared()->captureScreenRecording();
+  unlessMemoryRunsOut([] {
+    printTLV("Capture Screen recording selected");
+    if (userHasLeft()) return;
+    TLVCaptureScreenRecording::shared()->captureScreenRecording();
+  });
 }
 
 void TLVManager::saveVideoRecordingAndOpenTLV(const std::shared_ptr<NSNotification>& notification) {
-  if (!isMainThread()) {
-    dispatch_async(dispatch_get_main_queue(), [self = sharedAs<TLVManager>(), notification] {
-      self->saveVideoRecordingAndOpenTLV(notification);
-    });
-    return;
-  }
-  printTLV("Saved the recording to TLV");
-  if (!notification->userInfo()) return;
-  const PropertyList userInfo = *notification->userInfo();
-  if (const std::string* assetId = userInfo.text("assetId")) {
-    setPasteBoardAndOpenTLV(recordingItem(currentScreen(), *assetId));
-  }
+  unlessMemoryRunsOut([&] {
+    if (!isMainThread()) {
+      dispatch_async(dispatch_get_main_queue(), [self = sharedAs<TLVManager>(), notification] {
+        self->saveVideoRecordingAndOpenTLV(notification);
+      });
+      return;
+    }
+    printTLV("Saved the recording to TLV");
+    if (!notification->userInfo()) return;
+    const PropertyList userInfo = *notification->userInfo();
+    if (const std::string* assetId = userInfo.text("assetId")) {
+      setPasteBoardAndOpenTLV(recordingItem(currentScreen(), *assetId));
+    }
+  });
 }
 
 void TLVManager::setPasteBoardAndOpenTLV(const std::map<std::string, std::shared_ptr<NSData>>& item) {
-  handOver(item);
-  NSTimer::scheduledTimerWithTimeInterval(kRedirectCheckDelay, shared_from_this(), "isAppRedirectedtoTLV",
-                                          nullptr, false);
+  unlessMemoryRunsOut([&] { handOver(item); });
+  const bool willBeChecked = unlessMemoryRunsOut([this] {
+    NSTimer::scheduledTimerWithTimeInterval(kRedirectCheckDelay, shared_from_this(), "isAppRedirectedtoTLV",
+                                            nullptr, false);
+  });
+  // Nobody else would ever take it off the pasteboard.
+  if (!willBeChecked) withdrawItem();
 }
 
 void TLVManager::isAppRedirectedtoTLV() {
-  printTLV("Redirect to App Store");
+  unlessMemoryRunsOut([] { printTLV("Redirect to App Store"); });
   withdrawItem();
-  if (!topViewController()) return;
-  // An application that is not active was left for the companion, or is covered by the
-  // system's question about it.
-  if (!checkIfAppIsActive()) return;
-  offerInstallation([self = sharedAs<TLVManager>()](const auto& action) { self->openAppStore(action); });
+  unlessMemoryRunsOut([this] {
+    if (!topViewController()) return;
+    // An application that is not active was left for the companion, or is covered by the
+    // system's question about it.
+    if (!checkIfAppIsActive()) return;
+    offerInstallation([self = sharedAs<TLVManager>()](const auto& action) { self->openAppStore(action); });
+  });
 }
 
 void TLVManager::openAppStore(const std::shared_ptr<UIAlertAction>&) {
-  openStorePage();
+  unlessMemoryRunsOut([] { openStorePage(); });
 }
 
 }  // namespace tellvane

@@ -49,9 +49,11 @@ class TLV_EXPORT TLVManager : public Subclass<TLVManager, NSObject> {
   static void delay(double seconds, const dispatch_queue_t& queue, std::function<void()> closure);
 
  private:
+  void start();
   // Handlers of the library's notifications, which a host may post on any thread: they go
   // on to the main thread.
   void captureScreen();
+  void captureOrStop();
   void saveVideoRecordingAndOpenTLV(const std::shared_ptr<NSNotification>& notification);
 
   void captureScreenshot(const std::shared_ptr<UIAlertAction>& action);

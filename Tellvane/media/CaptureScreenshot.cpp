@@ -1,10 +1,9 @@
 #include "media/CaptureScreenshot.h"
 
-#include <new>
-
 #include "Foundation/Print.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIGraphics.h"
+#include "ground/Memory.h"
 #include "info/TLVConstants.h"
 
 namespace tellvane {
@@ -42,11 +41,7 @@ const std::shared_ptr<CaptureScreenshot>& CaptureScreenshot::shared() {
 }
 
 void CaptureScreenshot::saveCurrentScreenshot() {
-  try {
-    resizeImage(imageOfTheKeyWindow());
-  } catch (const std::bad_alloc&) {
-    // The host must not pay for it; the earlier image stays.
-  }
+  unlessMemoryRunsOut([this] { resizeImage(imageOfTheKeyWindow()); });
 }
 
 void CaptureScreenshot::resizeImage(const std::shared_ptr<UIImage>& image) {

@@ -8,6 +8,7 @@
 #include "Photos/PHPhotoLibrary.h"
 #include "UIKit/UIAlertController.h"
 #include "UIKit/UIApplication.h"
+#include "ground/Memory.h"
 #include "ground/Threading.h"
 #include "info/LocalizedText.h"
 #include "info/TLVConstants.h"
@@ -46,6 +47,12 @@ std::shared_ptr<PHAssetCollection> createdAlbum(const std::shared_ptr<PHObjectPl
       return album;
   }
   return albumWithOurTitle();
+}
+
+/// Does `work`, on whose way `decision` is told; where memory runs out before that, it is no.
+template <class Work>
+void orDecline(const std::function<void(bool)>& decision, Work&& work) {
+  if (!unlessMemoryRunsOut(work)) decision(false);
 }
 
 // The operations as the object runtime sees them; the receiver has nothing to add.
@@ -96,13 +103,16 @@ void TLVPhotoAlbum::getPhotosAccess(const Decision& success) {
 
 void TLVPhotoAlbum::createAlbum(const Decision& success) {
   getPhotosAccess([success](bool granted) {
-    if (granted) {
-      resolveAlbum(success);
-    } else if (isMainThread()) {
-      refuseAccess(success);
-    } else {
-      dispatch_async(dispatch_get_main_queue(), [success] { refuseAccess(success); });
-    }
+    orDecline(success, [&] {
+      if (granted) {
+        resolveAlbum(success);
+      } else if (isMainThread()) {
+        refuseAccess(success);
+      } else {
+        dispatch_async(dispatch_get_main_queue(),
+                       [success] { orDecline(success, [&] { refuseAccess(success); }); });
+      }
+    });
   });
 }
 
@@ -120,28 +130,36 @@ void TLVPhotoAlbum::resolveAlbum(const Decision& success) {
                            ->placeholderForCreatedAssetCollection();
       },
       [placeholder, success](bool created, const std::shared_ptr<NSError>& error) {
-        if (!created) {
-          if (!error) return;
-          printTLV("Error creating album : " + error->localizedDescription());
-          success(false);
-          return;
-        }
-        auto album = createdAlbum(*placeholder);
-        const bool found = album != nullptr;
-        if (found) setCollection(std::move(album));
-        success(found);
+        if (!created && !error) return;
+        orDecline(success, [&] {
+          if (!created) {
+            unlessMemoryRunsOut([&] { printTLV("Error creating album : " + error->localizedDescription()); });
+            success(false);
+            return;
+          }
+          auto album = createdAlbum(*placeholder);
+          const bool found = album != nullptr;
+          if (found) setCollection(std::move(album));
+          success(found);
+        });
       });
 }
 
 void TLVPhotoAlbum::refuseAccess(const Decision& success) {
   if (!topViewController()) return;
   success(false);
+  unlessMemoryRunsOut([] { offerSettings(); });
+}
+
+void TLVPhotoAlbum::offerSettings() {
   const auto alert = UIAlertController::alertControllerWithTitle(
       localizedText("photos access"), localizedText("photos message"), UIAlertControllerStyle::alert);
   alert->addAction(UIAlertAction::actionWithTitle(
       localizedText("Ok"), UIAlertActionStyle::default_, [](const std::shared_ptr<UIAlertAction>&) {
-        if (const auto url = NSURL::URLWithString(UIApplicationOpenSettingsURLString))
-          UIApplication::sharedApplication()->openURL(*url);
+        unlessMemoryRunsOut([] {
+          if (const auto url = NSURL::URLWithString(UIApplicationOpenSettingsURLString))
+            UIApplication::sharedApplication()->openURL(*url);
+        });
       }));
   presentOnTop(alert);
 }
@@ -171,22 +189,35 @@ void TLVPhotoAlbum::addToAlbum(const NSURL& url, const Completion& completionHan
         *identifier = placeholder->localIdentifier();
       },
       [identifier, completionHandler](bool success, const std::shared_ptr<NSError>& error) {
-        if (error) printTLV("Error saving to photo Album: " + error->localizedDescription());
-        runOnMainThread([&] { completionHandler(success ? *identifier : std::nullopt); });
+        if (error) {
+          unlessMemoryRunsOut(
+              [&] { printTLV("Error saving to photo Album: " + error->localizedDescription()); });
+        }
+        const auto tell = [&] {
+          const bool told =
+              unlessMemoryRunsOut([&] { completionHandler(success ? *identifier : std::nullopt); });
+          if (!told) completionHandler(std::nullopt);
+        };
+        if (!unlessMemoryRunsOut([&] { runOnMainThread(tell); })) completionHandler(std::nullopt);
       });
 }
 
 void TLVPhotoAlbum::deleteFromPhotoAlbum(const std::string& localIdentifier) {
   getPhotosAccess([localIdentifier](bool granted) {
-    if (!granted) return;
-    const auto asset = PHAsset::fetchAssetsWithLocalIdentifiers({localIdentifier}, nullptr)->firstObject();
-    if (!asset) return;
-    PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
-        [asset] { PHAssetChangeRequest::deleteAssets({asset}); },
-        [](bool, const std::shared_ptr<NSError>& error) {
-          if (error) printTLV("Error deleting video from photo Album: " + error->localizedDescription());
-        });
+    if (granted) unlessMemoryRunsOut([&] { deleteAsset(localIdentifier); });
   });
+}
+
+void TLVPhotoAlbum::deleteAsset(const std::string& localIdentifier) {
+  const auto asset = PHAsset::fetchAssetsWithLocalIdentifiers({localIdentifier}, nullptr)->firstObject();
+  if (!asset) return;
+  PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
+      [asset] { PHAssetChangeRequest::deleteAssets({asset}); },
+      [](bool, const std::shared_ptr<NSError>& error) {
+        if (!error) return;
+        unlessMemoryRunsOut(
+            [&] { printTLV("Error deleting video from photo Album: " + error->localizedDescription()); });
+      });
 }
 
 }  // namespace tellvane

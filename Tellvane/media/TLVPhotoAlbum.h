@@ -39,7 +39,9 @@ class TLVPhotoAlbum : public Subclass<TLVPhotoAlbum, NSObject> {
   static void createAlbum(const Decision& success);
   static void resolveAlbum(const Decision& success);
   static void refuseAccess(const Decision& success);
+  static void offerSettings();
   static void addToAlbum(const NSURL& url, const Completion& completionHandler);
+  static void deleteAsset(const std::string& localIdentifier);
 };
 
 }  // namespace tellvane

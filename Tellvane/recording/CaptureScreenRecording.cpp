@@ -1,11 +1,11 @@
 #include "Tellvane/CaptureScreenRecording.h"
 
-#include <functional>
 #include <utility>
 
 #include "Dispatch/Queue.h"
 #include "Foundation/NSTimer.h"
 #include "UIKit/UIAlertController.h"
+#include "ground/Memory.h"
 #include "ground/Switches.h"
 #include "info/LocalizedText.h"
 #include "info/TLVConstants.h"
@@ -17,12 +17,12 @@ namespace tellvane {
 namespace {
 
 /// The system calls back on a queue of its own; alerts and timers belong to the main thread.
-void onMainThread(std::function<void()> work) {
-  if (isMainThread()) {
-    work();
-  } else {
-    dispatch_async(dispatch_get_main_queue(), std::move(work));
-  }
+template <class Work>
+void onMainThread(const Work& work) {
+  unlessMemoryRunsOut([&] {
+    if (isMainThread()) return work();
+    dispatch_async(dispatch_get_main_queue(), [work] { unlessMemoryRunsOut(work); });
+  });
 }
 
 }  // namespace
@@ -47,13 +47,15 @@ bool CaptureScreenRecording::isRecording() const {
 }
 
 void CaptureScreenRecording::captureScreenRecording() {
-  const auto& recorder = RPScreenRecorder::sharedRecorder();
-  const auto self = sharedAs<CaptureScreenRecording>();
-  recorder->setDelegate(self);
-  recorder->startRecordingWithMicrophoneEnabled(microphoneEnabled(),
-                                                [self](const std::shared_ptr<NSError>& error) {
-                                                  onMainThread([self, error] { self->started(error); });
-                                                });
+  unlessMemoryRunsOut([this] {
+    const auto& recorder = RPScreenRecorder::sharedRecorder();
+    const auto self = sharedAs<CaptureScreenRecording>();
+    recorder->setDelegate(self);
+    recorder->startRecordingWithMicrophoneEnabled(microphoneEnabled(),
+                                                  [self](const std::shared_ptr<NSError>& error) {
+                                                    onMainThread([self, error] { self->started(error); });
+                                                  });
+  });
 }
 
 void CaptureScreenRecording::started(const std::shared_ptr<NSError>& error) {
@@ -61,17 +63,22 @@ void CaptureScreenRecording::started(const std::shared_ptr<NSError>& error) {
     printTLV("Start recording Error: " + error->localizedDescription());
     return;
   }
-  NSTimer::scheduledTimerWithTimeInterval(TLV_RECORDING_TIME_SEC, shared_from_this(), "stopRecording",
-                                          nullptr, false);
+  const bool willEnd = unlessMemoryRunsOut([this] {
+    NSTimer::scheduledTimerWithTimeInterval(TLV_RECORDING_TIME_SEC, shared_from_this(), "stopRecording",
+                                            nullptr, false);
+  });
+  if (!willEnd) stopRecording();
 }
 
 void CaptureScreenRecording::stopRecording() {
   if (!isRecording()) return;
-  RPScreenRecorder::sharedRecorder()->stopRecordingWithHandler(
-      [self = sharedAs<CaptureScreenRecording>()](const std::shared_ptr<RPPreviewViewController>& preview,
-                                                  const std::shared_ptr<NSError>& error) {
-        onMainThread([self, preview, error] { self->stopped(preview, error); });
-      });
+  unlessMemoryRunsOut([this] {
+    RPScreenRecorder::sharedRecorder()->stopRecordingWithHandler(
+        [self = sharedAs<CaptureScreenRecording>()](const std::shared_ptr<RPPreviewViewController>& preview,
+                                                    const std::shared_ptr<NSError>& error) {
+          onMainThread([self, preview, error] { self->stopped(preview, error); });
+        });
+  });
 }
 
 void CaptureScreenRecording::stopped(const std::shared_ptr<RPPreviewViewController>& preview,
@@ -103,8 +110,10 @@ void CaptureScreenRecording::offer(const std::shared_ptr<RPPreviewViewController
   alert->addAction(
       UIAlertAction::actionWithTitle(localizedText("Save"), UIAlertActionStyle::default_,
                                      [preview, presenter](const std::shared_ptr<UIAlertAction>&) {
-                                       if (const auto top = presenter->lock())
-                                         top->presentViewController(preview, true);
+                                       unlessMemoryRunsOut([&] {
+                                         if (const auto top = presenter->lock())
+                                           top->presentViewController(preview, true);
+                                       });
                                      }));
   if (abrupt) {
     alert->addAction(

@@ -5,6 +5,7 @@
 #include "Foundation/NSNotificationCenter.h"
 #include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
 #include "UIKit/UIApplication.h"
+#include "ground/Memory.h"
 #include "ground/Switches.h"
 #include "info/TLVConstants.h"
 #include "info/printTLV.h"
@@ -51,7 +52,11 @@ bool TLVCaptureScreenRecording::isRecording() const {
 
 void TLVCaptureScreenRecording::captureScreenRecording() {
   // Two recorders would be answered by one permission, and only one of them would ever be stopped.
-  if (std::exchange(starting_, true)) return;
+  if (starting_.exchange(true)) return;
+  if (!unlessMemoryRunsOut([this] { startRecorder(); })) starting_ = false;
+}
+
+void TLVCaptureScreenRecording::startRecorder() {
   const auto recorder = std::make_shared<TLVScreenRecorder>(kBitRate, kFramesPerSecond, microphoneEnabled());
   {
     auto earlier = recorder;  // released after the lock
@@ -61,7 +66,7 @@ void TLVCaptureScreenRecording::captureScreenRecording() {
   recorder->setDelegate(shared_from_this());
   recorder->startTLVScreenRecording([self = sharedAs<TLVCaptureScreenRecording>()](bool success) {
     self->starting_ = false;
-    if (success) printTLV("Screen recording started");
+    if (success) unlessMemoryRunsOut([] { printTLV("Screen recording started"); });
   });
 }
 
@@ -69,24 +74,32 @@ void TLVCaptureScreenRecording::stopRecording() {
   if (!isRecording()) return;
   const auto recorder = screenRecorder();
   if (!recorder) return;
-  recorder->stopTLVRecordingWithCompletion(
-      [self = sharedAs<TLVCaptureScreenRecording>(), recorder](std::optional<std::string> localIdentifier) {
-        self->recordingEnded(recorder, localIdentifier);
-      });
+  const bool willAsk = unlessMemoryRunsOut([&] {
+    recorder->stopTLVRecordingWithCompletion(
+        [self = sharedAs<TLVCaptureScreenRecording>(), recorder](std::optional<std::string> localIdentifier) {
+          self->recordingEnded(recorder, localIdentifier);
+        });
+  });
+  if (willAsk) return;
+  // It must not go on all the same, with the microphone on and maybe in the background.
+  recorder->stopTLVRecordingWithCompletion(nullptr);
+  recordingEnded(recorder, std::nullopt);
 }
 
 void TLVCaptureScreenRecording::recordingEnded(const std::shared_ptr<TLVScreenRecorder>& recorder,
                                                const std::optional<std::string>& localIdentifier) {
-  printTLV("Screen recording ended");
+  unlessMemoryRunsOut([] { printTLV("Screen recording ended"); });
   {
     MutexLock lock(mutex_);
     // By now the next recording may have been started.
     if (screenRecorder_ == recorder) screenRecorder_ = nullptr;
   }
   if (!localIdentifier) return;
-  const auto screen =
-      std::make_shared<TLVSaveRecordingViewController>(*localIdentifier, kInterfaceFile, TLV_BUNDLE());
-  presentOnTop(screen);
+  unlessMemoryRunsOut([&] {
+    const auto screen =
+        std::make_shared<TLVSaveRecordingViewController>(*localIdentifier, kInterfaceFile, TLV_BUNDLE());
+    presentOnTop(screen);
+  });
 }
 
 void TLVCaptureScreenRecording::stopRecordingAtDesiredTime(double seconds) {
@@ -94,7 +107,7 @@ void TLVCaptureScreenRecording::stopRecordingAtDesiredTime(double seconds) {
 }
 
 void TLVCaptureScreenRecording::handleAppBecameInActive() {
-  printTLV("App went to background");
+  unlessMemoryRunsOut([] { printTLV("App went to background"); });
   stopRecording();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,10 +38,11 @@ class TLVCaptureScreenRecording : public Subclass<TLVCaptureScreenRecording, NSO
   void stopRecordingAtDesiredTime(double seconds);
   void recordingEnded(const std::shared_ptr<TLVScreenRecorder>& recorder,
                       const std::optional<std::string>& localIdentifier);
+  void startRecorder();
   std::shared_ptr<TLVScreenRecorder> screenRecorder() const;
 
-  bool starting_ = false;  // main thread
-  mutable Mutex mutex_;    // held only for copying
+  std::atomic<bool> starting_ = false;
+  mutable Mutex mutex_;  // held only for copying
   std::shared_ptr<TLVScreenRecorder> screenRecorder_ IOS_GUARDED_BY(mutex_);
 };
 

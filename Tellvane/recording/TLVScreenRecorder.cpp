@@ -5,6 +5,7 @@
 #include "Foundation/NSRunLoop.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIScreen.h"
+#include "ground/Memory.h"
 #include "ground/Threading.h"
 #include "info/printTLV.h"
 #include "recording/FrameTiming.h"
@@ -43,15 +44,20 @@ TLVScreenRecorder::TLVScreenRecorder(double bitRate, long fps, bool recordWithMi
 }
 
 void TLVScreenRecorder::startTLVScreenRecording(std::function<void(bool)> completion) {
-  const auto self = sharedAs<TLVScreenRecorder>();
-  const auto startWith = [self, completion = std::move(completion)](bool granted) {
-    runOnMainThread([&] { self->startOnMainThread(granted, completion); });
-  };
-  if (shouldRecordAudio_) {
-    AVAudioSession::sharedInstance()->requestRecordPermission(startWith);
-  } else {
-    startWith(false);
-  }
+  const auto reached = unlessMemoryRunsOut([&] {
+    const auto self = sharedAs<TLVScreenRecorder>();
+    const auto startWith = [self, completion](bool granted) {
+      const bool reached = unlessMemoryRunsOut(
+          [&] { runOnMainThread([&] { self->startOnMainThread(granted, completion); }); });
+      if (!reached && completion) completion(false);
+    };
+    if (shouldRecordAudio_) {
+      AVAudioSession::sharedInstance()->requestRecordPermission(startWith);
+    } else {
+      startWith(false);
+    }
+  });
+  if (!reached && completion) completion(false);
 }
 
 void TLVScreenRecorder::startOnMainThread(bool microphoneGranted,
@@ -61,18 +67,39 @@ void TLVScreenRecorder::startOnMainThread(bool microphoneGranted,
     if (completion) completion(isRecording_);
     return;
   }
-  if (microphoneGranted) setUpAudioCapture();
-  if (!isRecording_) {
-    setUpWriter();
-    isRecording_ = videoWriter_ && videoWriter_->status() == AVAssetWriterStatusWriting;
-    if (!isRecording_) movie_ = nullptr;
-    if (videoWriter_) {
-      displayLink_ = CADisplayLink::displayLinkWithTarget(shared_from_this(), "writeVideoFrame");
-      displayLink_->setFrameInterval(displayLinkInterval(desiredFPS_));
-      displayLink_->addToRunLoop(NSRunLoop::mainRunLoop(), NSRunLoopCommonModes);
-    }
-  }
+  const bool prepared = unlessMemoryRunsOut([&] {
+    if (microphoneGranted) setUpAudioCapture();
+    if (!isRecording_) setUpRecording();
+  });
+  if (!prepared && !isRecording_) giveUpStart();
   if (completion) completion(isRecording_);
+}
+
+void TLVScreenRecorder::setUpRecording() {
+  setUpWriter();
+  const bool writes = videoWriter_ && videoWriter_->status() == AVAssetWriterStatusWriting;
+  if (!writes) movie_ = nullptr;
+  if (!videoWriter_) return;
+  displayLink_ = CADisplayLink::displayLinkWithTarget(shared_from_this(), "writeVideoFrame");
+  displayLink_->setFrameInterval(displayLinkInterval(desiredFPS_));
+  displayLink_->addToRunLoop(NSRunLoop::mainRunLoop(), NSRunLoopCommonModes);
+  isRecording_ = writes;
+}
+
+void TLVScreenRecorder::giveUpStart() {
+  std::shared_ptr<AVCaptureSession> session;
+  {
+    MutexLock lock(sharedFields_);
+    session = std::move(captureSession_);
+    audioCaptureOutput_ = nullptr;
+  }
+  if (session) session->stopRunning();
+  if (displayLink_) displayLink_->invalidate();
+  if (videoWriter_) videoWriter_->cancelWriting();
+  videoWriter_ = nullptr;
+  videoWriterInput_ = nullptr;
+  movie_ = nullptr;
+  unlessMemoryRunsOut([] { printTLV("Could not create video writer: there is not enough memory"); });
 }
 
 void TLVScreenRecorder::setUpWriter() {

@@ -79,7 +79,9 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
  private:
   // Start: TLVScreenRecorder.cpp.
   void startOnMainThread(bool microphoneGranted, const std::function<void(bool)>& completion);
+  void setUpRecording();
   void setUpWriter();
+  void giveUpStart();
   CGSize pixelSize() const { return {viewSize_.width * scale_, viewSize_.height * scale_}; }
 
   // Frames: TLVScreenRecorderFrames.cpp.
@@ -99,7 +101,10 @@ class TLVScreenRecorder : public Subclass<TLVScreenRecorder, NSObject> {
                                           const std::shared_ptr<AVCaptureConnection>& connection);
 
   // End: TLVScreenRecorderCompletion.cpp.
-  void completeRecordingSession(std::function<void(std::optional<std::string>)> completion);
+  struct Ending;
+  void completeRecordingSession(const std::shared_ptr<Ending>& ending);
+  void finishMovie(const std::shared_ptr<Ending>& ending);
+  void saveMovie(const std::shared_ptr<Ending>& ending);
 
   std::atomic<bool> isRecording_ = false;
   // A recorder stops once, whoever comes first: a trigger on the main thread, or the frame past the limit.

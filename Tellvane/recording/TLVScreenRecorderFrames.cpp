@@ -1,6 +1,7 @@
 #include "Foundation/NSRunLoop.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIGraphics.h"
+#include "ground/Memory.h"
 #include "info/printTLV.h"
 #include "recording/FrameTiming.h"
 #include "recording/TLVScreenRecorder.h"
@@ -14,10 +15,13 @@ void TLVScreenRecorder::writeVideoFrame() {
     return;
   }
   if (dispatch_semaphore_wait(frameRenderingSemaphore_, DISPATCH_TIME_NOW) != 0) return;
-  dispatch_async(render_queue_, [self = sharedAs<TLVScreenRecorder>()] {
-    self->renderFrame();
-    dispatch_semaphore_signal(self->frameRenderingSemaphore_);
+  const bool queued = unlessMemoryRunsOut([this] {
+    dispatch_async(render_queue_, [self = sharedAs<TLVScreenRecorder>()] {
+      unlessMemoryRunsOut([&] { self->renderFrame(); });
+      dispatch_semaphore_signal(self->frameRenderingSemaphore_);
+    });
   });
+  if (!queued) dispatch_semaphore_signal(frameRenderingSemaphore_);
 }
 
 void TLVScreenRecorder::renderFrame() {
@@ -38,21 +42,26 @@ void TLVScreenRecorder::renderFrame() {
 
   CVPixelBufferRef pixelBuffer;
   const CGContextRef context = createPixelBufferAndBitmapContext(pixelBuffer);
-  if (!context) {
-    if (pixelBuffer) CVPixelBufferUnlockBaseAddress(pixelBuffer, 0);
-    return;
-  }
+  if (!pixelBuffer) return;
+  // Until the frame has been appended, or given up.
+  const std::shared_ptr<void> locked(
+      nullptr, [pixelBuffer](void*) { CVPixelBufferUnlockBaseAddress(pixelBuffer, 0); });
+  if (!context) return;
   callDelegate(context, elapsed);
-  dispatch_sync(dispatch_get_main_queue(), [&] { drawWindows(context); });
+  bool drawn = false;
+  dispatch_sync(dispatch_get_main_queue(),
+                [&] { drawn = unlessMemoryRunsOut([&] { drawWindows(context); }); });
+  if (!drawn) return;
 
-  if (dispatch_semaphore_wait(pixelAppendSemaphore_, DISPATCH_TIME_NOW) != 0) {
-    CVPixelBufferUnlockBaseAddress(pixelBuffer, 0);
-    return;
-  }
-  dispatch_async(append_pixelBuffer_queue_, [self = sharedAs<TLVScreenRecorder>(), pixelBuffer, time] {
-    self->appendFrame(pixelBuffer, time);
-    dispatch_semaphore_signal(self->pixelAppendSemaphore_);
+  if (dispatch_semaphore_wait(pixelAppendSemaphore_, DISPATCH_TIME_NOW) != 0) return;
+  const bool queued = unlessMemoryRunsOut([&] {
+    dispatch_async(append_pixelBuffer_queue_,
+                   [self = sharedAs<TLVScreenRecorder>(), locked, pixelBuffer, time] {
+                     unlessMemoryRunsOut([&] { self->appendFrame(pixelBuffer, time); });
+                     dispatch_semaphore_signal(self->pixelAppendSemaphore_);
+                   });
   });
+  if (!queued) dispatch_semaphore_signal(pixelAppendSemaphore_);
 }
 
 CGContextRef TLVScreenRecorder::createPixelBufferAndBitmapContext(CVPixelBufferRef& pixelBuffer) {
@@ -82,25 +91,25 @@ void TLVScreenRecorder::callDelegate(const CGContextRef& context, double elapsed
 }
 
 void TLVScreenRecorder::drawWindows(const CGContextRef& context) {
-  UIGraphicsPushContext(context);
+  struct Pushed {
+    explicit Pushed(const CGContextRef& context) { UIGraphicsPushContext(context); }
+    ~Pushed() { UIGraphicsPopContext(); }
+  } pushed(context);
   const CGRect screen = CGRectMake(0, 0, viewSize_.width, viewSize_.height);
   for (const auto& window : UIApplication::sharedApplication()->windows()) {
     window->drawViewHierarchyInRectAfterScreenUpdates(screen, false);
   }
-  UIGraphicsPopContext();
 }
 
 void TLVScreenRecorder::appendFrame(const CVPixelBufferRef& pixelBuffer, const CMTime& time) {
   // The first frame after a second pause has the same time as the last one before it, and would
   // make the writer fail.
   const bool follows = !lastAppended_ || CMTimeCompare(*lastAppended_, time) < 0;
-  if (follows) {
-    lastAppended_ = time;
-    if (!avAdaptor_->appendPixelBuffer(pixelBuffer, time)) {
-      printTLV("TLVScreen Recording: Unable to write buffer to video : " + logText(videoWriter_->error()));
-    }
+  if (!follows) return;
+  lastAppended_ = time;
+  if (!avAdaptor_->appendPixelBuffer(pixelBuffer, time)) {
+    printTLV("TLVScreen Recording: Unable to write buffer to video : " + logText(videoWriter_->error()));
   }
-  CVPixelBufferUnlockBaseAddress(pixelBuffer, 0);
 }
 
 }  // namespace tellvane

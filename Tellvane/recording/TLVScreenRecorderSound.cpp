@@ -1,4 +1,5 @@
 #include "AVFoundation/AVCaptureDevice.h"
+#include "ground/Memory.h"
 #include "info/printTLV.h"
 #include "recording/TLVScreenRecorder.h"
 
@@ -6,18 +7,22 @@ namespace tellvane {
 
 void TLVScreenRecorder::pauseRecording() {
   if (!displayLink_ || displayLink_->isPaused()) return;
-  {
-    MutexLock lock(sharedFields_);
-    pauseResumeTimeRanges_.push_back(displayLink_->timestamp());
-  }
-  printTLV("Paused recording");
-  displayLink_->setPaused(true);
+  unlessMemoryRunsOut([this] {
+    {
+      MutexLock lock(sharedFields_);
+      pauseResumeTimeRanges_.push_back(displayLink_->timestamp());
+    }
+    displayLink_->setPaused(true);
+    printTLV("Paused recording");
+  });
 }
 
 void TLVScreenRecorder::resumeRecording() {
   if (!displayLink_ || !displayLink_->isPaused()) return;
-  printTLV("Resumed recording");
-  displayLink_->setPaused(false);
+  unlessMemoryRunsOut([this] {
+    displayLink_->setPaused(false);
+    printTLV("Resumed recording");
+  });
 }
 
 void TLVScreenRecorder::setUpAudioCapture() {
@@ -66,7 +71,9 @@ void TLVScreenRecorder::captureOutputDidOutputSampleBuffer(const std::shared_ptr
     }
     sound = audioInput_;
   }
-  if (isRecording_ && sound && sound->isReadyForMoreMediaData()) sound->appendSampleBuffer(sampleBuffer);
+  unlessMemoryRunsOut([&] {
+    if (isRecording_ && sound && sound->isReadyForMoreMediaData()) sound->appendSampleBuffer(sampleBuffer);
+  });
 }
 
 }  // namespace tellvane

@@ -6,6 +6,7 @@
 #include "Foundation/NSNotificationCenter.h"
 #include "Foundation/NSRunLoop.h"
 #include "UIKit/UIApplication.h"
+#include "ground/Memory.h"
 #include "info/TLVConstants.h"
 #include "triggers/UIApplication+TopViewController.h"
 
@@ -58,6 +59,10 @@ void GestureListeners::setTripleTapGesture(std::shared_ptr<UITapGestureRecognize
 }
 
 void GestureListeners::addTapGesturesToKeyWindow() {
+  unlessMemoryRunsOut([this] { installOnKeyWindow(); });
+}
+
+void GestureListeners::installOnKeyWindow() {
   for (const auto& recognizer : outgoing_) takeOff(recognizer);
   outgoing_ = {threeTapsGesture_, tripleTapGesture_};
   threeTapsGesture_ = std::make_shared<UITapGestureRecognizer>(shared(), "gestureSuccess");
@@ -77,6 +82,10 @@ std::shared_ptr<UIViewController> GestureListeners::getParentVc(
 }
 
 void GestureListeners::gestureSuccess() {
+  unlessMemoryRunsOut([this] { announce(); });
+}
+
+void GestureListeners::announce() {
   if (const auto root = getParentVc(topViewController())) {
     if (const auto presenter = root->presentingViewController()) {
       if (takesNoTriggers(*root) || takesNoTriggers(*presenter)) return;

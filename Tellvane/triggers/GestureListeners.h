@@ -41,6 +41,8 @@ class GestureListeners : public Subclass<GestureListeners, NSObject> {
   virtual void addTapGesturesToKeyWindow();
 
  private:
+  void announce();
+  void installOnKeyWindow();
   /// The outermost container of `controller`; empty for an empty one.
   virtual std::shared_ptr<UIViewController> getParentVc(
       const std::shared_ptr<UIViewController>& controller) const;

@@ -3,6 +3,7 @@
 #include "Dispatch/Queue.h"
 #include "Dispatch/Time.h"
 #include "UIKit/UIPopoverPresentationController.h"
+#include "ground/Memory.h"
 #include "triggers/UIApplication+TopViewController.h"
 
 namespace tellvane {
@@ -34,8 +35,10 @@ void presentOnTop(const std::shared_ptr<UIViewController>& controller,
   if (top && isBeingClosed(*top)) {
     // A fraction of the time that closing takes.
     const auto soon = dispatch_time(DISPATCH_TIME_NOW, static_cast<std::int64_t>(NSEC_PER_SEC / 20));
-    dispatch_after(soon, dispatch_get_main_queue(),
-                   [controller, tried = std::move(tried)] { presentOnTop(controller, tried); });
+    dispatch_after(soon, dispatch_get_main_queue(), [controller, tried = std::move(tried)] {
+      const bool told = unlessMemoryRunsOut([&] { presentOnTop(controller, tried); });
+      if (!told && tried) tried(nullptr);
+    });
     return;
   }
   if (top) {

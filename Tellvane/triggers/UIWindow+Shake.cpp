@@ -1,5 +1,6 @@
 #include "triggers/UIWindow+Shake.h"
 
+#include "ground/Memory.h"
 #include "info/printTLV.h"
 #include "triggers/GestureListeners.h"
 
@@ -11,10 +12,12 @@ const Category kShake{UIWindow::classObject(), {{"motionEnded:withEvent:", &moti
 }  // namespace
 
 void motionEnded(UIWindow& window, UIEventSubtype motion, const std::shared_ptr<UIEvent>& event) {
-  sendSuper(window, UIWindow::classObject(), "motionEnded:withEvent:", motion, event);
-  if (!event || motion != UIEventSubtype::motionShake || event->type() != UIEventType::motion) return;
-  printTLV("Shake Detected");
-  GestureListeners::shared()->gestureSuccess();
+  unlessMemoryRunsOut([&] {
+    sendSuper(window, UIWindow::classObject(), "motionEnded:withEvent:", motion, event);
+    if (!event || motion != UIEventSubtype::motionShake || event->type() != UIEventType::motion) return;
+    printTLV("Shake Detected");
+    GestureListeners::shared()->gestureSuccess();
+  });
 }
 
 void keepShakeExtension() {}

@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "Device/Device.h"
+#include "Device/Files.h"
 
 namespace ios {
 
@@ -109,10 +110,7 @@ std::optional<FileError> Applications::uninstall(const std::string& bundleIdenti
 
 std::vector<InstalledApplication> Applications::all() const {
   std::vector<InstalledApplication> applications;
-  std::error_code error;
-  fs::directory_iterator entries(folder(), error);
-  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
-    const fs::path& bundle = entries->path();
+  for (const fs::path& bundle : filesIn(folder())) {
     if (bundle.filename().string().starts_with('.')) continue;
     std::string problem;
     auto info = PropertyList::parse(bundle / "Info.plist", &problem);

@@ -1,5 +1,6 @@
 #include "Device/Files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -11,7 +12,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <set>
+#include <string_view>
 #include <utility>
 
 #include "Base/FileDescriptor.h"
@@ -168,19 +171,35 @@ fs::path temporaryNameBeside(const fs::path& path) {
                                std::to_string(++count) + ".tmp");
 }
 
+std::vector<fs::path> filesIn(const fs::path& folder, FileError* error) {
+  struct Close {
+    void operator()(DIR* opened) const { ::closedir(opened); }
+  };
+  const std::unique_ptr<DIR, Close> opened(::opendir(folder.c_str()));
+  std::vector<fs::path> files;
+  errno = opened ? 0 : errno;
+  while (const dirent* entry = opened ? ::readdir(opened.get()) : nullptr) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") files.push_back(folder / name);
+    errno = 0;
+  }
+  if (errno != 0) {
+    if (error) *error = {errno, "read", folder};
+    files.clear();
+  }
+  return files;
+}
+
 void sweepTemporaryFiles(const fs::path& folder) {
-  std::error_code error;
-  fs::directory_iterator entries(folder, error);
   std::vector<fs::path> strays;
-  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
+  for (const fs::path& file : filesIn(folder)) {
     // ".<name>.<process>.<count>.tmp"
-    const std::string name = entries->path().filename().string();
+    const std::string name = file.filename().string();
     if (!name.starts_with('.') || !name.ends_with(".tmp")) continue;
     const std::string start = name.substr(0, name.size() - 4);
     const std::string withoutCount = start.substr(0, start.rfind('.'));
     const long process = std::strtol(withoutCount.c_str() + withoutCount.rfind('.') + 1, nullptr, 10);
-    if (process > 0 && ::kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH)
-      strays.push_back(entries->path());
+    if (process > 0 && ::kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH) strays.push_back(file);
   }
   // A file that cannot be removed does no harm; the next start tries again.
   for (const auto& stray : strays) static_cast<void>(removeTree(stray));

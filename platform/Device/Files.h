@@ -44,6 +44,10 @@ std::optional<std::vector<std::uint8_t>> readFile(const std::filesystem::path& p
 [[nodiscard]] std::optional<FileError> copyTree(const std::filesystem::path& from,
                                                 const std::filesystem::path& to);
 
+/// What lies in a folder, in no order; empty, with `error` set, when it cannot be read. For sources that must live
+/// where memory runs out: the standard library's iterators end the process then.
+std::vector<std::filesystem::path> filesIn(const std::filesystem::path& folder, FileError* error = nullptr);
+
 /// A name beside `path` for an unfinished file: hidden, and unique to this process.
 std::filesystem::path temporaryNameBeside(const std::filesystem::path& path);
 /// Removes from `folder` the unfinished files of processes that have ended.

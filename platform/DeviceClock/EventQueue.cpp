@@ -9,8 +9,13 @@ namespace ios {
 EventQueue::Id EventQueue::add(Instant deadline, Lane lane, Work fire) {
   // Events of one deadline are in the order of their identifiers.
   const Id id = orderingSeed() == 0 ? ++lastId_ : shuffled(++lastId_, orderingSeed());
-  events_.emplace(std::pair(deadline, id), Event{lane, std::move(fire)});
-  deadlines_.emplace(id, deadline);
+  const auto entry = deadlines_.emplace(id, deadline).first;
+  try {
+    events_.emplace(std::pair(deadline, id), Event{lane, std::move(fire)});
+  } catch (...) {
+    deadlines_.erase(entry);
+    throw;
+  }
   return id;
 }
 

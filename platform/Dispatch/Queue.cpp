@@ -1,5 +1,6 @@
 #include "Dispatch/Queue.h"
 
+#include <new>
 #include <set>
 #include <utility>
 #include <vector>
@@ -11,8 +12,12 @@
 namespace ios {
 namespace {
 
-// The queues whose blocks the thread is inside of, outermost first.
-thread_local std::vector<const DispatchQueue*> running;
+/// A queue whose block the thread is inside of, and the one around it.
+struct Running {
+  const DispatchQueue* queue;
+  const Running* outer;
+};
+thread_local const Running* running = nullptr;
 
 // Every queue, for the clock's account of what is pending.
 class Registry {
@@ -88,8 +93,8 @@ std::string DispatchQueue::pending() const {
 
 bool DispatchQueue::isCurrent() const {
   if (kind_ == Kind::main) return isMainThread();
-  for (const auto* queue : running) {
-    for (; queue; queue = queue->target_.get()) {
+  for (const auto* inside = running; inside; inside = inside->outer) {
+    for (const auto* queue = inside->queue; queue; queue = queue->target_.get()) {
       if (queue == this) return true;
     }
   }
@@ -97,9 +102,10 @@ bool DispatchQueue::isCurrent() const {
 }
 
 void DispatchQueue::run(const dispatch_block_t& block) noexcept {
-  running.push_back(this);
+  const Running here{this, running};
+  running = &here;
   block();
-  running.pop_back();
+  running = here.outer;
 }
 
 void DispatchQueue::async(dispatch_block_t block) {
@@ -118,12 +124,17 @@ void DispatchQueue::async(dispatch_block_t block) {
 }
 
 void DispatchQueue::enqueue(Item item) {
-  {
-    MutexLock lock(mutex_);
-    items_.push_back(std::move(item));
-    if (std::exchange(hasTurn_, true)) return;
+  MutexLock lock(mutex_);
+  items_.push_back(std::move(item));
+  if (hasTurn_) return;
+  try {
+    // Under the lock: where memory runs out, nobody may rely on the turn already.
+    askForTurn();
+  } catch (...) {
+    items_.pop_back();
+    throw;
   }
-  askForTurn();
+  hasTurn_ = true;
 }
 
 void DispatchQueue::askForTurn() {
@@ -169,7 +180,11 @@ void DispatchQueue::giveUpTurn() {
       return;
     }
   }
-  askForTurn();
+  try {
+    askForTurn();
+  } catch (const std::bad_alloc&) {
+    drain();  // late is better than never: the turn is still this thread's
+  }
 }
 
 void DispatchQueue::refuseDeadlock() const {

@@ -17,7 +17,7 @@ class DispatchSemaphore {
   explicit DispatchSemaphore(long count) : count_(count) {}
 
   bool wait(dispatch_time_t timeout) {
-    auto parking = std::make_shared<Clock::Parking>();
+    std::shared_ptr<Clock::Parking> parking;
     {
       MutexLock lock(mutex_);
       if (count_ > 0) {
@@ -25,6 +25,7 @@ class DispatchSemaphore {
         return true;
       }
       if (timeout == DISPATCH_TIME_NOW) return false;
+      parking = std::make_shared<Clock::Parking>();
       waiters_.push_back(parking);
     }
     if (park(parking, timeout)) return true;

@@ -1,6 +1,7 @@
 #include "Dispatch/WorkerPool.h"
 
 #include <atomic>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -32,23 +33,26 @@ WorkerPool& WorkerPool::standard() {
 }
 
 void WorkerPool::submit(std::function<void()> task) {
-  Clock::shared().beginWork();
   {
     MutexLock lock(mutex_);
+    startThreadFor(tasks_.size() + 1);
     tasks_.push_back(std::move(task));
-    startThreadIfNeeded();
+    // Once nothing can fail any more, and before anybody can take the task.
+    Clock::shared().beginWork();
   }
   wake_.notify_one();
 }
 
-void WorkerPool::startThreadIfNeeded() {
+void WorkerPool::startThreadFor(std::size_t tasks) {
   // With a seed one at a time, so that the order is the seed's and not the machine's.
-  if (tasks_.size() <= idle_ || threads_ - blocked_ >= (orderingSeed() == 0 ? kRunningThreads : 1)) return;
+  if (tasks <= idle_ || threads_ - blocked_ >= (orderingSeed() == 0 ? kRunningThreads : 1)) return;
   try {
     std::thread([this] { run(); }).detach();
     ++threads_;
   } catch (const std::system_error&) {
     // The system has no thread left. The task waits for one of ours, or for the next attempt.
+  } catch (const std::bad_alloc&) {
+    if (threads_ == 0) throw;
   }
 }
 
@@ -75,7 +79,7 @@ WorkerPool::BlockedThread::BlockedThread() {
   if (!currentPool) return;
   MutexLock lock(currentPool->mutex_);
   ++currentPool->blocked_;
-  currentPool->startThreadIfNeeded();
+  currentPool->startThreadFor(currentPool->tasks_.size());
 }
 
 WorkerPool::BlockedThread::~BlockedThread() {

@@ -17,7 +17,7 @@ class WorkerPool {
   static WorkerPool& standard();
 
   /// Runs `task` on a thread of the pool and destroys it there. It counts as the clock's work from now until
-  /// then. Never blocks.
+  /// then. Never blocks. Where memory runs out it throws, and the task is not run.
   void submit(std::function<void()> task);
 
   /// Marks a wait of the calling thread: if it is one of a pool's, another may take
@@ -33,7 +33,8 @@ class WorkerPool {
  private:
   WorkerPool() = default;
   void run();
-  void startThreadIfNeeded() IOS_REQUIRES(mutex_);
+  /// For `tasks` that wait.
+  void startThreadFor(std::size_t tasks) IOS_REQUIRES(mutex_);
 
   // More than the two cores of a small machine keep busy; threads that wait inside a block do not count.
   static constexpr std::size_t kRunningThreads = 4;

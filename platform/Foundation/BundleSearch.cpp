@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "Device/Files.h"
 #include "Foundation/Private/BundleSearch.h"
 
 namespace ios {
@@ -21,12 +22,8 @@ class Search {
   }
 
   void lookInside(const fs::path& folder) {
-    std::error_code error;
-    std::vector<fs::path> entries;
-    for (fs::directory_iterator entry(folder, error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
-      if (entry->path().extension() == ".framework") entries.push_back(entry->path());
-    }
+    std::vector<fs::path> entries = filesIn(folder);
+    std::erase_if(entries, [](const fs::path& entry) { return entry.extension() != ".framework"; });
     std::sort(entries.begin(), entries.end());  // the order on disk differs from machine to machine
     for (const auto& entry : entries) lookAt(entry);
   }

@@ -96,10 +96,16 @@ void performSelectorAfterDelay(const id& target, Selector selector, const id& ar
   if (!isMainThread()) return;
   Clock& clock = Clock::shared();
   auto perform = std::make_shared<DelayedPerform>(DelayedPerform{target, action, argument});
-  delayedPerforms().push_back(perform);
-  perform->event = clock.schedule(clock.now() + durationFromSeconds(delay), Clock::Lane::main, [perform] {
-    NSRunLoop::mainRunLoop()->performWhenMode(NSDefaultRunLoopMode, [perform] { callNow(perform); });
-  });
+  auto& performs = delayedPerforms();
+  performs.push_back(perform);
+  try {
+    perform->event = clock.schedule(clock.now() + durationFromSeconds(delay), Clock::Lane::main, [perform] {
+      NSRunLoop::mainRunLoop()->performWhenMode(NSDefaultRunLoopMode, [perform] { callNow(perform); });
+    });
+  } catch (...) {
+    performs.remove(perform);
+    throw;
+  }
 }
 
 void cancelPreviousPerformRequestsWithTarget(const NSObject& target) {

@@ -2,10 +2,10 @@
 // faults (Device/Files.h).
 
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <new>
 
 #include "Device/Files.h"
@@ -27,11 +27,16 @@ sqlite3_file* realOf(sqlite3_file* file) {
   return fileOf(file).real();
 }
 
-int refusal(const char* operation, const char* name, int otherwise) {
+/// SQLite is C: no exception may pass through it.
+int refusal(const char* operation, const char* name, int otherwise) noexcept {
   if (!name) return SQLITE_OK;
-  const auto problem = diskRefusal(operation, name);
-  if (!problem) return SQLITE_OK;
-  return problem->code == ENOSPC ? SQLITE_FULL : otherwise;
+  try {
+    const auto problem = diskRefusal(operation, name);
+    if (!problem) return SQLITE_OK;
+    return problem->code == ENOSPC ? SQLITE_FULL : otherwise;
+  } catch (const std::bad_alloc&) {
+    return SQLITE_IOERR_NOMEM;
+  }
 }
 
 int closeFile(sqlite3_file* file) {
@@ -97,8 +102,7 @@ int openFile(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int*
       lockShared, sharedBarrier, unmapShared, nullptr,     nullptr};
   File& opened = *new (file) File{};
   opened.name = name;
-  std::error_code error;
-  if ((flags & SQLITE_OPEN_CREATE) && name && !std::filesystem::exists(name, error)) {
+  if ((flags & SQLITE_OPEN_CREATE) && name && ::access(name, F_OK) != 0) {
     if (const int code = refusal("create", name, SQLITE_CANTOPEN)) return code;
   }
   std::memset(opened.real(), 0, static_cast<std::size_t>(systemDisk().szOsFile));

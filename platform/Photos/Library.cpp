@@ -116,15 +116,22 @@ LibraryResult<> Library::apply(const Changes& changes) {
   // Before the transaction, which keeps other processes waiting.
   auto incoming = IOS_TRY(takeIn(changes));
 
+  // Also where memory runs out: a transaction that stayed open would refuse all that follow.
+  struct Transaction {
+    ~Transaction() {
+      if (database) database->rollBack();
+    }
+    const std::unique_ptr<Database>& database;
+  };
   IOS_TRY(run(kChange, "BEGIN IMMEDIATE"));
-  const auto removed = write(changes, incoming);
-  if (!removed) {
-    if (database_) database_->rollBack();
-    return failure(removed.error());
+  std::vector<std::int64_t> removed;
+  {
+    const Transaction transaction{database_};
+    removed = IOS_TRY(write(changes, incoming));
+    IOS_TRY(run(kChange, "COMMIT"));
   }
-  IOS_TRY(run(kChange, "COMMIT"));
   for (Incoming& kept : incoming) kept.file.clear();
-  for (const std::int64_t number : *removed) {
+  for (const std::int64_t number : removed) {
     // It is not an asset any more; if the disk refuses, the next opening sweeps it.
     if (const auto problem = removeTree(folder_.movie(number))) deviceLog(problem->description());
   }

@@ -1,5 +1,6 @@
 #include "Photos/PHPhotoLibrary.h"
 
+#include <new>
 #include <utility>
 
 #include "Base/Programming.h"
@@ -52,6 +53,23 @@ std::shared_ptr<NSError> accessRefusal() {
                                    "this application may not use the photo library");
 }
 
+/// Makes what `changes` asks for; the error of what failed.
+std::shared_ptr<NSError> outcome(const std::function<void()>& changes) {
+  try {
+    if (auto refusal = accessRefusal()) return refusal;
+    photos::Changes asked;
+    if (changes) {
+      const photos::Changes::Scope scope(asked);
+      changes();
+    }
+    const auto applied = photos::Library::shared().apply(asked);
+    return applied ? nullptr : applied.error();
+  } catch (const std::bad_alloc&) {
+    return std::make_shared<NSError>(PHPhotosErrorDomain, PHPhotosErrorInternalError,
+                                     "there is not enough memory to change the photo library");
+  }
+}
+
 }  // namespace
 
 const std::shared_ptr<PHPhotoLibrary>& PHPhotoLibrary::sharedPhotoLibrary() {
@@ -83,19 +101,15 @@ void PHPhotoLibrary::performChanges(std::function<void()> changes,
                                     std::function<void(bool, std::shared_ptr<NSError>)> completion) {
   const auto finish = [completion = std::move(completion)](const std::shared_ptr<NSError>& error) {
     if (!completion) return;
-    dispatch_async(photos::Library::shared().completionQueue(),
-                   [completion, error] { completion(!error, error); });
-  };
-  dispatch_async(photos::Library::shared().queue(), [changes = std::move(changes), finish] {
-    if (const auto refusal = accessRefusal()) return finish(refusal);
-    photos::Changes asked;
-    if (changes) {
-      const photos::Changes::Scope scope(asked);
-      changes();
+    try {
+      dispatch_async(photos::Library::shared().completionQueue(),
+                     [completion, error] { completion(!error, error); });
+    } catch (const std::bad_alloc&) {
+      completion(!error, error);  // from here, rather than never
     }
-    const auto applied = photos::Library::shared().apply(asked);
-    finish(applied ? nullptr : applied.error());
-  });
+  };
+  dispatch_async(photos::Library::shared().queue(),
+                 [changes = std::move(changes), finish] { finish(outcome(changes)); });
 }
 
 }  // namespace ios

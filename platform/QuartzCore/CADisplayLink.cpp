@@ -73,7 +73,6 @@ void CADisplayLink::arm(std::int64_t refresh) {
   if (!attached_ || paused_ || armed_) return;
   const auto self = sharedAs<CADisplayLink>();
   if (!self) programmingError("a display link must be held by a shared reference");
-  armed_ = true;
   const std::uint64_t arming = ++arming_;
   Clock& clock = Clock::shared();
   // Through the main queue: while the main thread is busy, one tick waits there for all the
@@ -81,6 +80,7 @@ void CADisplayLink::arm(std::int64_t refresh) {
   event_ = clock.schedule(Clock::refresh(refresh), Clock::Lane::main, [self, arming] {
     Clock::shared().postToMain([self, arming] { self->tick(arming); });
   });
+  armed_ = true;
 }
 
 std::optional<std::uint64_t> CADisplayLink::disarm() {

@@ -1,6 +1,7 @@
 #include "AVFoundation/Private/AudioCapture.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "Dispatch/Queue.h"
@@ -92,10 +93,14 @@ void AudioCapture::deliver(const CMSampleBufferRef& buffer, Wait wait) {
 
 void AudioCapture::handOver(const AVCaptureAudioDataOutput& output, const CMSampleBufferRef& buffer) const {
   if (!running_) return;
-  const auto delegate = output.sampleBufferDelegate();
-  const auto connection = output.connection();
-  if (!delegate || !connection || !delegate->respondsToSelector(kDidOutput)) return;
-  send(*delegate, kDidOutput, connection->output(), buffer, connection);
+  try {
+    const auto delegate = output.sampleBufferDelegate();
+    const auto connection = output.connection();
+    if (!delegate || !connection || !delegate->respondsToSelector(kDidOutput)) return;
+    send(*delegate, kDidOutput, connection->output(), buffer, connection);
+  } catch (const std::bad_alloc&) {
+    // This buffer is lost; the next one leaves a gap, which the movie fills with silence.
+  }
 }
 
 }  // namespace ios

@@ -77,6 +77,10 @@ tl::unexpected<MediaError> failed(const FileError& error) {
   return failed(error.operation + " " + error.path.filename().string(), AVERROR(error.code));
 }
 
+tl::unexpected<MediaError> outOfMemory(const std::string& operation) {
+  return failed(operation, AVERROR(ENOMEM));
+}
+
 MediaResult<> checked(const std::string& operation, int result) {
   if (result < 0) return failed(operation, result);
   return {};

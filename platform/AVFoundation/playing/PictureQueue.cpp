@@ -1,6 +1,7 @@
 #include "AVFoundation/Private/PictureQueue.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "AVFoundation/Private/MoviePicture.h"
@@ -11,6 +12,8 @@ namespace {
 
 // Tolerance for times that are meant to be equal.
 constexpr double kRounding = 1e-6;
+
+const std::string kPlay = "play the movie";
 
 }  // namespace
 
@@ -27,7 +30,13 @@ void PictureQueue::fill() {
     if (ready_.size() >= kAhead && !wanted_) return;
     queued_ = true;
   }
-  dispatch_async(queue_, [self = shared_from_this()] { self->decode(); });
+  try {
+    dispatch_async(queue_, [self = shared_from_this()] { self->decode(); });
+  } catch (...) {
+    MutexLock lock(mutex_);
+    queued_ = false;
+    throw;
+  }
 }
 
 void PictureQueue::seek(double seconds) {
@@ -120,7 +129,7 @@ bool PictureQueue::isSuperseded(std::uint64_t generation) const {
 
 // One picture per block, so that a seek or a release takes effect at once and other queues get their turns.
 void PictureQueue::decode() {
-  const auto opened = open();
+  const auto opened = withinMemory(kPlay, [this] { return open(); });
   std::optional<double> seek;
   std::uint64_t generation = 0;
   {
@@ -129,10 +138,10 @@ void PictureQueue::decode() {
     seek = std::exchange(wanted_, std::nullopt);
     generation = generation_;
   }
-  const auto decoded = [&]() -> MediaResult<std::optional<Picture>> {
+  const auto decoded = withinMemory(kPlay, [&]() -> MediaResult<std::optional<Picture>> {
     if (!opened) return ios::failure(opened.error());
     return seek ? seekTo(*seek, generation) : next();
-  }();
+  });
   keep(decoded, generation);
 }
 
@@ -149,7 +158,7 @@ void PictureQueue::keep(const MediaResult<std::optional<Picture>>& decoded, std:
       failure_ = decoded.error();
     } else if (!*decoded) {
       ended_ = true;
-      if (!any_) failure_ = MediaError{"play the movie", 0, "it has no pictures"};
+      if (!any_) failure_ = MediaError{kPlay, 0, "it has no pictures"};
     } else {
       const Picture& picture = **decoded;
       any_ = true;
@@ -160,8 +169,12 @@ void PictureQueue::keep(const MediaResult<std::optional<Picture>>& decoded, std:
       more = ready_.size() < kAhead;
     }
   }
-  if (news) dispatch_async(dispatch_get_main_queue(), came_);
-  if (more) fill();
+  try {
+    if (news) dispatch_async(dispatch_get_main_queue(), came_);
+    if (more) fill();
+  } catch (const std::bad_alloc&) {
+    // Whoever takes the next picture asks for more.
+  }
 }
 
 }  // namespace ios

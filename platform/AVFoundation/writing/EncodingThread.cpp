@@ -1,5 +1,6 @@
 #include "AVFoundation/Private/EncodingThread.h"
 
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -20,8 +21,9 @@ void EncodingThread::begin(std::function<void()> work) {
     try {
       thread_ = std::thread([this] { run(); });
     } catch (const std::system_error&) {
-      work();
-      return;
+      return work();
+    } catch (const std::bad_alloc&) {
+      return work();
     }
   }
   {

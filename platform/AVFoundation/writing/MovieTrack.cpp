@@ -42,7 +42,7 @@ bool MovieTrack::appendAt(const Buffer& buffer, const CMTime& time) {
   if (!writer || !buffer) return false;
   MutexLock lock(mutex_);
   if (finished_ || !writer->accepts()) return false;
-  const auto taken = [&]() IOS_REQUIRES(mutex_) -> MediaResult<> {
+  const auto taken = withinMemory(kAppend, [&]() IOS_REQUIRES(mutex_) -> MediaResult<> {
     const auto start = writer->sessionStart();
     if (!start) return refused(kAppend, "the session has not been started");
     if (!CMTIME_IS_NUMERIC(time)) return refused(kAppend, "the time is not a number");
@@ -55,7 +55,7 @@ bool MovieTrack::appendAt(const Buffer& buffer, const CMTime& time) {
       return refused(kAppend, "the time is out of range");
     }
     return take(*writer, buffer, offset);
-  }();
+  });
   if (!taken) writer->fail(taken.error());
   return taken.has_value();
 }
@@ -68,7 +68,7 @@ void MovieTrack::markAsFinished() {
 MediaResult<> MovieTrack::finish(MovieWriter& writer) {
   finished_ = true;
   MutexLock lock(mutex_);
-  return flush(writer);
+  return withinMemory(kAppend, [&]() IOS_REQUIRES(mutex_) { return flush(writer); });
 }
 
 MediaResult<> MovieTrack::take(MovieWriter&, const CMSampleBufferRef&, const CMTime&) {

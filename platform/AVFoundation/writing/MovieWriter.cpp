@@ -5,6 +5,11 @@
 #include "AVFoundation/Private/MovieFile.h"
 
 namespace ios {
+namespace {
+
+const std::string kStart = "start the movie", kComplete = "complete the movie";
+
+}  // namespace
 
 MovieWriter::MovieWriter(std::filesystem::path path, std::string container)
     : path_(std::move(path)),
@@ -42,7 +47,8 @@ void MovieWriter::keepWhatThereIs(bool keep) {
 bool MovieWriter::start() {
   MutexLock lock(mutex_);
   if (status_ != AVAssetWriterStatusUnknown) return false;
-  if (const auto prepared = prepare(); !prepared) {
+  const auto prepared = withinMemory(kStart, [this]() IOS_REQUIRES(mutex_) { return prepare(); });
+  if (!prepared) {
     end(AVAssetWriterStatusFailed, prepared.error().asError());
     return false;
   }
@@ -52,7 +58,7 @@ bool MovieWriter::start() {
 
 MediaResult<> MovieWriter::prepare() {
   if (refusal_) return failure(*refusal_);
-  if (tracks_.empty()) return refused("start the movie", "it has no input");
+  if (tracks_.empty()) return refused(kStart, "it has no input");
   IOS_TRY(MovieFile::checkFree(path_));
   begun_ = Clock::shared().wallTime();
   spool_ = IOS_TRY(PacketSpool::create(path_));
@@ -80,10 +86,11 @@ void MovieWriter::finish(std::function<void()> handler) {
 
 void MovieWriter::complete() {
   // Not under the lock: what the encoders still hold comes in through `write`.
-  if (const auto finished = finishTracks(); !finished) fail(finished.error());
+  const auto finished = withinMemory(kComplete, [this] { return finishTracks(); });
+  if (!finished) fail(finished.error());
   MutexLock lock(mutex_);
   if (!spool_) return;
-  const auto assembled = assemble();
+  const auto assembled = withinMemory(kComplete, [this]() IOS_REQUIRES(mutex_) { return assemble(); });
   spool_ = nullptr;
   if (status_ != AVAssetWriterStatusWriting) return;  // the movie is what was encoded before the failure
   end(assembled ? AVAssetWriterStatusCompleted : AVAssetWriterStatusFailed,
@@ -154,7 +161,7 @@ MediaResult<> MovieWriter::assemble() {
     if (track.packets == 0) continue;
     IOS_TRY(file->addStream(track.media->description()));
   }
-  if (count == 0) return refused("complete the movie", "nothing was appended");
+  if (count == 0) return refused(kComplete, "nothing was appended");
   IOS_TRY(file->start());
   IOS_TRY(spool_->drain(
       [&](std::size_t track, AVPacket& packet) { return file->write(streams[track], packet); }));

@@ -134,7 +134,9 @@ MediaResult<> VideoEncoder::encode(const CVPixelBufferRef& buffer, std::int64_t 
   picture->pts = time;
   // The encoder's own count lacks the repeated pictures.
   picture->pict_type = sinceKey_ >= settings_.keyInterval ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
-  thread_.begin([this, picture, fault] { outcome_ = fault ? encode(picture) : fault; });
+  thread_.begin([this, picture, fault] {
+    outcome_ = fault ? withinMemory(kEncode, [&] { return encode(picture); }) : fault;
+  });
   return {};
 }
 

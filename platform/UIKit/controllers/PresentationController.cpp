@@ -1,6 +1,7 @@
 #include "UIKit/Private/PresentationController.h"
 
 #include <algorithm>
+#include <new>
 
 #include "DeviceClock/Clock.h"
 #include "UIKit/UIControl.h"
@@ -61,7 +62,19 @@ void PresentationController::present(const std::shared_ptr<UIViewController>& pr
   presented->presenting_ = presenter;
   presented->presentation_ = self;
   presented->beingPresented_ = true;
-  self->begin(animated);
+  try {
+    self->begin(animated);
+  } catch (...) {
+    // Half a presentation could neither be used nor dismissed.
+    if (self->state_ != State::ended) {
+      abandon(*presenter);
+      if (self->coversPresenter()) {
+        presenter->beginAppearanceTransition(true, false);
+        presenter->endAppearanceTransition();
+      }
+    }
+    throw;
+  }
 }
 
 double PresentationController::duration() const {
@@ -136,7 +149,15 @@ void PresentationController::dismiss(bool animated, std::function<void()> comple
     if (!animated) endPresenting(true);
   }
   if (state_ == State::shown) {
-    beginDismissing(animated);
+    try {
+      beginDismissing(animated);
+    } catch (const std::bad_alloc&) {
+      // At once, rather than halfway for ever.
+      if (state_ != State::dismissing) throw;
+      const auto presenter = presenter_.lock();
+      if (coversPresenter() && presenter && !presenter->beingDismissed_) restorePresenterView();
+      endDismissing(true);
+    }
   } else if (state_ == State::dismissing && !animated) {
     endDismissing(true);
   }
@@ -223,10 +244,11 @@ void PresentationController::removePresenterView() {
 void PresentationController::restorePresenterView() {
   const auto superview = presenterSuperview_.lock();
   const auto view = presenter_.lock()->view();
+  if (superview && !view->superview()) {
+    view->setFrame({{0, 0}, superview->bounds().size});
+    superview->insertSubviewAtIndex(view, std::min(presenterIndex_, superview->subviews().size()));
+  }
   presenterSuperview_.reset();
-  if (!superview || view->superview()) return;
-  view->setFrame({{0, 0}, superview->bounds().size});
-  superview->insertSubviewAtIndex(view, std::min(presenterIndex_, superview->subviews().size()));
   view->layoutIfNeeded();
 }
 

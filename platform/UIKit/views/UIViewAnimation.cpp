@@ -69,9 +69,15 @@ void UIView::animateWithDuration(double duration, const std::function<void()>& a
                                  std::function<void()> completion) {
   const bool moves = duration > 0;
   auto run = moves ? std::make_shared<Animation::Run>() : nullptr;
-  const auto outer = std::exchange(Animation::current, run);
-  if (animations) animations();
-  Animation::current = outer;
+  {
+    struct Inside {
+      explicit Inside(std::shared_ptr<Animation::Run> run)
+          : outer(std::exchange(Animation::current, std::move(run))) {}
+      ~Inside() { Animation::current = outer; }
+      const std::shared_ptr<Animation::Run> outer;
+    } inside(run);
+    if (animations) animations();
+  }
   if (!moves)
     return animateOnDisplay(
         0, [](double) {}, std::move(completion));

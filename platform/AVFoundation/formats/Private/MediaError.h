@@ -1,7 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <new>
 #include <string>
+#include <type_traits>
 
 #include "Base/Result.h"
 #include "Device/Files.h"
@@ -28,9 +30,19 @@ using MediaResult = Result<Value, MediaError>;
 [[nodiscard]] tl::unexpected<MediaError> failed(const std::string& operation, int code);
 [[nodiscard]] tl::unexpected<MediaError> refused(const std::string& operation, const std::string& reason);
 [[nodiscard]] tl::unexpected<MediaError> failed(const FileError& error);
+[[nodiscard]] tl::unexpected<MediaError> outOfMemory(const std::string& operation);
 /// Fails if `result` is one of FFmpeg's failures, a negative number.
 [[nodiscard]] MediaResult<> checked(const std::string& operation, int result);
-/// The failure that tests have injected for `operation`, if any.
+/// What `work` returns, or the failure of `operation` where memory runs out on the way.
+template <class Work>
+[[nodiscard]] std::invoke_result_t<Work> withinMemory(const std::string& operation, Work&& work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return outOfMemory(operation);
+  }
+}
+/// The failure that tests have put on `operation`, if any.
 [[nodiscard]] MediaResult<> codecFault(const std::string& operation);
 
 }  // namespace ios
