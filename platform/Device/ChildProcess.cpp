@@ -106,7 +106,7 @@ ChildProcess::~ChildProcess() {
 
 void ChildProcess::kill() {
   if (ending_) return;
-  // With a group of its own it takes along what it has started.
+  // A process with a group of its own takes along the processes that it has started.
   ::kill(::getpgid(process_) == process_ ? -process_ : process_, SIGKILL);
 }
 

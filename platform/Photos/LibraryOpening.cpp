@@ -200,7 +200,7 @@ LibraryResult<> Library::openChecked() {
 /// committed, and movies whose asset was deleted.
 LibraryResult<> Library::sweep() {
   sweepTemporaryFiles(folder_.movies());
-  // Within a transaction nobody else has one under way.
+  // Within a transaction, so that no other process has one in progress.
   IOS_TRY(run(kOpen, "BEGIN IMMEDIATE"));
   const auto library = IOS_TRY(run(kOpen, "SELECT firstNumber FROM library"));
   std::set<std::int64_t> known;
@@ -209,7 +209,7 @@ LibraryResult<> Library::sweep() {
   if (const auto onDisk = findNumbers(folder_)) {
     for (const std::int64_t number : *onDisk) {
       if (number < integerAt(library.at(0), 0) || known.contains(number)) continue;
-      // A folder or a link is nobody's copy of a movie.
+      // A folder or a link is not a copy that a process left behind.
       std::error_code error;
       if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(folder_.movie(number), error)))
         continue;

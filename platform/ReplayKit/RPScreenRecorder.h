@@ -47,7 +47,7 @@ class RPScreenRecorder : public Subclass<RPScreenRecorder, NSObject> {
   std::shared_ptr<RPScreenRecorderDelegate> delegate() const;
   void setDelegate(const std::shared_ptr<RPScreenRecorderDelegate>& delegate);
 
-  /// From the moment a start succeeds until the stop is asked for, or the recording is interrupted.
+  /// From the moment a start succeeds until the stop is requested, or the recording is interrupted.
   bool isRecording() const { return recording_; }
   /// Whether the device's owner lets this application record.
   bool isAvailable() const;

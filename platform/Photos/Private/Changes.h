@@ -10,7 +10,7 @@
 
 namespace ios::photos {
 
-/// What a transaction's block asked for. Objects are named by their UUIDs.
+/// The changes that a transaction's block requested. Objects are named by their UUIDs.
 struct Changes {
   struct NewAsset {
     std::string uuid;

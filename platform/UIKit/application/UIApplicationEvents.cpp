@@ -102,7 +102,7 @@ void UIApplication::sendEvent(const std::shared_ptr<UIEvent>& event) {
 void UIApplication::receiveShake() {
   if (state_ == UIApplicationState::background || covered_) return;
   const auto visible = windows();
-  // The first responder; a window is its own as long as nobody else asked to be.
+  // The first responder, which is the window itself until another one is chosen.
   std::shared_ptr<UIResponder> first = keyWindow();
   if (!first && !visible.empty()) first = visible.back();
   if (!first) first = sharedApplication();

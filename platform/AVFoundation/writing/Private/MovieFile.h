@@ -13,7 +13,7 @@
 
 namespace ios {
 
-/// A movie file that is put together from encoded media: under a hidden name beside its path until `complete`
+/// A movie file that is assembled from encoded media: under a hidden name beside its path until `complete`
 /// has succeeded; gone without a trace if that never happens. Used by one thread at a time.
 class MovieFile {
  public:
