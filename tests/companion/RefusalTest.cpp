@@ -154,11 +154,11 @@ std::vector<Row> imageRows() {
   std::fill_n(damaged.begin() + static_cast<long>(damaged.size()) / 2, 64, std::uint8_t{0xFF});
   const auto pixels = std::make_shared<std::uint8_t[]>(4);
   return {
-      image("NoImageBytes", {}, "no whole JPEG image"),
-      image("ProseForImage", bytesOf("<script>alert(1)</script>"), "no whole JPEG image"),
-      image("PNG", ios::CGImage(pixels, 1, 1, 4).png(), "no whole JPEG image"),
-      image("CutImage", cut(jpeg(), 30), "no whole JPEG image"),
-      image("DamagedImage", damaged, "no whole JPEG image"),
+      image("NoImageBytes", {}, "not hold a complete JPEG image"),
+      image("ProseForImage", bytesOf("<script>alert(1)</script>"), "not hold a complete JPEG image"),
+      image("PNG", ios::CGImage(pixels, 1, 1, 4).png(), "not hold a complete JPEG image"),
+      image("CutImage", cut(jpeg(), 30), "not hold a complete JPEG image"),
+      image("DamagedImage", damaged, "not hold a complete JPEG image"),
       image("GiantImage", giant, "65021 × 65021 pixels are too many"),
   };
 }

@@ -81,7 +81,7 @@ TEST(Device, InvalidSettingsAreNamed) {
     const char* problem;
   };
   for (const auto& [list, expected] : {
-           Case{"text", "no dictionary"},
+           Case{"text", "not a dictionary"},
            Case{NSDictionary{{"Languages", "de"}}, "Languages"},
            Case{NSDictionary{{"Languages", NSArray{1}}}, "Languages"},
            Case{NSDictionary{{"Languages", NSArray{"de", ""}}}, "Languages"},
