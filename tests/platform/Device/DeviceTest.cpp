@@ -30,7 +30,8 @@ TEST(Device, WritesItsFirstSettingsInAFormThatPeopleAndOthersRead) {
   EXPECT_EQ(outputOfPython(folder, "import plistlib; print(plistlib.load(open('" +
                                        (folder.path() / "phone/Settings.plist").string() + "','rb')))"),
             "{'Languages': ['en-US'], 'OSVersion': '10.3.1', 'Orientation': 1, 'Permissions': "
-            "{'com.example.app': {'microphone': 'denied'}}, 'Profile': 'iPhone 6', 'TextSize': 'L'}\n");
+            "{'com.example.app': {'microphone': 'denied'}}, 'Profile': 'iPhone 6', 'StatusBarTime': '', "
+            "'TextSize': 'L'}\n");
   EXPECT_EQ(device.permission("microphone"), Permission::denied);
   EXPECT_EQ(device.permission("photos"), Permission::notDetermined);
 }
