@@ -116,11 +116,14 @@ class LivePhone {
     std::int64_t number = 0;  // of all that were played
     ViewerId viewer = 0;      // who wanted it
     bool fromProgram = false;
+    std::filesystem::path out;  // for pictures
+    std::map<std::string, std::string> variables;
     std::string lineFile, step;
     int line = 0, done = 0;
   };
   Answer flows(const Members&);
   Answer playFlow(const Members& members);
+  static std::string readProgramsFlow(const Members& members, Playback& wanted);
   Answer stopFlow(const Members&);
   Answer recordFlow(const Members& members);
   Answer checkpoint(const Members& members);

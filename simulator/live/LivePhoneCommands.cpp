@@ -36,6 +36,7 @@ struct LivePhone::CommandRow {
   bool duringFlow = false;   // while one is playing
   bool inFlows = true;       // what it does can be written down as a step of a flow, or need not be
   bool forPrograms = false;  // not for pages
+  bool onlyLooks = false;    // nothing comes of it that would have to be shown
 };
 
 const std::map<std::string, LivePhone::CommandRow>& LivePhone::commandTable() {
@@ -63,7 +64,7 @@ const std::map<std::string, LivePhone::CommandRow>& LivePhone::commandTable() {
       {"recordFlow", {{"on"}, {}, &LivePhone::recordFlow}},
       {"checkpoint", {{"text"}, {}, &LivePhone::checkpoint}},
       {"flows", {{}, {}, &LivePhone::flows, true}},
-      {"playFlow", {{}, {"name", "text", "file"}, &LivePhone::playFlow}},
+      {"playFlow", {{}, {"name", "text", "file", "out", "variables"}, &LivePhone::playFlow}},
       {"stopFlow", {{}, {}, &LivePhone::stopFlow, true}},
       {"tree", {{}, {}, &LivePhone::tree, true}},
       {"switchOff", {{}, {}, &LivePhone::off, true}},
@@ -76,11 +77,11 @@ const std::map<std::string, LivePhone::CommandRow>& LivePhone::commandTable() {
         true,
         true}},
       {"swipe", {{"x1", "y1", "x2", "y2"}, {"duration"}, &LivePhone::swipe, false, true, true}},
-      {"elements", {{}, {}, &LivePhone::elements, true, true, true}},
-      {"picture", {{}, {"type"}, &LivePhone::picture, true, true, true}},
+      {"elements", {{}, {}, &LivePhone::elements, true, true, true, true}},
+      {"picture", {{}, {"type"}, &LivePhone::picture, true, true, true, true}},
       {"recordMovie", {{"on"}, {"file"}, &LivePhone::recordMovie, true, true, true}},
       {"copyText", {{"text"}, {}, &LivePhone::copyText, true, false, true}},
-      {"pasteText", {{}, {}, &LivePhone::pasteText, true, true, true}},
+      {"pasteText", {{}, {}, &LivePhone::pasteText, true, true, true, true}},
       {"addMovie", {{"file"}, {}, &LivePhone::addMovie, false, false, true}},
       {"contentSize", {{}, {"size"}, &LivePhone::contentSize, false, true, true}},
       {"statusBar", {{"time"}, {}, &LivePhone::statusBar, false, false, true}},
@@ -94,7 +95,7 @@ void LivePhone::obey(LiveCommand command) {
   const auto row = commandTable().find(name);
   if (row == commandTable().end() || (row->second.forPrograms && !command.fromProgram))
     return command.answer(problem("no command is called \"" + name + "\""));
-  const auto& [required, optional, perform, duringFlow, inFlows, forPrograms] = row->second;
+  const auto& [required, optional, perform, duringFlow, inFlows, forPrograms, onlyLooks] = row->second;
   if (playback_ && !duringFlow) return command.answer(problem("a flow is playing"));
   for (const char* key : required) {
     if (!members.member(key)) return command.answer(problem(name + " needs \"" + key + "\""));
@@ -114,6 +115,7 @@ void LivePhone::obey(LiveCommand command) {
   askedByProgram_ = command.fromProgram;
   Answer answer = (this->*perform)(members);
   if (recorder_.isRecording()) recorder_.actionTook(phoneNow().time_since_epoch());
+  if (onlyLooks) return command.answer(std::move(answer));
   // What came of it is seen before the answer.
   if (!playback_) step(Clock::Duration::zero());
   lookDue_ = true;

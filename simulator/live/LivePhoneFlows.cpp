@@ -61,10 +61,9 @@ LivePhone::Answer LivePhone::playFlow(const Members& members) {
   if ((name ? 1 : 0) + (text ? 1 : 0) + (path ? 1 : 0) != 1) return problem("expected a name or a text");
   if (recorder_.isRecording()) return problem("a flow is being recorded");
   Playback wanted;
+  wanted.out = options_.out;
   if (path) {
-    wanted.file = *path;
-    wanted.name = wanted.file.stem();
-    wanted.text = contents(wanted.file);
+    if (std::string why = readProgramsFlow(members, wanted); !why.empty()) return problem(why);
   } else if (text) {
     if (text->size() > kLongestFlow) return problem("the flow is too long");
     wanted.name = "flow";
@@ -79,7 +78,7 @@ LivePhone::Answer LivePhone::playFlow(const Members& members) {
     wanted.text = contents(wanted.file);
   }
   std::string why;
-  if (!readFlow(wanted.file, why)) return problem(why);
+  if (!readFlow(wanted.file, why, wanted.variables)) return problem(why);
   wanted.number = ++flowsPlayed_;
   wanted.viewer = asker_;
   wanted.fromProgram = askedByProgram_;
@@ -87,6 +86,25 @@ LivePhone::Answer LivePhone::playFlow(const Members& members) {
   flowStops_ = false;
   tellFlow();
   return {{"number", playback_->number}};
+}
+
+/// What a program's flow is: a file, values for its expressions, a folder for its pictures. Empty, or what is wrong.
+std::string LivePhone::readProgramsFlow(const Members& members, Playback& wanted) {
+  wanted.file = *members.text("file");
+  wanted.name = wanted.file.stem();
+  wanted.text = contents(wanted.file);
+  if (const std::string* out = members.text("out")) {
+    wanted.out = *out;
+    if (const auto refused = ios::createFolder(wanted.out)) return refused->description();
+  }
+  const auto* variables = members.member("variables");
+  if (!variables) return {};
+  if (!variables->dictionary()) return "expected variables by name";
+  for (const auto& [name, value] : *variables->dictionary()) {
+    if (!value.text()) return "the variable \"" + name + "\" is no text";
+    wanted.variables[name] = *value.text();
+  }
+  return {};
 }
 
 LivePhone::Answer LivePhone::stopFlow(const Members&) {
@@ -97,7 +115,7 @@ LivePhone::Answer LivePhone::stopFlow(const Members&) {
 
 void LivePhone::playWantedFlow() {
   std::string why;
-  const auto flow = readFlow(playback_->file, why);
+  const auto flow = readFlow(playback_->file, why, playback_->variables);
   if (flow) {
     const auto lifted = fingers_.allLifted();
     touches_.insert(touches_.end(), lifted.begin(), lifted.end());
@@ -107,7 +125,7 @@ void LivePhone::playWantedFlow() {
     });
     Transcript transcript;
     Stage stage(phone_, console_, [this](const std::string& name, const ios::Bytes& contents) -> Problem {
-      const auto error = ios::writeFileAtomically(options_.out / name, contents);
+      const auto error = ios::writeFileAtomically(playback_->out / name, contents);
       return error ? error->description() : "";
     });
     stage.setExact(flow->recordedAt.has_value());

@@ -27,7 +27,15 @@ struct PlayFlow : Verb {
     PhoneLink phone = bootedPhone(choices.device);
     phone.ask("watch", {{"topics", NSArray{"flow"}}});
     // The phone stops the flow when this process goes.
-    const auto answer = phone.ask("playFlow", {{"file", file.string()}});
+    const fs::path out = choices.out.empty() ? "out" / file.stem() : choices.out;
+    ios::NSDictionary variables;
+    for (const std::string& variable : choices.variables) {
+      const std::size_t equals = variable.find('=');
+      variables[variable.substr(0, equals)] = variable.substr(equals + 1);
+    }
+    const auto answer = phone.ask("playFlow", {{"file", file.string()},
+                                               {"out", fs::absolute(out, error).lexically_normal().string()},
+                                               {"variables", std::move(variables)}});
     const auto number = answer.members.find("number");
     if (number == answer.members.end() || !number->second.integer())
       throw Refusal(Exit::protocol, "The phone did not say which flow it plays.");

@@ -132,6 +132,10 @@ void declare(CLI::App& app, FlowChoices& choices) {
                  "how long the flows took last time: read for --shard, written after the run")
       ->type_name("FILE");
   app.add_option("--junit", choices.junit, "a report for continuous integration")->type_name("FILE");
+  // A phone that is booted is as it is, and plays one flow.
+  for (const char* option : {"--profile", "--language", "--text-size", "--real-time", "--applications",
+                             "--time-limit", "--seed", "--jobs", "--shard", "--durations", "--junit"})
+    device->excludes(option);
 }
 
 }  // namespace simulator
