@@ -285,8 +285,8 @@ class VerbsTest(Shell):
         self.interrupt(flow)
         wait.write_text("appId: %s\n---\n- launchApp\n- assertVisible: About\n" % NOTES)
         self.assertIn("About", self.sim("flow", wait, "--device", udid))
-        wait.write_text("appId: %s\n---\n- assertVisible: Nobody\n" % NOTES)
-        self.sim("flow", wait, "--device", udid, status=1, says="wait.yaml:3: assertVisible")
+        wait.write_text("appId: %s\n---\n- extendedWaitUntil: {visible: Nobody, timeout: 100}\n" % NOTES)
+        self.sim("flow", wait, "--device", udid, status=1, says="wait.yaml:3: extendedWaitUntil")
 
         recorded = self.start("flow", "record", "made.yaml")
         self.assertIn("Recording", recorded.stderr.readline())
