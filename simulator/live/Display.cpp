@@ -59,4 +59,15 @@ Display::Shape Display::copy(PixelRect& rect, std::vector<std::uint8_t>& pixels)
   return shape_;
 }
 
+Display::Shape Display::copyInto(std::vector<std::uint8_t>& picture, PixelRect rect) const {
+  ios::MutexLock lock(mutex_);
+  picture.resize(pixels_.size());
+  rect = rect.intersectedWith({0, 0, shape_.width, shape_.height});
+  const std::size_t stride = static_cast<std::size_t>(shape_.width) * kPixel;
+  const std::size_t start = offset(rect, stride);
+  copyRows({pixels_.data() + start, stride, picture.data() + start, stride},
+           static_cast<std::size_t>(rect.width) * kPixel, rect.height);
+  return shape_;
+}
+
 }  // namespace simulator

@@ -28,6 +28,9 @@ class Display {
   /// Copies the part of `rect` that is on the screen, row after row without gaps, and tells the shape it has
   /// it from.
   Shape copy(PixelRect& rect, std::vector<std::uint8_t>& pixels) const;
+  /// Copies that part of the screen to its place in `picture`, which becomes a whole picture of the shape that is
+  /// told; what else is in it stays as it was.
+  Shape copyInto(std::vector<std::uint8_t>& picture, PixelRect rect) const;
 
  private:
   mutable ios::Mutex mutex_;

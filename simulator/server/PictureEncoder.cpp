@@ -15,6 +15,7 @@ constexpr double kQuality = 0.9;
 constexpr std::uint8_t kVersion = 1, kJPEG = 1, kPNG = 2, kWhole = 1, kExact = 2;
 // JPEG's coder and the scaler's filter reach beyond a rectangle's edge; on this grid neither leaves a seam.
 constexpr int kGrid = 8;
+constexpr int kFilterReach = 2;  // pixels of the display
 
 class Header {
  public:
@@ -34,13 +35,47 @@ struct Bitmap {
   int width = 0, height = 0;
 };
 
-Bitmap scaled(Bitmap from, int width, int height) {
-  if (from.width == width && from.height == height) return from;
-  Bitmap to{std::vector<std::uint8_t>(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4),
-            width, height};
-  libyuv::ARGBScale(from.pixels.data(), from.width * 4, from.width, from.height, to.pixels.data(), width * 4,
-                    width, height, libyuv::kFilterBox);
-  return to;
+/// The display's pixels that a part of the scaled picture is made from.
+PixelRect sourceOf(const PixelRect& part, const Display::Shape& shape, int width, int height) {
+  const double across = static_cast<double>(shape.width) / width,
+               down = static_cast<double>(shape.height) / height;
+  const int left = static_cast<int>(part.x * across) - kFilterReach,
+            top = static_cast<int>(part.y * down) - kFilterReach;
+  return {left, top, static_cast<int>(std::ceil(part.right() * across)) + kFilterReach - left,
+          static_cast<int>(std::ceil(part.bottom() * down)) + kFilterReach - top};
+}
+
+/// The part of the scaled picture in which a change of the display is seen.
+PixelRect scaledPart(const PixelRect& rect, const Display::Shape& shape, int width, int height) {
+  const double across = static_cast<double>(width) / shape.width,
+               down = static_cast<double>(height) / shape.height;
+  const int left = static_cast<int>(std::floor((rect.x - kFilterReach) * across));
+  const int top = static_cast<int>(std::floor((rect.y - kFilterReach) * down));
+  return {left, top, static_cast<int>(std::ceil((rect.right() + kFilterReach) * across)) - left,
+          static_cast<int>(std::ceil((rect.bottom() + kFilterReach) * down)) - top};
+}
+
+/// A part of the display's picture as it is when the whole is scaled to a size; nothing if the display has another
+/// shape by now.
+Bitmap scaled(const Display& display, const Display::Shape& shape, const PixelRect& part, int width,
+              int height) {
+  // Between two pictures only what is needed for the next one is brought up to date.
+  thread_local std::vector<std::uint8_t> picture;
+  if (display.copyInto(picture, sourceOf(part, shape, width, height)) != shape) return {};
+  // The filter writes to where the part lies in the whole.
+  thread_local std::vector<std::uint8_t> whole;
+  const auto stride = static_cast<std::size_t>(width) * 4, row = static_cast<std::size_t>(part.width) * 4;
+  whole.resize(stride * static_cast<std::size_t>(height));
+  libyuv::ARGBScaleClip(picture.data(), shape.width * 4, shape.width, shape.height, whole.data(), width * 4,
+                        width, height, part.x, part.y, part.width, part.height, libyuv::kFilterBox);
+  Bitmap result{{}, part.width, part.height};
+  result.pixels.reserve(row * static_cast<std::size_t>(part.height));
+  for (int y = part.y; y < part.bottom(); ++y) {
+    const std::uint8_t* from =
+        whole.data() + static_cast<std::size_t>(y) * stride + static_cast<std::size_t>(part.x) * 4;
+    result.pixels.insert(result.pixels.end(), from, from + row);
+  }
+  return result;
 }
 
 ios::Bytes encode(Bitmap bitmap, bool exact) {
@@ -53,7 +88,7 @@ ios::Bytes encode(Bitmap bitmap, bool exact) {
 
 /// The rectangle with its edges moved out to the grid.
 PixelRect onGrid(const PixelRect& rect) {
-  const int left = rect.x / kGrid * kGrid, top = rect.y / kGrid * kGrid;
+  const int left = std::max(0, rect.x) / kGrid * kGrid, top = std::max(0, rect.y) / kGrid * kGrid;
   const auto up = [](int value) { return (value + kGrid - 1) / kGrid * kGrid; };
   return {left, top, up(rect.right()) - left, up(rect.bottom()) - top};
 }
@@ -70,21 +105,20 @@ PictureResult encodePicture(const Display& display, const PictureOrder& order) {
   const int width = std::max(1, static_cast<int>(std::lround(expected.width * scale)));
   const int height = std::max(1, static_cast<int>(std::lround(expected.height * scale)));
   const bool fits = order.known == expected && order.knownWidth == width && order.knownHeight == height;
-  const PixelRect all{0, 0, expected.width, expected.height};
-  // A part of a scaled picture would not fall on whole pixels.
-  PixelRect rect = fits && scale == 1 ? onGrid(order.rect) : all;
+  const PixelRect all{0, 0, width, height};
+  const PixelRect changed = scale < 1 ? scaledPart(order.rect, expected, width, height) : order.rect;
+  PixelRect rect = fits ? onGrid(changed).intersectedWith(all) : all;
 
-  Bitmap bitmap;
-  const Display::Shape shape = display.copy(rect, bitmap.pixels);
-  // The phone was turned since; what tells of that brings the next order.
-  if (rect.isEmpty() || shape != expected) return {{}, shape, 0, 0};
-  bitmap.width = rect.width;
-  bitmap.height = rect.height;
-  if (scale < 1) {
-    bitmap = scaled(std::move(bitmap), width, height);
-    rect = {0, 0, width, height};
+  Bitmap bitmap{{}, rect.width, rect.height};
+  Display::Shape shape = expected;
+  if (scale < 1 && !rect.isEmpty()) {
+    bitmap = scaled(display, expected, rect, width, height);
+  } else {
+    shape = display.copy(rect, bitmap.pixels);
   }
-  const bool whole = rect == PixelRect{0, 0, width, height};
+  // The phone was turned since; what tells of that brings the next order.
+  if (rect.isEmpty() || shape != expected || bitmap.pixels.empty()) return {{}, shape, 0, 0};
+  const bool whole = rect == all;
   const ios::Bytes image = encode(std::move(bitmap), order.exact);
   if (image.empty()) return {{}, shape, 0, 0};
 

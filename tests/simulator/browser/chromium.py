@@ -1,16 +1,10 @@
 """A headless Chromium, driven over its debugging protocol."""
 import asyncio
 import base64
-import os
 import pathlib
-import shutil
-import signal
-import subprocess
-import tempfile
 
-import websockets
-
-from page import Channel, Page, until
+from browser import Browser
+from page import Page, until
 
 FLAGS = [
     "--headless=new",
@@ -34,51 +28,17 @@ KEY_CODES = {"Tab": 9, "Enter": 13, "Escape": 27, "ArrowUp": 38, "ArrowDown": 40
 ALT = 1  # in the protocol's sets of modifiers
 
 
-class Chromium:
+class Chromium(Browser):
     """`async with Chromium() as browser:`"""
 
-    async def __aenter__(self):
-        self._profile = tempfile.mkdtemp(prefix="chromium-")
-        self._process = subprocess.Popen(
-            [
-                "setpriv",
-                "--pdeathsig",
-                "KILL",
-                "chromium",
-                *FLAGS,
-                f"--user-data-dir={self._profile}",
-                "about:blank",
-            ],
-            stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL,
-            start_new_session=True,
-        )
-        try:
-            port_file = pathlib.Path(self._profile, "DevToolsActivePort")
-            await until(
-                lambda: port_file.exists() and port_file.read_text().count("\n") >= 1,
-                "the browser to start",
-                lambda: self._process.poll() is None,
-            )
-            port, path = port_file.read_text().split("\n")[:2]
-            self._pages = {}
-            self._channel = Channel(
-                await websockets.connect(f"ws://127.0.0.1:{port}{path}", max_size=None, ping_interval=None),
-                self._hear,
-            )
-        except BaseException:
-            self._end()
-            raise
-        return self
+    port_file = "DevToolsActivePort"
 
-    async def __aexit__(self, *_):
-        await self._channel.close()
-        self._end()
+    def command(self, profile):
+        return ["chromium", *FLAGS, f"--user-data-dir={profile}", "about:blank"]
 
-    def _end(self):
-        os.killpg(self._process.pid, signal.SIGKILL)  # the group is its own
-        self._process.wait()
-        shutil.rmtree(self._profile, ignore_errors=True)
+    def address(self, text):
+        port, _, rest = text.partition("\n")
+        return rest and f"ws://127.0.0.1:{port}{rest.splitlines()[0]}"
 
     async def open(self, url, width=1440, height=900, scale=1, preload=None, **features):
         """A page with cookies of its own. Features are of media: `prefers_color_scheme="dark"`."""
@@ -102,17 +62,17 @@ class Chromium:
 
     async def attach(self, target):
         session = (await self.ask("Target.attachToTarget", targetId=target, flatten=True))["sessionId"]
-        page = self._pages[session] = ChromiumPage(self, session, target)
+        page = self.pages[session] = ChromiumPage(self, session, target)
         return page
 
     async def ask(self, method, session=None, **parameters):
-        return await self._channel.ask(
+        return await self.channel.ask(
             method=method, params=parameters, **({"sessionId": session} if session else {})
         )
 
-    def _hear(self, message):
-        if message.get("sessionId") in self._pages:
-            self._pages[message["sessionId"]].hear(message["method"], message["params"])
+    def hear(self, message):
+        if message.get("sessionId") in self.pages:
+            self.pages[message["sessionId"]].hear(message["method"], message["params"])
 
 
 class ChromiumPage(Page):

@@ -1,16 +1,10 @@
 """A headless Firefox, driven over WebDriver BiDi. For trying the page by hand: `BROWSER=firefox`."""
 import base64
 import json
-import os
 import pathlib
-import shutil
-import signal
-import subprocess
-import tempfile
 
-import websockets
-
-from page import Channel, Page, until
+from browser import Browser
+from page import Page, until
 
 KEYS = {
     "Tab": "\ue004",
@@ -22,82 +16,48 @@ KEYS = {
 }
 
 
-class Firefox:
+# Nothing is fetched from anywhere while it starts.
+SETTINGS = {
+    "app.update.enabled": False,
+    "browser.safebrowsing.malware.enabled": False,
+    "browser.safebrowsing.phishing.enabled": False,
+    "datareporting.policy.dataSubmissionEnabled": False,
+    "extensions.getAddons.cache.enabled": False,
+    "network.captive-portal-service.enabled": False,
+    "network.connectivity-service.enabled": False,
+    "services.settings.server": "data:,",
+    "media.gmp-manager.url": "",
+    "media.autoplay.default": 0,
+    "browser.shell.checkDefaultBrowser": False,
+    "toolkit.telemetry.enabled": False,
+    "remote.active-protocols": 1,
+}
+
+
+class Firefox(Browser):
     """`async with Firefox() as browser:`"""
 
-    async def __aenter__(self):
-        self._profile = tempfile.mkdtemp(prefix="firefox-")
-        # Nothing is fetched from anywhere while it starts.
-        pathlib.Path(self._profile, "user.js").write_text(
-            "".join(
-                f'user_pref("{name}", {json.dumps(value)});\n'
-                for name, value in {
-                    "app.update.enabled": False,
-                    "browser.safebrowsing.malware.enabled": False,
-                    "browser.safebrowsing.phishing.enabled": False,
-                    "datareporting.policy.dataSubmissionEnabled": False,
-                    "extensions.getAddons.cache.enabled": False,
-                    "network.captive-portal-service.enabled": False,
-                    "network.connectivity-service.enabled": False,
-                    "services.settings.server": "data:,",
-                    "media.gmp-manager.url": "",
-                    "media.autoplay.default": 0,
-                    "browser.shell.checkDefaultBrowser": False,
-                    "toolkit.telemetry.enabled": False,
-                    "remote.active-protocols": 1,
-                }.items()
-            )
-        )
-        self._process = subprocess.Popen(
-            [
-                "setpriv",
-                "--pdeathsig",
-                "KILL",
-                "firefox-esr",
-                "--headless",
-                "--no-remote",
-                "--profile",
-                self._profile,
-                "--remote-debugging-port=0",
-            ],
-            stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL,
-            start_new_session=True,
-        )
-        try:
-            port_file = pathlib.Path(self._profile, "WebDriverBiDiServer.json")
-            await until(
-                lambda: port_file.exists() and port_file.read_text().endswith("}"),
-                "the browser to start",
-                lambda: self._process.poll() is None,
-            )
-            port = json.loads(port_file.read_text())["ws_port"]
-            self._pages = {}
-            self._channel = Channel(
-                await websockets.connect(f"ws://127.0.0.1:{port}/session", max_size=None, ping_interval=None),
-                self._hear,
-            )
-            await self.ask("session.new", capabilities={})
-            await self.ask("session.subscribe", events=["log.entryAdded"])
-        except BaseException:
-            self._end()
-            raise
-        return self
+    port_file = "WebDriverBiDiServer.json"
 
-    async def __aexit__(self, *_):
-        await self._channel.close()
-        self._end()
+    def prepare(self, profile):
+        lines = [f"user_pref({json.dumps(name)}, {json.dumps(value)});\n" for name, value in SETTINGS.items()]
+        (profile / "user.js").write_text("".join(lines))
 
-    def _end(self):
-        os.killpg(self._process.pid, signal.SIGKILL)  # the group is its own
-        self._process.wait()
-        shutil.rmtree(self._profile, ignore_errors=True)
+    def command(self, profile):
+        return ["firefox-esr", "--headless", "--no-remote", "--profile", profile, "--remote-debugging-port=0"]
+
+    def address(self, text):
+        return text.endswith("}") and f"ws://127.0.0.1:{json.loads(text)['ws_port']}/session"
+
+    async def begin(self):
+        await self.ask("session.new", capabilities={})
+        await self.ask("session.subscribe", events=["log.entryAdded"])
 
     async def open(self, url, width=1440, height=900, scale=1, preload=None):
         """A page with cookies of its own."""
         user = (await self.ask("browser.createUserContext"))["userContext"]
         context = (await self.ask("browsingContext.create", type="window", userContext=user))["context"]
-        page = self._pages[context] = FirefoxPage(self, context)
+        page = self.pages[context] = FirefoxPage(self, context)
         await page.resize(width, height, scale)
         if preload:
             await self.ask(
@@ -107,12 +67,12 @@ class Firefox:
         return page
 
     async def ask(self, method, **parameters):
-        return await self._channel.ask(method=method, params=parameters)
+        return await self.channel.ask(method=method, params=parameters)
 
-    def _hear(self, message):
+    def hear(self, message):
         if message.get("method") != "log.entryAdded" or message["params"]["level"] != "error":
             return
-        page = self._pages.get(message["params"]["source"].get("context"))
+        page = self.pages.get(message["params"]["source"].get("context"))
         if page:
             page.complaints.append(message["params"]["text"])
 

@@ -80,34 +80,3 @@ async def until(condition, what, possible=lambda: True, patience=PATIENCE):
         if asyncio.get_running_loop().time() > deadline or not possible():
             raise AssertionError(f"waited for {what}")
         await asyncio.sleep(0.02)
-
-
-class Channel:
-    """Numbered requests and their answers over a WebSocket; what comes unasked goes to `on_event`."""
-
-    def __init__(self, socket, on_event):
-        self._socket, self._on_event, self._answers, self._next = socket, on_event, {}, 1
-        self._reader = asyncio.create_task(self._read())
-
-    async def ask(self, **message):
-        number, self._next = self._next, self._next + 1
-        answer = self._answers[number] = asyncio.get_running_loop().create_future()
-        await self._socket.send(json.dumps({"id": number, **message}))
-        return await asyncio.wait_for(answer, PATIENCE)
-
-    async def close(self):
-        self._reader.cancel()
-        await self._socket.close()
-
-    async def _read(self):
-        async for text in self._socket:
-            message = json.loads(text)
-            answer = self._answers.pop(message.get("id"), None)
-            if answer is None:
-                self._on_event(message)
-            elif answer.cancelled():
-                continue
-            elif "error" in message:
-                answer.set_exception(RuntimeError(str(message.get("message") or message["error"])))
-            else:
-                answer.set_result(message["result"])

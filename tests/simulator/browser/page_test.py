@@ -1,19 +1,25 @@
 """The phone's page in a browser, from the finger to the file: `page_test.py PageTest.test_name`."""
 import json
 import os
+import pathlib
 import subprocess
+import sys
 import tempfile
 import unittest
 import urllib.request
 
-from phone import Handset, LivePhone, make_browser
+from handset import Handset, make_browser
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1]))
+from phone_process import PhoneProcess
 
 TITLE = (0.5, 0.06)  # Notes' title: nothing there takes a tap for itself
 
 
 class PageTest(unittest.IsolatedAsyncioTestCase):
     async def asyncSetUp(self):
-        self.phone = await self.enterAsyncContext(LivePhone())
+        self.phone = PhoneProcess(os.environ["SIMULATOR"])
+        self.addCleanup(self.phone.end)
         self.browser = await self.enterAsyncContext(make_browser())
         self.pages = []
 

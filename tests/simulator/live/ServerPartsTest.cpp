@@ -2,13 +2,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
+#include <random>
 
+#include "CoreGraphics/CGImage.h"
 #include "simulator/live/Fingers.h"
 #include "simulator/live/Pace.h"
 #include "simulator/server/ByteRange.h"
 #include "simulator/server/FileTree.h"
+#include "simulator/server/PictureEncoder.h"
 #include "simulator/server/Rate.h"
 #include "simulator/server/ViewerMessage.h"
 #include "simulator/server/ViewerPictures.h"
@@ -146,6 +150,60 @@ TEST(ViewerPictures, AreTwoOnTheirWayAndOneRectangleForTheRest) {
   ASSERT_TRUE(pictures.shown(4));
   EXPECT_FALSE(pictures.next(start + 1h));
   EXPECT_FALSE(pictures.due());
+}
+
+/// A picture's message, opened.
+struct Opened {
+  std::array<int, 4> rect;
+  ios::CGImageRef image;
+  explicit Opened(const std::vector<std::uint8_t>& bytes) {
+    for (std::size_t i = 0; i < rect.size(); ++i) rect[i] = bytes.at(20 + 2 * i) | bytes.at(21 + 2 * i) << 8;
+    image = ios::CGImage::decode(std::span(bytes).subspan(32));
+  }
+  std::string row(int y, int x, int count) const {
+    const std::uint8_t* start = image->pixels() + static_cast<std::size_t>(y) * image->bytesPerRow();
+    return {start + static_cast<std::ptrdiff_t>(4) * x, start + static_cast<std::ptrdiff_t>(4) * (x + count)};
+  }
+};
+
+// A part that is scaled by itself has other pixels at its edges than the whole: a seam for every change.
+TEST(PictureEncoder, SendsOfAScaledPictureThePartThatChangedAsTheWholeHasIt) {
+  const Display::Shape shape{1242, 2208, 1};
+  std::vector<std::uint8_t> pixels(static_cast<std::size_t>(shape.width) *
+                                   static_cast<std::size_t>(shape.height) * 4);
+  std::minstd_rand random(1);
+  for (std::size_t i = 0; i < pixels.size(); ++i)
+    pixels[i] = i % 4 == 3 ? 255 : static_cast<std::uint8_t>(random());
+  Display display;
+  display.show(pixels, shape, {0, 0, shape.width, shape.height});
+  for (const auto& [width, height] : {std::pair(1100, 1956), std::pair(621, 1104), std::pair(300, 600)}) {
+    PictureOrder order{
+        .rect = {0, 0, shape.width, shape.height}, .exact = true, .roomWidth = width, .roomHeight = height};
+    const PictureResult first = encodePicture(display, order);
+    order.known = first.shape;
+    order.knownWidth = first.width;
+    order.knownHeight = first.height;
+    const PixelRect changed = order.rect = {501, 777, 100, 60};
+    for (int row = changed.y; row < changed.bottom(); ++row) {
+      const auto start = pixels.begin() + (static_cast<std::ptrdiff_t>(row) * shape.width + changed.x) * 4;
+      for (auto each = start; each != start + static_cast<std::ptrdiff_t>(changed.width) * 4; ++each)
+        *each ^= 0x7f;
+    }
+    display.show(pixels, shape, changed);
+    const Opened part(encodePicture(display, order).bytes);
+    order.known = {};
+    const Opened whole(encodePicture(display, order).bytes);
+    ASSERT_EQ(whole.rect, (std::array{0, 0, first.width, first.height}));
+    const auto [x, y, partWidth, partHeight] = part.rect;
+    EXPECT_LT(partWidth * partHeight, first.width * first.height / 50);
+    const double scale = static_cast<double>(first.width) / shape.width;
+    EXPECT_LE(x, 501 * scale);
+    EXPECT_GE(x + partWidth, 601 * scale);
+    EXPECT_LE(y, 777 * scale);
+    EXPECT_GE(y + partHeight, 837 * scale);
+    for (int row = 0; row < partHeight; ++row)
+      ASSERT_EQ(part.row(row, 0, partWidth), whole.row(y + row, x, partWidth)) << width << ", row " << row;
+  }
 }
 
 TEST(Pace, FollowsTheWallAndFallsBehindEvenly) {

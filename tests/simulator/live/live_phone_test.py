@@ -11,7 +11,7 @@ import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
-from phone import PATIENCE, Phone, Viewer
+from viewer import PATIENCE, Phone, Viewer
 
 PROGRAM = sys.argv.pop(1)
 SCRATCH = sys.argv.pop(1)
@@ -47,8 +47,8 @@ class LivePhone(unittest.TestCase):
         self.folder = pathlib.Path(tempfile.mkdtemp(dir=SCRATCH))
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
 
-    def switch_on(self, *options):
-        phone = Phone(PROGRAM, *options)
+    def switch_on(self, *options, out=None):
+        phone = Phone(PROGRAM, *options, out=out)
         self.addCleanup(phone.end)
         return phone
 
@@ -229,8 +229,7 @@ class LivePhone(unittest.TestCase):
                 viewer.until(lambda: viewer.topics["pasteboard"]["items"], "an item on the pasteboard")
 
     def test_plays_a_movie_in_parts(self):
-        out = self.folder / "out"
-        phone = self.switch_on("--out", str(out))
+        phone = self.switch_on()
         viewer = phone.watch()
         viewer.do("watch", topics=["elements"])
         viewer.do("permission", identifier=NOTES, service="photos", value="granted")
@@ -272,7 +271,7 @@ class LivePhone(unittest.TestCase):
 
     def test_what_is_recorded_plays_again_to_the_same_bytes(self):
         """From the home screen to a report and a movie, with whatever times the wall gave."""
-        phone = self.switch_on("--out", str(self.folder / "live"))
+        phone = self.switch_on(out=self.folder / "live")
         viewer = phone.watch()
         viewer.do("watch", topics=["elements"])
         viewer.do("permission", identifier=NOTES, service="photos", value="granted")
@@ -401,8 +400,9 @@ class LivePhone(unittest.TestCase):
         while viewer.receive():
             pass
         self.assertEqual(viewer.closed[0], 1001)
-        self.assertEqual(phone.process.wait(60), 0)
-        self.assertEqual(phone.process.stderr.read(), "")
+        phone.process.wait(PATIENCE)
+        status, _, complaints = phone.end()
+        self.assertEqual((status, complaints), (0, ""))
         self.assertFalse(os.path.exists("/proc/" + children[0]))
         self.assertEqual(set(pathlib.Path(tempfile.gettempdir()).glob("tellvane-phone-*")) - before, set())
 

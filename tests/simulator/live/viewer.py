@@ -5,26 +5,19 @@ import hashlib
 import http.client
 import json
 import os
-import re
-import signal
+import pathlib
 import socket
 import struct
-import subprocess
+import sys
 import time
 
-PATIENCE = 60  # seconds that a slow machine may take for anything
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1]))
+from phone_process import PATIENCE, PhoneProcess
 
 
-class Phone:
-    def __init__(self, program, *options):
-        self.process = subprocess.Popen([program, "phone", "--no-open", *options], stdout=subprocess.PIPE,
-                                        stderr=subprocess.PIPE, text=True)
-        line = self.process.stdout.readline()
-        found = re.search(r"http://(127\.0\.0\.1):(\d+)/\?token=([0-9a-f]{64})", line)
-        if not found:
-            self.process.kill()
-            raise AssertionError("no address in %r; %s" % (line, self.process.communicate()[1]))
-        self.host, self.port, self.token = found[1], int(found[2]), found[3]
+class Phone(PhoneProcess):
+    def __init__(self, program, *options, out=None):
+        super().__init__(program, *options, out=out)
         self.authority = "%s:%d" % (self.host, self.port)
         self.origin = "http://" + self.authority
         self.watchers = []
@@ -63,13 +56,10 @@ class Phone:
         self.watchers.append(watcher)
         return watcher
 
-    def end(self, number=signal.SIGINT):
+    def end(self, *number):
         for watcher in self.watchers:
             watcher.leave()
-        if self.process.poll() is None:
-            self.process.send_signal(number)
-        out, err = self.process.communicate(timeout=PATIENCE)
-        return self.process.returncode, out, err
+        return super().end(*number)
 
 
 class Viewer:

@@ -1,13 +1,9 @@
-"""A simulated phone of its own and its page in a browser, as a person would use them."""
+"""The page of a simulated phone in a browser, as a person would use it."""
 import asyncio
 import contextlib
 import json
 import os
-import pathlib
 import re
-import signal
-import subprocess
-import tempfile
 
 from chromium import Chromium
 from page import until
@@ -28,53 +24,6 @@ def make_browser():
 
 # What the page mirrors of the phone's screen, as an array.
 MIRROR = "[...document.querySelectorAll('.mirror > *')]"
-
-
-class LivePhone:
-    """`async with LivePhone() as phone:` The process of the simulator, switched off at the end."""
-
-    def __init__(self, *options):
-        self._options = options
-
-    async def __aenter__(self):
-        self._folder = tempfile.TemporaryDirectory(prefix="phone-")
-        self.out = pathlib.Path(self._folder.name, "out")
-        # Whoever is killed in the middle leaves no phone behind.
-        command = [
-            "setpriv",
-            "--pdeathsig",
-            "INT",
-            os.environ["SIMULATOR"],
-            "phone",
-            "--port",
-            "0",
-            "--no-open",
-            "--out",
-            str(self.out),
-            *self._options,
-        ]
-        self.said = pathlib.Path(self._folder.name, "said")
-        with self.said.open("w") as said:
-            self.process = subprocess.Popen(
-                command, stdout=said, stderr=subprocess.STDOUT, start_new_session=True
-            )
-        found = await until(
-            lambda: re.search(r"http://\S+", self.said.read_text()),
-            "the phone to say its address",
-            lambda: self.process.poll() is None,
-        )
-        self.url = found.group()
-        return self
-
-    async def __aexit__(self, *_):
-        self.process.send_signal(signal.SIGINT)
-        try:
-            await until(lambda: self.process.poll() is not None, "the phone to end")
-        finally:
-            if self.process.poll() is None:
-                self.process.kill()
-                self.process.wait()
-            self._folder.cleanup()
 
 
 class Handset:
