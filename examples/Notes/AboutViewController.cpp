@@ -2,9 +2,14 @@
 
 #include <Tellvane/Tellvane.h>
 
+#include <algorithm>
+#include <cstdlib>
+
+#include "BreathViewController.h"
 #include "CoreGraphics/CGContext.h"
 #include "Foundation/NSBundle.h"
 #include "Note.h"
+#include "UIKit/UIAlertController.h"
 #include "UIKit/UIGraphics.h"
 
 namespace Notes {
@@ -44,7 +49,9 @@ std::string versionLine() {
 
 MethodList AboutViewController::methods() {
   return {{"startOrStopRecording", &AboutViewController::startOrStopRecording},
-          {"followRecording", &AboutViewController::followRecording}};
+          {"followRecording", &AboutViewController::followRecording},
+          {"breathe", &AboutViewController::breathe},
+          {"warnOfCrash", &AboutViewController::warnOfCrash}};
 }
 
 AboutViewController::AboutViewController() {
@@ -76,6 +83,21 @@ void AboutViewController::viewDidLoad() {
   recording_ = std::make_shared<RecordingRow>();
   recording_->addTarget(shared_from_this(), "startOrStopRecording", UIControlEventTouchUpInside);
   view()->addSubview(recording_);
+  const auto row = [this](const std::string& title, std::shared_ptr<UIColor> color, const char* action) {
+    auto made = std::make_shared<UIButton>();
+    made->setTitle(title);
+    made->setTitleColor(std::move(color));
+    made->setFont(UIFont::systemFontOfSize(17));
+    made->setBackgroundColor(UIColor::whiteColor());
+    made->layer()->cornerRadius = 12;
+    made->layer()->borderWidth = 0.5;
+    made->layer()->borderColor = lineColor()->CGColorValue();
+    made->addTarget(shared_from_this(), action, UIControlEventTouchUpInside);
+    view()->addSubview(made);
+    return made;
+  };
+  breath_ = row("Take a Breath", inkColor(), "breathe");
+  crash_ = row("Crash on Purpose…", UIColor::colorWithHex(0xC0271C), "warnOfCrash");
 }
 
 void AboutViewController::viewDidAppear(bool animated) {
@@ -104,20 +126,42 @@ void AboutViewController::startOrStopRecording() {
   followRecording();
 }
 
+void AboutViewController::breathe() {
+  presentViewController(std::make_shared<BreathViewController>(), true);
+}
+
+void AboutViewController::warnOfCrash() {
+  const auto warning = UIAlertController::alertControllerWithTitle(
+      "Crash Notes?", "Notes ends at once, as after a programming error. Nothing that you wrote is kept.",
+      UIAlertControllerStyle::alert);
+  warning->addAction(UIAlertAction::actionWithTitle("Cancel", UIAlertActionStyle::cancel, {}));
+  warning->addAction(UIAlertAction::actionWithTitle("Crash", UIAlertActionStyle::destructive,
+                                                    [](const auto&) { std::abort(); }));
+  presentViewController(warning, true);
+}
+
 void AboutViewController::viewWillLayoutSubviews() {
   const CGSize size = view()->bounds().size;
-  // The hint and the row go below, or to the right where there is no room for that.
+  // The hint and the rows go below, or to the right where there is no room for that.
   const bool upright = size.height > size.width;
   const CGFloat width = upright ? size.width : size.width / 2;
-  const CGFloat top = upright ? std::max(48.0, size.height / 2 - 210) : size.height / 2 - 89;
+  const CGFloat top = upright ? std::max(30.0, size.height / 2 - 250) : size.height / 2 - 89;
   pad_->setFrame(CGRectMake(width / 2 - 50, top, 100, 100));
   name_->setFrame(CGRectMake(20, top + 118, width - 40, 36));
   version_->setFrame(CGRectMake(20, top + 156, width - 40, 22));
-  hint_->setFrame(upright ? CGRectMake(40, top + 206, width - 80, 66)
-                          : CGRectMake(width, top + 8, width - 40, 88));
+  constexpr CGFloat kBetween = RecordingRow::kHeight + 10;
+  const CGFloat right = std::max(24.0, size.height / 2 - 118);  // the top of what is there
+  hint_->setFrame(upright ? CGRectMake(40, top + 192, width - 80, 66)
+                          : CGRectMake(width, right, width - 40, 66));
   const CGFloat middle = upright ? width / 2 : width + (width - 40) / 2;
-  recording_->setFrame(CGRectMake(middle - RecordingRow::kWidth / 2, top + (upright ? 300 : 116),
-                                  RecordingRow::kWidth, RecordingRow::kHeight));
+  CGFloat y = upright ? top + 274 : right + 72;
+  for (const std::shared_ptr<UIView>& row :
+       {std::static_pointer_cast<UIView>(recording_), std::static_pointer_cast<UIView>(breath_),
+        std::static_pointer_cast<UIView>(crash_)}) {
+    row->setFrame(
+        CGRectMake(middle - RecordingRow::kWidth / 2, y, RecordingRow::kWidth, RecordingRow::kHeight));
+    y += kBetween;
+  }
 }
 
 }  // namespace Notes

@@ -4,6 +4,7 @@
 
 #include "Foundation/NSTimer.h"
 #include "RecordingRow.h"
+#include "UIKit/UIButton.h"
 #include "UIKit/UILabel.h"
 #include "UIKit/UIViewController.h"
 
@@ -21,12 +22,15 @@ class AboutViewController : public ios::Subclass<AboutViewController, ios::UIVie
 
  private:
   void startOrStopRecording();
+  void breathe();
+  void warnOfCrash();
   /// A recording begins when the user has allowed it, and may end by itself.
   void followRecording();
 
   std::shared_ptr<ios::UIView> pad_;
   std::shared_ptr<ios::UILabel> name_, version_, hint_;
   std::shared_ptr<RecordingRow> recording_;
+  std::shared_ptr<ios::UIButton> breath_, crash_;
   std::shared_ptr<ios::NSTimer> following_;  // while the screen is visible
 };
 
