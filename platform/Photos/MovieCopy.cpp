@@ -35,7 +35,8 @@ int copyContents(int from, int to) {
     if (count > 0) continue;
     if (count == 0) return copyByHand(from, to);  // at the end; or a file system that says so too early
     if (errno == EINTR) continue;
-    if (errno == ENOSPC || errno == EDQUOT || errno == EIO || errno == EFBIG) return errno;
+    if (errno == EFBIG) return ENOSPC;
+    if (errno == ENOSPC || errno == EDQUOT || errno == EIO) return errno;
     return copyByHand(from, to);
   }
 }

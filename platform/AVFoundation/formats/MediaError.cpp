@@ -40,6 +40,7 @@ long errorCode(int code) {
   switch (code) {
     case AVERROR(ENOSPC):
     case AVERROR(EDQUOT):
+    case AVERROR(EFBIG):  // a limit on the size of files is how a full disk is played
       return AVErrorDiskFull;
     case AVERROR(EEXIST):
       return AVErrorFileAlreadyExists;

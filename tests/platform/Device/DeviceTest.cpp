@@ -123,7 +123,7 @@ TEST(Device, AFileBeyondTheSizeLimitIsAReportedFailure) {
   limit.rlim_cur = limit.rlim_max;
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
   ASSERT_TRUE(problem);
-  EXPECT_EQ(problem->code, EFBIG);
+  EXPECT_EQ(problem->code, ENOSPC);
 }
 
 TEST(Device, SurvivesAFailingDiskAndWritesEverythingOnceItWorks) {

@@ -223,7 +223,8 @@ class LivePhone(unittest.TestCase):
                 viewer.tap(187, 400)
             self.tap_on(viewer, "Capture Screen")
             if state == "full":
-                viewer.until(lambda: any(line["from"] == "err" for line in viewer.lines), "a line on standard error")
+                viewer.until(lambda: viewer.said("No space left on device"), "what the application says of the disk")
+                self.assertTrue(all(line["from"] == "err" for line in viewer.lines if "No space" in line["text"]))
                 self.assertEqual(viewer.topics["pasteboard"]["items"], [])
             else:
                 viewer.until(lambda: viewer.topics["pasteboard"]["items"], "an item on the pasteboard")
