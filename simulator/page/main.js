@@ -54,8 +54,10 @@ document.body.replaceChildren(h('div', {class: 'shell'}, header(link, clock), st
 // What the phone is told of this viewer, on every connection anew.
 let size = null;
 const tellSize = () => {
-  if (size) link.command('view', size).catch(() => {});
+  const view = document.hidden ? {hidden: true} : size;
+  if (view) link.command('view', view).catch(() => {});
 };
+document.addEventListener('visibilitychange', tellSize);
 device.onresize = (width, height) => {
   if (size?.width === width && size?.height === height) return;
   size = {width, height};

@@ -8,7 +8,7 @@ namespace {
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
-constexpr std::size_t kMostViewers = 8;
+constexpr std::size_t kMostViewers = 128;
 constexpr std::uint32_t kLongestHeader = 8 << 10;
 constexpr std::uint64_t kLongestBody = 1 << 10;
 constexpr seconds kPatience{20};

@@ -19,15 +19,15 @@ constexpr int kFilterReach = 2;  // pixels of the display
 
 class Header {
  public:
-  explicit Header(std::vector<std::uint8_t>& bytes) : bytes_(bytes) {}
+  explicit Header(std::string& bytes) : bytes_(bytes) {}
   template <class Integer>
   void put(Integer value) {
     for (std::size_t i = 0; i < sizeof value; ++i)
-      bytes_.push_back(static_cast<std::uint8_t>(static_cast<std::uint64_t>(value) >> (8 * i)));
+      bytes_.push_back(static_cast<char>(static_cast<std::uint64_t>(value) >> (8 * i)));
   }
 
  private:
-  std::vector<std::uint8_t>& bytes_;
+  std::string& bytes_;
 };
 
 struct Bitmap {
@@ -95,7 +95,7 @@ PixelRect onGrid(const PixelRect& rect) {
 
 }  // namespace
 
-PictureResult encodePicture(const Display& display, const PictureOrder& order) {
+Picture encodePicture(const Display& display, const PictureOrder& order) {
   const Display::Shape expected = display.shape();
   double scale = 1;
   if (order.roomWidth > 0 && order.roomHeight > 0 && expected.width > 0 && expected.height > 0) {
@@ -117,25 +117,27 @@ PictureResult encodePicture(const Display& display, const PictureOrder& order) {
     shape = display.copy(rect, bitmap.pixels);
   }
   // The phone was turned since; what tells of that brings the next order.
-  if (rect.isEmpty() || shape != expected || bitmap.pixels.empty()) return {{}, shape, 0, 0};
-  const bool whole = rect == all;
-  const ios::Bytes image = encode(std::move(bitmap), order.exact);
-  if (image.empty()) return {{}, shape, 0, 0};
+  if (rect.isEmpty() || shape != expected || bitmap.pixels.empty()) return {.shape = shape};
+  return {encode(std::move(bitmap), order.exact), order.exact, shape, rect, width, height};
+}
 
-  PictureResult result{{}, shape, width, height};
-  result.bytes.reserve(32 + image.size());
-  Header header(result.bytes);
+std::string pictureMessage(const Picture& picture, const PictureStamp& stamp) {
+  const auto& [image, exact, shape, rect, width, height] = picture;
+  const bool whole = rect == PixelRect{0, 0, width, height};
+  std::string bytes;
+  bytes.reserve(32 + image.size());
+  Header header(bytes);
   header.put(kVersion);
-  header.put(order.exact ? kPNG : kJPEG);
-  header.put(static_cast<std::uint8_t>((whole ? kWhole : 0) | (order.exact ? kExact : 0)));
+  header.put(exact ? kPNG : kJPEG);
+  header.put(static_cast<std::uint8_t>((whole ? kWhole : 0) | (exact ? kExact : 0)));
   header.put(static_cast<std::uint8_t>(shape.orientation));
-  header.put(order.sequence);
-  header.put(order.time);
-  header.put(order.touch);
+  header.put(stamp.sequence);
+  header.put(static_cast<std::uint64_t>(stamp.time.count()));
+  header.put(stamp.touch);
   for (const int value : {rect.x, rect.y, rect.width, rect.height, width, height})
     header.put(static_cast<std::uint16_t>(value));
-  result.bytes.insert(result.bytes.end(), image.begin(), image.end());
-  return result;
+  bytes.append(image.begin(), image.end());
+  return bytes;
 }
 
 }  // namespace simulator

@@ -11,7 +11,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::size_t kMostConnections = 64;
+constexpr std::size_t kMostConnections = 512;
 
 }  // namespace
 
@@ -78,6 +78,29 @@ void ServerCore::dismiss(ViewerId viewer) {
 Viewer* ServerCore::viewer(ViewerId id) {
   const auto found = viewers_.find(id);
   return found == viewers_.end() ? nullptr : found->second.get();
+}
+
+void ServerCore::encode(const std::shared_ptr<Viewer>& viewer, const PictureOrder& order) {
+  if (ordered_.empty()) post([this] { encodeOrdered(); });
+  ordered_.emplace_back(viewer, order);
+}
+
+void ServerCore::encodeOrdered() {
+  auto ordered = std::exchange(ordered_, {});
+  while (!ordered.empty()) {
+    const PictureOrder order = ordered.front().second;
+    std::vector<std::shared_ptr<Viewer>> viewers;
+    std::erase_if(ordered, [&](const auto& each) {
+      if (each.second == order) viewers.push_back(each.first);
+      return each.second == order;
+    });
+    asio::post(encoders_, [this, order, viewers = std::move(viewers)] {
+      auto picture = std::make_shared<Picture>(encodePicture(display_, order));
+      post([picture, viewers] {
+        for (const auto& each : viewers) each->encoded(*picture);
+      });
+    });
+  }
 }
 
 void ServerCore::toAll(const std::string& topic, const std::string& message, bool onDemand) {

@@ -90,6 +90,9 @@ void Viewer::answer(std::int64_t id, ios::NSDictionary members) {
 
 std::string Viewer::setView(const ios::NSDictionary& members) {
   const ios::PropertyList list(members);
+  const bool* hidden = list.member("hidden") ? list.member("hidden")->boolean() : nullptr;
+  hidden_ = hidden && *hidden;
+  if (hidden_) return {};
   const auto width = numberIn(list.member("width")), height = numberIn(list.member("height"));
   if (!width || !height || !(*width >= 16 && *width <= 16384) || !(*height >= 16 && *height <= 16384))
     return "expected a width and a height of 16 to 16384";
@@ -126,7 +129,7 @@ void Viewer::changed(const PixelRect& rect) {
 
 /// Begins the next picture if there is one to make now, or comes back when there may be.
 void Viewer::look() {
-  if (left_ || goodbye_) return;
+  if (left_ || goodbye_ || hidden_) return;
   const auto task = pictures_.next(steady_clock::now());
   if (!task) {
     if (const auto due = pictures_.due(); due && rest_.expiry() != *due) {
@@ -137,25 +140,20 @@ void Viewer::look() {
     }
     return;
   }
-  PictureOrder order{task->rect, task->exact, roomWidth_, roomHeight_, known_, knownWidth_, knownHeight_};
-  order.sequence = ++sequence_;
-  order.touch = touch_;
-  order.time = static_cast<std::uint64_t>(core_.phoneTime_.count());
-  asio::post(core_.encoders_, [self = shared_from_this(), order, &core = core_] {
-    auto result = std::make_shared<PictureResult>(encodePicture(core.display_, order));
-    core.post([self, result, order] { self->encoded(std::move(*result), order.sequence); });
-  });
+  stamp_ = {stamp_.sequence + 1, touch_, core_.phoneTime_};
+  core_.encode(shared_from_this(),
+               {task->rect, task->exact, roomWidth_, roomHeight_, known_, knownWidth_, knownHeight_});
 }
 
-void Viewer::encoded(PictureResult result, std::uint32_t sequence) {
-  if (result.bytes.empty()) {
+void Viewer::encoded(const Picture& picture) {
+  if (picture.image.empty()) {
     pictures_.finished();
   } else {
-    known_ = result.shape;
-    knownWidth_ = result.width;
-    knownHeight_ = result.height;
-    pictures_.sent(sequence);
-    queue({"", true, std::make_shared<const std::string>(result.bytes.begin(), result.bytes.end())});
+    known_ = picture.shape;
+    knownWidth_ = picture.width;
+    knownHeight_ = picture.height;
+    pictures_.sent(stamp_.sequence);
+    queue({"", true, std::make_shared<const std::string>(pictureMessage(picture, stamp_))});
   }
   look();
 }

@@ -4,7 +4,8 @@ import {line} from './panel.js';
 const kPermissions = [['granted', 'Granted'], ['refused', 'Refused'], ['ask', 'Ask']];
 const kServices = {
   microphone: 'Microphone',
-  photos: 'Photos'
+  photos: 'Photos',
+  screen: 'Screen recording'
 };
 
 /// What can be done to one of the phone's applications. Controls bear a "data-key", by which the one that has

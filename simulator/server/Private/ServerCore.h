@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "simulator/server/Announcements.h"
+#include "simulator/server/PictureEncoder.h"
 #include "simulator/server/Private/Net.h"
 #include "simulator/server/Rate.h"
 #include "simulator/server/Server.h"
@@ -25,12 +26,16 @@ class ServerCore {
   void admit(const std::shared_ptr<Viewer>& viewer);
   void dismiss(ViewerId viewer);
   Viewer* viewer(ViewerId id);
+  /// Has a picture made for a viewer, who then gets it by `encoded`. Orders that are equal and come together, as when
+  /// several look at the same size, are one.
+  void encode(const std::shared_ptr<Viewer>& viewer, const PictureOrder& order);
   void toAll(const std::string& topic, const std::string& message, bool onDemand = false);
 
   CommandInbox& inbox_;
   const Display& display_;
   asio::io_context io_{1};
   asio::thread_pool encoders_{1};
+  std::vector<std::pair<std::shared_ptr<Viewer>, PictureOrder>> ordered_;
   tcp::acceptor acceptor_{io_};
   asio::steady_timer acceptAgain_{io_};
   Rate requests_{200, 400};
@@ -44,6 +49,9 @@ class ServerCore {
   std::chrono::nanoseconds phoneTime_{};
   bool closing_ = false;
   std::thread thread_;
+
+ private:
+  void encodeOrdered();
 };
 
 }  // namespace simulator

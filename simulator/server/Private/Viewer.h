@@ -24,6 +24,8 @@ class Viewer : public std::enable_shared_from_this<Viewer> {
   bool watches(const std::string& topic) const { return watched_.contains(topic); }
   void applied(std::uint32_t touch, bool visible);
   void changed(const PixelRect& rect);
+  /// The picture that was ordered last.
+  void encoded(const Picture& picture);
   void close(websocket::close_code code, const std::string& reason);
 
  private:
@@ -39,7 +41,6 @@ class Viewer : public std::enable_shared_from_this<Viewer> {
   std::string setView(const ios::NSDictionary& members);
   std::string setWatch(const ios::NSDictionary& members);
   void look();
-  void encoded(PictureResult result, std::uint32_t sequence);
   void queue(Outgoing message);
   void write();
   void finish();
@@ -59,9 +60,11 @@ class Viewer : public std::enable_shared_from_this<Viewer> {
   asio::steady_timer rest_;
   std::set<std::string> watched_;
   int roomWidth_ = 0, roomHeight_ = 0;
+  bool hidden_ = false;  // nobody sees the page
   Display::Shape known_;
   int knownWidth_ = 0, knownHeight_ = 0;
-  std::uint32_t sequence_ = 0, touch_ = 0;
+  std::uint32_t touch_ = 0;
+  PictureStamp stamp_;  // of the picture that was ordered last
 };
 
 }  // namespace simulator

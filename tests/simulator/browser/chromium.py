@@ -79,6 +79,7 @@ class ChromiumPage(Page):
     def __init__(self, browser, session, target):
         super().__init__()
         self._browser, self._session, self._target = browser, session, target
+        self._held = False  # the mouse's button
         self._frames = {}  # those in processes of their own, as sealed off ones are: sessions by target
 
     def hear(self, method, parameters):
@@ -138,16 +139,15 @@ class ChromiumPage(Page):
 
     async def mouse(self, steps, x, y, alt=False):
         kinds = {"move": "mouseMoved", "down": "mousePressed", "up": "mouseReleased"}
-        held = {"button": "left", "clickCount": 1}
         at = {"x": x, "y": y, "modifiers": ALT if alt else 0}
-        await asyncio.gather(
-            *(
-                self.ask(
-                    "Input.dispatchMouseEvent", type=kinds[step], **at, **({} if step == "move" else held)
-                )
-                for step in steps
-            )
-        )
+        requests = []
+        for step in steps:
+            self._held = step == "down" or (step == "move" and self._held)
+            button = {"button": "left", "clickCount": 1} if step != "move" else {}
+            if self._held:
+                button |= {"button": "left", "buttons": 1}
+            requests.append(self.ask("Input.dispatchMouseEvent", type=kinds[step], **at, **button))
+        await asyncio.gather(*requests)
 
     async def touch_together(self, places):
         """Fingers that come down one after the other, and leave at once."""

@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -152,14 +151,10 @@ TEST(ViewerPictures, AreTwoOnTheirWayAndOneRectangleForTheRest) {
   EXPECT_FALSE(pictures.due());
 }
 
-/// A picture's message, opened.
 struct Opened {
-  std::array<int, 4> rect;
+  PixelRect rect;
   ios::CGImageRef image;
-  explicit Opened(const std::vector<std::uint8_t>& bytes) {
-    for (std::size_t i = 0; i < rect.size(); ++i) rect[i] = bytes.at(20 + 2 * i) | bytes.at(21 + 2 * i) << 8;
-    image = ios::CGImage::decode(std::span(bytes).subspan(32));
-  }
+  explicit Opened(const Picture& picture) : rect(picture.rect), image(ios::CGImage::decode(picture.image)) {}
   std::string row(int y, int x, int count) const {
     const std::uint8_t* start = image->pixels() + static_cast<std::size_t>(y) * image->bytesPerRow();
     return {start + static_cast<std::ptrdiff_t>(4) * x, start + static_cast<std::ptrdiff_t>(4) * (x + count)};
@@ -179,7 +174,7 @@ TEST(PictureEncoder, SendsOfAScaledPictureThePartThatChangedAsTheWholeHasIt) {
   for (const auto& [width, height] : {std::pair(1100, 1956), std::pair(621, 1104), std::pair(300, 600)}) {
     PictureOrder order{
         .rect = {0, 0, shape.width, shape.height}, .exact = true, .roomWidth = width, .roomHeight = height};
-    const PictureResult first = encodePicture(display, order);
+    const Picture first = encodePicture(display, order);
     order.known = first.shape;
     order.knownWidth = first.width;
     order.knownHeight = first.height;
@@ -190,10 +185,10 @@ TEST(PictureEncoder, SendsOfAScaledPictureThePartThatChangedAsTheWholeHasIt) {
         *each ^= 0x7f;
     }
     display.show(pixels, shape, changed);
-    const Opened part(encodePicture(display, order).bytes);
+    const Opened part(encodePicture(display, order));
     order.known = {};
-    const Opened whole(encodePicture(display, order).bytes);
-    ASSERT_EQ(whole.rect, (std::array{0, 0, first.width, first.height}));
+    const Opened whole(encodePicture(display, order));
+    ASSERT_EQ(whole.rect, (PixelRect{0, 0, first.width, first.height}));
     const auto [x, y, partWidth, partHeight] = part.rect;
     EXPECT_LT(partWidth * partHeight, first.width * first.height / 50);
     const double scale = static_cast<double>(first.width) / shape.width;
