@@ -115,8 +115,8 @@ export class PhonePanel extends Panel {
   }
 }
 
-const later = () => h(
-  'span', {class: 'soft', hidden: true}, 'The application hears it from its next launch on');
+const later = () =>
+  h('span', {class: 'soft', hidden: true}, 'The application hears it from its next launch on');
 
 function languageName(tag) {
   try {

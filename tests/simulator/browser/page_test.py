@@ -60,6 +60,9 @@ class PageTest(unittest.IsolatedAsyncioTestCase):
         frame = await page.frame(report)
         await frame.see("ListViewController")
         await frame.wait("document.querySelector('img').naturalWidth === 750", "the report's picture")
+        loaded = await page.evaluate("performance.getEntriesByType('resource').map(each => each.name)")
+        origin = self.phone.url.split("/?")[0] + "/"
+        self.assertEqual([name for name in loaded if not name.startswith((origin, "blob:" + origin))], [])
         self.assertNoComplaints()
 
     async def test_a_recording_plays_in_the_page(self):
@@ -132,6 +135,27 @@ class PageTest(unittest.IsolatedAsyncioTestCase):
         await hand.rests()
         await hand.tap_at(*TITLE, alt=True)
         await hand.sees("Options")
+        self.assertNoComplaints()
+
+    async def test_a_refusal_is_taken_back_by_hand(self):
+        """In Settings on the phone: by the keyboard, as a screen reader has it, and by a finger."""
+        hand = await self.open()
+        page = hand.page
+        await hand.panel("phone")
+        answer = "document.querySelector('[data-key=\"com.example.notes photos {}\"]').ariaChecked === 'true'"
+        await page.click("[data-key='com.example.notes photos refused']")
+        await page.wait(answer.format("refused"), "the refusal to show in the panel")
+        await hand.tap("Settings")
+        switch = "[...document.querySelectorAll('.mirror [role=switch]')].find(each => /^Photos.*Notes/.test(each.textContent))"
+        label = await page.wait(f"{switch}?.textContent", "the switch for photos")
+        self.assertEqual(await page.evaluate(f"{switch}.ariaChecked"), "false")
+        await hand.focus(label)
+        await page.key("Enter")
+        await page.wait(f"{switch}?.ariaChecked === 'true'", "the switch to be on")
+        await page.wait(answer.format("granted"), "the permission to show in the panel")
+        await hand.tap(label)
+        await page.wait(f"{switch}?.ariaChecked === 'false'", "the switch to be off")
+        await page.wait(answer.format("refused"), "the refusal to show again")
         self.assertNoComplaints()
 
     async def test_pause_and_step(self):
