@@ -15,7 +15,6 @@ NoteRow::NoteRow(const Note& note)
   mark_->layer()->cornerRadius = 2;
   line_->setBackgroundColor(lineColor());
   title_->setText(note.title);
-  title_->setAccessibilityIdentifier("title");
   title_->setFont(UIFont::boldSystemFontOfSize(17));
   title_->setTextColor(inkColor());
   snippet_->setText(note.snippet());

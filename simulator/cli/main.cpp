@@ -13,6 +13,7 @@
 #include "simulator/cli/OutputFolder.h"
 #include "simulator/cli/PhoneCommand.h"
 #include "simulator/flow/FlowRunner.h"
+#include "simulator/live/FlowMovie.h"
 #include "simulator/phone/Phone.h"
 #include "simulator/remote/Interruption.h"
 #include "simulator/suite/FlowSuite.h"
@@ -98,27 +99,33 @@ Exit playOne(const CommandLine& line, const fs::path& executable) {
   options.realTime = line.choices.realTime;
   options.catalog = line.choices.applications;
   options.patience = line.patience;
+  options.sharesDisplay = true;  // for movies
   options.catalog.push_back(executable.parent_path().parent_path() / "Applications");
   interruptOnSignals(*options.interrupt);
   Transcript transcript;
   Console console(out->path(), [&](Console::Stream stream, const std::string& text) {
     transcript.consoleLine(stream, text);
   });
-  Phone phone(options, console, [&] { transcript.flushConsole(); });
+  PacedPhone phone(options, console, [&] { transcript.flushConsole(); });
   if (problem = phone.installAll(); !problem.empty()) {
     complain(problem);
     return Exit::refused;
   }
 
   transcript.heading(titleOf(*flow, line.settings));
-  Stage stage(phone, console,
-              [&](const std::string& name, const ios::Bytes& png) { return out->write(name, png); });
+  const auto keepFile = [&](const std::string& name, const ios::Bytes& bytes) {
+    return out->write(name, bytes);
+  };
+  FlowMovie movie(phone, keepFile);
+  Stage stage(phone, console, keepFile, static_cast<std::uint32_t>(line.choices.seed));
+  stage.setRecorder(&movie);
   if (flow->recordedAt) {
     stage.setExact(true);
     phone.runFor(std::max(ios::Clock::Duration::zero(),
                           *flow->recordedAt - ios::Clock::shared().now().time_since_epoch()));
   }
   const bool played = FlowRunner(stage, transcript).play(*flow, problem);
+  if (movie.isRecording()) movie.end();  // what there is
   const std::string ending = phone.stop();
   transcript.flushConsole();
   const std::string lost = copyResults(out->path());

@@ -43,7 +43,7 @@ struct Inner {
 };
 
 struct Repeat : Group {
-  static constexpr int kMost = 100'000, kMostUnlessTold = 10'000;
+  static constexpr int kMost = 100'000, kMostUnlessTold = 1'000;
   std::optional<YamlValue> count;
   std::optional<Condition> condition;
   std::vector<Step> inner;

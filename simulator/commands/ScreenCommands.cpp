@@ -126,6 +126,31 @@ struct TakeScreenshot : Command {
   }
 };
 
+struct StartRecording : Command {
+  std::string name;
+
+  std::string description() const override { return "record the screen as " + name + ".mp4"; }
+  Problem perform(Stage& stage) const override {
+    return stage.recorder() ? stage.recorder()->begin(name) : "the screen is not recorded in this run";
+  }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    auto result = std::make_unique<StartRecording>();
+    result->name = outputName(single(value, "path"));
+    return result;
+  }
+};
+
+struct StopRecording : Command {
+  std::string description() const override { return "stop recording the screen"; }
+  Problem perform(Stage& stage) const override {
+    return stage.recorder() ? stage.recorder()->end() : "the screen is not recorded in this run";
+  }
+  static std::unique_ptr<const Command> read(const YamlValue& value, FlowReader&) {
+    expectNothing(value);
+    return std::make_unique<StopRecording>();
+  }
+};
+
 }  // namespace
 
 std::span<const CommandKind> screenCommands() {
@@ -137,6 +162,8 @@ std::span<const CommandKind> screenCommands() {
       CommandKind{"waitForAnimationToEnd", &WaitForAnimationToEnd::read},
       CommandKind{"wait", &Wait::read, CommandKind::Origin::own},
       CommandKind{"takeScreenshot", &TakeScreenshot::read},
+      CommandKind{"startRecording", &StartRecording::read},
+      CommandKind{"stopRecording", &StopRecording::read},
   };
   return kAll;
 }

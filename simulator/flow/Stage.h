@@ -6,6 +6,7 @@
 
 #include "UIKit/VisibleElements.h"
 #include "simulator/flow/Command.h"
+#include "simulator/flow/ScreenRecorder.h"
 #include "simulator/flow/Selector.h"
 #include "simulator/phone/Console.h"
 #include "simulator/phone/Phone.h"
@@ -18,11 +19,15 @@ class Stage {
  public:
   /// Keeps a file of the flow's, a picture or a movie, under a name.
   using FileSink = std::function<Problem(const std::string& name, const ios::Bytes& contents)>;
-  Stage(Phone& phone, Console& console, FileSink keepFile)
-      : phone_(phone), console_(console), keepFile_(std::move(keepFile)) {}
+  /// `seed` is that of the scripts' chance.
+  Stage(Phone& phone, Console& console, FileSink keepFile, std::uint32_t seed = 0)
+      : phone_(phone), console_(console), keepFile_(std::move(keepFile)), script_(seed) {}
 
   Phone& phone() { return phone_; }
   Console& console() { return console_; }
+  /// What records the screen; none: nothing can. It must outlive this.
+  ScreenRecorder* recorder() const { return recorder_; }
+  void setRecorder(ScreenRecorder* recorder) { recorder_ = recorder; }
   Script& script() { return script_; }
   Problem keepFile(const std::string& name, const ios::Bytes& contents) { return keepFile_(name, contents); }
 
@@ -50,6 +55,7 @@ class Stage {
   Console& console_;
   FileSink keepFile_;
   Script script_;
+  ScreenRecorder* recorder_ = nullptr;
   bool exact_ = false;
 };
 

@@ -5,6 +5,7 @@
 #include "simulator/flow/FlowRunner.h"
 #include "simulator/flow/Stage.h"
 #include "simulator/flow/Transcript.h"
+#include "simulator/live/FlowMovie.h"
 #include "simulator/live/LivePhone.h"
 #include "simulator/live/Words.h"
 
@@ -124,10 +125,13 @@ void LivePhone::playWantedFlow() {
       return pacedStep(duration, touches);
     });
     Transcript transcript;
-    Stage stage(phone_, console_, [this](const std::string& name, const ios::Bytes& contents) -> Problem {
+    const auto keepFile = [this](const std::string& name, const ios::Bytes& contents) -> Problem {
       const auto error = ios::writeFileAtomically(playback_->out / name, contents);
       return error ? error->description() : "";
-    });
+    };
+    FlowMovie movie(phone_, keepFile);
+    Stage stage(phone_, console_, keepFile);
+    stage.setRecorder(&movie);
     stage.setExact(flow->recordedAt.has_value());
     FlowRunner runner(stage, transcript);
     runner.setWatcher([this](const Step& step, const std::string& description) {
@@ -143,6 +147,7 @@ void LivePhone::playWantedFlow() {
     } catch (const FlowStopped&) {
       why = "stopped";
     }
+    if (movie.isRecording()) movie.end();
     phone_.setPacer({});
   }
   lastFlow_ = NSDictionary{

@@ -17,6 +17,7 @@ class PacedPhone : public Phone {
                                                             const std::vector<ios::TouchSample>& touches)>;
   /// Empty: requests take their time at once, as without an audience.
   void setPacer(Pacer pacer) { pacer_ = std::move(pacer); }
+  const Pacer& pacer() const { return pacer_; }
 
   void tap(const ios::automation::Tap& tap) override;
   void swipe(ios::CGPoint from, ios::CGPoint to, ios::Clock::Duration duration) override;

@@ -34,7 +34,13 @@ std::string textAt(const std::vector<ios::VisibleElement>& elements, ios::CGPoin
   if (!hit || hit->text.find('\n') != std::string::npos) return {};
   if (hit->text.find("${") != std::string::npos) return {};  // which flows replace
   if (hit->control && !hit->focusable) return {};
-  const auto same = [&](const auto& element) { return element.text == hit->text; };
+  const auto isIn = [&](const ios::VisibleElement& element) {
+    for (int at = element.parent; at >= 0; at = elements[static_cast<std::size_t>(at)].parent) {
+      if (&elements[static_cast<std::size_t>(at)] == hit) return true;
+    }
+    return false;
+  };
+  const auto same = [&](const auto& element) { return element.text == hit->text && !isIn(element); };
   return std::count_if(elements.begin(), elements.end(), same) == 1 ? hit->text : "";
 }
 

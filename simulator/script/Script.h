@@ -25,7 +25,7 @@ class Script {
  public:
   using Variables = std::map<std::string, std::string>;
   /// `log` takes what scripts say by `console.log`, line by line.
-  explicit Script(std::uint32_t seed = 1, std::function<void(const std::string&)> log = {});
+  explicit Script(std::uint32_t seed = 0, std::function<void(const std::string&)> log = {});
   void setLog(std::function<void(const std::string&)> log);
   ~Script();
   Script(const Script&) = delete;

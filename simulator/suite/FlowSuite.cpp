@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "Base/Output.h"
+#include "simulator/flow/Workspace.h"
 #include "simulator/remote/Interruption.h"
 #include "simulator/remote/Process.h"
 #include "simulator/suite/Durations.h"
@@ -150,6 +151,13 @@ std::vector<fs::path> flowsAt(const fs::path& place) {
   std::vector<fs::path> flows;
   if (!fs::is_directory(place, error)) {
     flows.push_back(place);
+    return flows;
+  }
+  if (fs::exists(place / Workspace::kConfiguration, error)) {
+    std::string problem;
+    flows = Workspace::flows(place, problem);
+    if (!problem.empty()) throw Refusal(Exit::refused, problem);
+    if (flows.empty()) throw Refusal(Exit::noInput, "config.yaml chooses no flow in " + place.string() + ".");
     return flows;
   }
   for (const auto& entry : fs::directory_iterator(place, error)) {

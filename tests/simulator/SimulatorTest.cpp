@@ -136,6 +136,75 @@ TEST_F(Simulator, SaysWhatWasExpectedAndWhatWasThereInstead) {
   EXPECT_TRUE(profile.says("no profile is called \"Abacus\"; known: ")) << profile.output;
 }
 
+// What must happen although a step failed, and what must not count as a failure.
+TEST_F(Simulator, GoesOnAfterAFailureAsFarAsTheFlowSays) {
+  folder_.write("inner.yaml",
+                std::string("appId: com.example.notes\nonFlowComplete: [evalScript: \"${output.n += 10}\"]\n"
+                            "---\n- evalScript: ${output.n++}\n- assertTrue: ${output.n > 20}\n"));
+  const fs::path flow = folder_.write(
+      "f.yaml",
+      std::string(
+          "appId: com.example.notes\nenv: {WHO: \"${WHO || 'nobody'}\", TWICE: \"${WHO + WHO}\"}\n"
+          "onFlowStart: [evalScript: \"${output.n = 0}\"]\n"
+          "onFlowComplete: [evalScript: \"${console.log('after', output.n, TWICE)}\"]\n---\n"
+          "- retry: {maxRetries: 5, file: inner.yaml}\n"
+          "- assertVisible: {text: Nowhere, optional: true}\n"
+          "- runFlow: {commands: [assertTrue: no, shake], optional: true}\n"
+          "- runFlow: {when: {true: \"${output.n < 0}\"}, commands: [assertTrue: false]}\n"
+          "- repeat: {while: {true: \"${output.n < 40}\"}, commands: [evalScript: \"${output.n++}\"]}\n"
+          "- evalScript: ${nothing.there}\n"
+          "- takeScreenshot: never\n"));
+  const Outcome outcome = play(flow, "out", "-e WHO=Ada");
+  EXPECT_EQ(outcome.status, 1) << outcome.output;
+  EXPECT_TRUE(outcome.says("– after 40 AdaAda\n")) << outcome.output;
+  EXPECT_TRUE(outcome.says("f.yaml:11: evalScript: ${nothing.there}: ReferenceError")) << outcome.output;
+  EXPECT_TRUE(
+      outcome.says("⚠ " + (path() / "inner.yaml").string() + ":5: assertTrue: expected ${output.n > 20}"))
+      << outcome.output;
+  EXPECT_TRUE(outcome.says(":7: assertVisible: expected \"Nowhere\"")) << outcome.output;
+  EXPECT_FALSE(fs::exists(path() / "out/never.png"));
+
+  // What says so only when it is played.
+  const struct {
+    const char *commands, *complaint;
+  } kCases[] = {
+      {"- pressKey: Back\n", "f.yaml:3: pressKey: a phone of this kind has no Back key"},
+      {"- inputText: Bread\n", "f.yaml:3: inputText: nothing on this phone takes text yet"},
+      {"- evalScript: ${output.many = 'x'}\n- repeat: {times: \"${output.many}\", commands: [shake]}\n",
+       "f.yaml:4: repeat: expected a number from 0 to 100000, not \"x\""},
+      {"- evalScript: ${output.at = 'there'}\n- tapOn: {point: \"${output.at}\"}\n",
+       "f.yaml:4: tapOn: expected a place such as"},
+      {"- repeat: {while: {notVisible: Nowhere}, commands: []}\n", "still holds after 1000 rounds"},
+      {"- stopRecording\n", "f.yaml:3: stopRecording: no movie is being recorded"},
+  };
+  for (const auto& c : kCases) {
+    const Outcome failed = playText(c.commands);
+    EXPECT_EQ(failed.status, 1) << c.commands << failed.output;
+    EXPECT_TRUE(failed.says(c.complaint)) << c.commands << failed.output;
+  }
+}
+
+TEST_F(Simulator, PlaysWhatTheFolderChooses) {
+  const auto write = [&](const std::string& name, const std::string& header,
+                         const std::string& step = "shake") {
+    folder_.write("flows/" + name, "appId: com.example.notes\n" + header + "---\n- " + step + "\n");
+  };
+  write("b.yaml", "tags: [smoke]\n");
+  write("a.yaml", "tags: [smoke, slow]\nname: First\n");
+  write("deep/c.yaml", "tags: [smoke]\nname: Last\n");
+  write("deep/never.yaml", "tags: [smoke, broken]\n", "assertTrue: false");
+  write("untagged.yaml", "", "assertTrue: false");
+  folder_.write("flows/config.yaml",
+                std::string("flows: [\"*\", \"deep/**\"]\nincludeTags: [smoke]\nexcludeTags: [broken]\n"
+                            "executionOrder: {first: [Last, b]}\nother: 1\n"));
+  const Outcome outcome = play(path() / "flows", "out");
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  const std::size_t c = outcome.output.find("ok    c "), b = outcome.output.find("ok    b "),
+                    a = outcome.output.find("ok    a ");
+  EXPECT_TRUE(c < b && b < a && a != std::string::npos) << outcome.output;
+  EXPECT_TRUE(outcome.says("3 flows, 0 failed")) << outcome.output;
+}
+
 // A dead application must end the step that met it, at once and by name, not look like a missing text.
 TEST_F(Simulator, NoticesAnApplicationThatEnds) {
   const struct {
