@@ -129,12 +129,12 @@ Exit playOne(const CommandLine& line, const fs::path& executable) {
   const std::string ending = phone.stop();
   transcript.flushConsole();
   const std::string lost = copyResults(out->path());
+  if (!played && line.choices.seed != 0)
+    complain("the orderings were those of --seed " + std::to_string(line.choices.seed));
   if (!played) complain(problem);
   if (played && !ending.empty()) complain(line.flow.string() + ": " + ending);
   if (!lost.empty()) complain("not everything is in " + out->path().string() + ": " + lost);
   if (phone.wasInterrupted()) return Exit::interrupted;
-  if (!played && line.choices.seed != 0)
-    complain("the orderings were those of --seed " + std::to_string(line.choices.seed));
   if (!played || !ending.empty() || !lost.empty()) return Exit::failed;
   std::error_code error;
   transcript.heading("Everything happened as expected; see " + fs::proximate(out->path(), error).string());

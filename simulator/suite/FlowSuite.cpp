@@ -161,7 +161,9 @@ std::vector<fs::path> flowsAt(const fs::path& place) {
     return flows;
   }
   for (const auto& entry : fs::directory_iterator(place, error)) {
-    if (entry.path().extension() == ".yaml" && entry.is_regular_file(error)) flows.push_back(entry.path());
+    const fs::path name = entry.path().filename();
+    if (name.extension() == ".yaml" && name.stem().extension() != ".part" && entry.is_regular_file(error))
+      flows.push_back(entry.path());
   }
   std::sort(flows.begin(), flows.end());
   if (flows.empty()) throw Refusal(Exit::noInput, "There is no flow (*.yaml) in " + place.string() + ".");

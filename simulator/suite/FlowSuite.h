@@ -29,7 +29,8 @@ struct FlowSuite {
   Exit play(const std::vector<std::filesystem::path>& flows) const;
 };
 
-/// The flows in a folder, by name; or the one file. A Refusal when there are none.
+/// The flows in a folder, by name, without those that others run ("login.part.yaml"); or the one file. A Refusal when
+/// there are none.
 std::vector<std::filesystem::path> flowsAt(const std::filesystem::path& place);
 
 /// A part of the flows, as "2/3" says: parts last about equally long, as far as their durations are known, and

@@ -24,6 +24,7 @@ class SuiteTest(Shell):
         self.flow("good", "- launchApp\n- takeScreenshot: list\n- assertVisible: About")
         self.flow("bad", "- launchApp\n- assertVisible: \"a < b & \\\"c\\\"\"")
         self.flow("ugly", "- dance")
+        self.flow("ugly.part", "- dance")
         said = self.sim("flow", "flows", "--jobs", "2", "--junit", "report.xml", "--durations", "times.json", "--out", "o",
                         status=1)
         self.assertIn("3 flows, 2 failed; see o", said)

@@ -1,11 +1,14 @@
 """Every verb of tellvane-sim against a live phone, as a shell user types it, and what is typed wrongly."""
 
+import contextlib
 import json
 import os
 import pathlib
 import plistlib
 import re
 import signal
+import socket
+import stat
 import struct
 import subprocess
 import sys
@@ -319,9 +322,46 @@ class VerbsTest(Shell):
         self.ended(swipe, 76)
         self.assertEqual(self.devices()["Work"]["state"], "Shutdown")
         self.sim("ui", "booted", "shake", status=68, says="No phone is booted")
-        self.sim("boot", "Work")
         self.assertEqual(self.sockets(), [udid + ".socket"])
-        self.sim("ui", "booted", "shake")
+        other = self.boot("Other")
+        self.assertEqual(self.sockets(), [other + ".socket"])
+        self.sim("boot", "Work")
+        self.sim("ui", "Work", "shake")
+
+    def test_nonsense_at_the_socket(self):
+        """Whoever reaches the socket cannot hold up the phone, nor those who use it."""
+        udid = self.boot()
+        path = self.run_folder / "tellvane" / (udid + ".socket")
+        self.assertEqual(stat.S_IMODE(path.stat().st_mode), 0o600)
+        self.assertEqual(stat.S_IMODE(path.parent.stat().st_mode), 0o700)
+        for message in (b"hello\n", b"[]\n", b"{}\n", b'{"id": "x", "command": "shake"}\n', b'{"id": 1}\n', b"[" * 99 + b"\n",
+                        b"\xff\xfe\n", b"x" * (2 << 20)):
+            with socket.socket(socket.AF_UNIX) as connection:
+                connection.settimeout(PATIENCE)
+                connection.connect(str(path))
+                greeting = connection.makefile("rb").readline()
+                try:
+                    connection.sendall(message)
+                    self.assertEqual(connection.recv(65536), b"", message[:40])
+                except ConnectionError:
+                    pass
+                self.assertEqual(json.loads(greeting)["udid"], udid)
+        with contextlib.ExitStack() as idle:
+            for _ in range(20):  # who say nothing, or half a message, or do not read
+                connection = idle.enter_context(socket.socket(socket.AF_UNIX))
+                connection.connect(str(path))
+                connection.sendall(b'{"id": 1, "command": "elements"}\n' * 200 + b'{"id"')
+            self.assertIn("Notes", self.texts())
+        answers = []
+        with socket.socket(socket.AF_UNIX) as connection:
+            connection.settimeout(PATIENCE)
+            connection.connect(str(path))
+            for command in ('"dance"', '"shake", "loud": 1', '"tap", "x": 1', '"launch"', '"watch", "topics": ["mail"]'):
+                connection.sendall(b'{"id": 7, "command": %s}\n' % command.encode())
+            with connection.makefile() as lines:
+                lines.readline()
+                answers = [json.loads(lines.readline())["problem"] for _ in range(5)]
+        self.assertEqual(sorted(each.split(" ")[0] for each in answers), ["expected", "expected", "launch", "no", "shake"])
 
     def test_help(self):
         for verb in sorted(verbs(self.sim("help"))):
