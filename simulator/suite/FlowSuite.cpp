@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include "Base/Output.h"
@@ -40,6 +41,19 @@ std::string inSeconds(double seconds) {
   return text;
 }
 
+/// What flows are called in the report and in the output folder: as their files, with the folder's name before it where
+/// several are called alike.
+std::map<fs::path, std::string> namesOf(const std::vector<fs::path>& flows) {
+  std::map<std::string, int> alike;
+  for (const fs::path& flow : flows) ++alike[flow.stem()];
+  std::map<fs::path, std::string> names;
+  for (const fs::path& flow : flows) {
+    const std::string stem = flow.stem();
+    names[flow] = alike[stem] == 1 ? stem : flow.parent_path().filename().string() + "-" + stem;
+  }
+  return names;
+}
+
 /// A flow that is playing.
 struct Running {
   FlowSuite::Outcome outcome;
@@ -50,7 +64,8 @@ struct Running {
 
 class Round {
  public:
-  Round(const FlowSuite& suite, const std::vector<fs::path>& flows) : suite_(suite), waiting_(flows) {
+  Round(const FlowSuite& suite, const std::vector<fs::path>& flows)
+      : suite_(suite), names_(namesOf(flows)), waiting_(flows) {
     std::reverse(waiting_.begin(), waiting_.end());
   }
 
@@ -73,7 +88,7 @@ class Round {
   void start() {
     const fs::path flow = waiting_.back();
     waiting_.pop_back();
-    const std::string name = flow.stem();
+    const std::string& name = names_.at(flow);
     std::vector<std::string> words = {suite_.program, flow.string(), "--out", (suite_.out / name).string()};
     words.insert(words.end(), suite_.options.begin(), suite_.options.end());
     const fs::path output = suite_.out / (name + ".txt");
@@ -109,6 +124,7 @@ class Round {
   }
 
   const FlowSuite& suite_;
+  const std::map<fs::path, std::string> names_;
   std::vector<fs::path> waiting_;
   std::vector<Running> running_;
   std::vector<FlowSuite::Outcome> done_;
