@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 
 #include "simulator/verbs/Description.h"
@@ -51,7 +52,8 @@ std::string kindOf(const std::string& value) {
 std::vector<std::string> firstWords() {
   std::vector<std::string> words;
   for (const Offer& offer : offers()) {
-    if (words.empty() || words.back() != offer.path.front()) words.push_back(offer.path.front());
+    if (std::find(words.begin(), words.end(), offer.path.front()) == words.end())
+      words.push_back(offer.path.front());
   }
   return words;
 }
@@ -99,14 +101,13 @@ std::string table() {
 
 // The one algorithm, as bash and zsh both run it: finds the verb, counts operands, prints what may stand there.
 constexpr const char* kFinder = R"sh(
-# Prints what may stand behind the words given; the last of them is the one being written.
+# Prints what may stand for the word that is being written, the first one given, behind the others.
 _tellvane_sim_offers() {
-  local -a words=("$@")
-  local current=${words[@]: -1} path='' place=0 option='' word row what
-  unset 'words[${#words[@]}-1]'
+  local current=$1 path='' place=0 option='' word
+  shift
   local families=' %FAMILIES% '
   local device=0
-  for word in "${words[@]}"; do
+  for word in "$@"; do
     if [ -z "$path" ]; then
       path=$word
       case $families in *" $word "*) device=1 ;; esac
@@ -155,7 +156,7 @@ _tellvane_sim() {
   local offer word
   local current=${COMP_WORDS[COMP_CWORD]}
   COMPREPLY=()
-  for offer in $(_tellvane_sim_offers "${COMP_WORDS[@]:1:COMP_CWORD}"); do
+  for offer in $(_tellvane_sim_offers "$current" "${COMP_WORDS[@]:1:COMP_CWORD-1}"); do
     case $offer in
       @file) mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -f -- "$current") ;;
       @folder) mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -d -- "$current") ;;
@@ -173,7 +174,7 @@ _tellvane_sim() {
   emulate -L zsh -o ksh_arrays -o sh_word_split
   local offer
   local -a found
-  for offer in $(_tellvane_sim_offers "${words[@]:1:$((CURRENT - 1))}"); do
+  for offer in $(_tellvane_sim_offers "${words[CURRENT - 1]}" "${words[@]:1:$((CURRENT - 2))}"); do
     case $offer in
       @file) _files ;;
       @folder) _files -/ ;;
@@ -220,6 +221,9 @@ std::string fish() {
   std::map<std::string, bool> seen;
   for (const Offer& offer : offers()) {
     const std::string& first = offer.path.front();
+    if (offer.path.size() > 1 && !familyHasDevice(first))
+      text += "complete -c tellvane-sim -n '__fish_seen_subcommand_from " + first + "' -a " + offer.path[1] +
+              " -d " + quoted(offer.summary) + "\n";
     const bool inFamily = offer.path.size() > 1 && familyHasDevice(first);
     const bool isNew = !seen[first];
     seen[first] = true;
@@ -240,8 +244,8 @@ std::string fish() {
       for (const std::string& name : option.names)
         text += (name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1));
       const std::string kind = kindOf(option.value);
-      if (!option.value.empty()) text += " -r";
-      if (kind == "@file" || kind == "@folder") text += " -F";
+      const bool isFile = kind == "@file" || kind == "@folder";
+      if (!option.value.empty()) text += isFile ? " -r -F" : " -x";
       if (!kind.empty() && kind[0] != '@') text += " -a " + quoted(kind);
       text += " -d " + quoted(option.help) + "\n";
     }

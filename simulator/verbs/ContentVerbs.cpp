@@ -113,9 +113,7 @@ struct StatusBarOverride : Verb {
   std::string time;
 
   void declare(CLI::App& app) override {
-    app.add_option("--time", time, "what stands where the time of day does: \"9:41\"")
-        ->required()
-        ->type_name("TEXT");
+    app.add_option("--time", time, "the text: \"9:41\"")->required()->type_name("TEXT");
   }
   Exit perform() override {
     bootedPhone(device).ask("statusBar", {{"time", time}});
@@ -209,7 +207,7 @@ std::span<const VerbKind> contentVerbs() {
        {"privacy booted grant photos com.example.notes"},
        &makeVerb<Grant>},
       {"privacy revoke",
-       "Refuses it something.",
+       "Refuses an application something.",
        {"privacy booted revoke microphone com.example.notes"},
        &makeVerb<Revoke>},
       {"privacy reset",
@@ -217,11 +215,11 @@ std::span<const VerbKind> contentVerbs() {
        {"privacy booted reset all", "privacy booted reset photos com.example.notes"},
        &makeVerb<Reset>},
       {"status_bar override",
-       "Shows something else in the status bar.",
+       "Shows a text instead of the time of day in the status bar.",
        {"status_bar booted override --time 9:41"},
        &makeVerb<StatusBarOverride>},
       {"status_bar clear",
-       "Shows again what is true.",
+       "Shows the time of day in the status bar again.",
        {"status_bar booted clear"},
        &makeVerb<StatusBarClear>},
       {"ui content_size",

@@ -23,13 +23,13 @@ std::span<const VerbKind> missingVerbs() {
       {"icloud_sync", "No synchronisation.", {}, &makeVerb<Missing>},
       {"keychain", "No keychain.", {}, &makeVerb<Missing>},
       {"location", "No location.", {}, &makeVerb<Missing>},
-      {"pair", "No watches.", {}, &makeVerb<Missing>},
+      {"pair", "No watches to pair with.", {}, &makeVerb<Missing>},
       {"push", "No notifications from servers.", {}, &makeVerb<Missing>},
-      {"runtime", "One system, which is built in.", {}, &makeVerb<Missing>},
+      {"runtime", "There is only the built-in system.", {}, &makeVerb<Missing>},
       {"spawn", "No programs but applications.", {}, &makeVerb<Missing>},
-      {"upgrade", "One system, which is built in.", {}, &makeVerb<Missing>},
-      {"ui appearance", "One appearance, the light one.", {}, &makeVerb<Missing>},
-      {"ui increase_contrast", "One contrast.", {}, &makeVerb<Missing>},
+      {"upgrade", "There is only the built-in system.", {}, &makeVerb<Missing>},
+      {"ui appearance", "There is only the light appearance.", {}, &makeVerb<Missing>},
+      {"ui increase_contrast", "There is only one contrast.", {}, &makeVerb<Missing>},
   };
   return all;
 }

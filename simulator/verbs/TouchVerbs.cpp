@@ -222,7 +222,7 @@ std::span<const VerbKind> touchVerbs() {
        {"ui booted describe-all", "ui booted describe-all --json"},
        &makeVerb<DescribeAll>},
       {"ui describe-point",
-       "The same of what is in front at a place.",
+       "Prints what is in front at a place.",
        {"ui booted describe-point 187 333"},
        &makeVerb<DescribePoint>},
   };
