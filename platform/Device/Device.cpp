@@ -1,5 +1,6 @@
 #include "Device/Device.h"
 
+#include <malloc.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -16,6 +17,8 @@ namespace ios {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr int kLargeMemory = 256 * 1024;
 
 std::atomic<Device*> theDevice = nullptr;
 Mutex startMutex;
@@ -102,6 +105,9 @@ Device& Device::start(Options options) {
 
 Device::Device(Options options) {
   ::signal(SIGXFSZ, SIG_IGN);  // so that a write beyond the limit fails with EFBIG
+  // Pictures and encoders get mappings of their own, which go back to the system as a whole. Left to itself the C
+  // library moves this limit beyond the first picture that is freed, and then each thread keeps memory for its next.
+  ::mallopt(M_MMAP_THRESHOLD, kLargeMemory);
   std::error_code error;
   root_ = options.root.empty() ? freshRoot() : fs::absolute(options.root, error).lexically_normal();
   if (!root_.has_filename()) root_ = root_.parent_path();
