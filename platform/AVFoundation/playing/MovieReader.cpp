@@ -61,7 +61,10 @@ MediaResult<const AVFrame*> MovieReader::next() {
   for (;;) {
     const int received = avcodec_receive_frame(codec_.get(), frame_.get());
     if (received == 0) return frame_.get();
-    if (received == AVERROR_EOF) return nullptr;
+    if (received == AVERROR_EOF) {
+      if (breaksOff()) return failed(kRead, AVERROR_INVALIDDATA);
+      return nullptr;
+    }
     if (received != AVERROR(EAGAIN)) return failed(kDecode, received);
     const int read = av_read_frame(input_.get(), packet_.get());
     int sent = 0;
@@ -71,11 +74,21 @@ MediaResult<const AVFrame*> MovieReader::next() {
     } else if (read < 0) {
       return failed(kRead, read);
     } else {
-      if (packet_->stream_index == stream_) sent = avcodec_send_packet(codec_.get(), packet_.get());
+      if (packet_->stream_index == stream_) {
+        lastRead_ = packet_->dts;
+        sent = avcodec_send_packet(codec_.get(), packet_.get());
+      }
       av_packet_unref(packet_.get());
     }
     IOS_TRY(checked(kDecode, sent));
   }
+}
+
+bool MovieReader::breaksOff() const {
+  AVStream* stream = input_->streams[stream_];
+  const int count = avformat_index_get_entries_count(stream);
+  const AVIndexEntry* last = count > 0 ? avformat_index_get_entry(stream, count - 1) : nullptr;
+  return last && lastRead_ != AV_NOPTS_VALUE && lastRead_ < last->timestamp;
 }
 
 double MovieReader::timeOf(const AVFrame& frame) const {
@@ -89,6 +102,7 @@ MediaResult<> MovieReader::seek(double seconds) {
   IOS_TRY(checked(kRead, av_seek_frame(input_.get(), stream_, time, AVSEEK_FLAG_BACKWARD)));
   avcodec_flush_buffers(codec_.get());
   drained_ = false;
+  lastRead_ = AV_NOPTS_VALUE;
   return {};
 }
 

@@ -30,6 +30,8 @@ class MovieReader {
     void operator()(AVFormatContext* input) const { avformat_close_input(&input); }
   };
   MovieReader() = default;
+  /// At the end of the file: whether its index has more. One that was cut off between two pictures looks whole otherwise.
+  bool breaksOff() const;
 
   std::unique_ptr<AVFormatContext, CloseInput> input_;
   ffmpeg::CodecContext codec_;
@@ -37,6 +39,7 @@ class MovieReader {
   ffmpeg::Frame frame_;
   int stream_ = -1;
   bool drained_ = false;
+  std::int64_t lastRead_ = AV_NOPTS_VALUE;  // the newest packet's time, since the start or the last seek
   double duration_ = 0;
 };
 

@@ -56,7 +56,7 @@ std::filesystem::path rewritten(const std::filesystem::path& movie, const std::s
   return path;
 }
 
-std::filesystem::path brokenOff(const std::filesystem::path& movie, double seconds) {
+std::filesystem::path brokenOff(const std::filesystem::path& movie, double seconds, double share) {
   const auto streamed = rewritten(movie, "-c copy -movflags +faststart");
   std::istringstream packets(
       outputOf("ffprobe -v error -select_streams v -show_entries packet=pts_time,size,pos -of csv=p=0 '" +
@@ -65,7 +65,8 @@ std::filesystem::path brokenOff(const std::filesystem::path& movie, double secon
   std::uintmax_t size = 0, position = 0;
   for (char comma = 0; packets >> time >> comma >> size >> comma >> position;) {
     if (time < seconds) continue;
-    std::filesystem::resize_file(streamed, position + size / 2);
+    const double part = share * static_cast<double>(size);
+    std::filesystem::resize_file(streamed, position + static_cast<std::uintmax_t>(part));
     return streamed;
   }
   ADD_FAILURE() << movie << " has no picture at " << seconds << " s";

@@ -23,8 +23,8 @@ std::filesystem::path colouredMovie(const std::filesystem::path& folder, double 
 /// What ffmpeg makes of `movie` with `arguments` after it, in a file beside it.
 std::filesystem::path rewritten(const std::filesystem::path& movie, const std::string& arguments);
 
-/// `movie`, its index in front, cut off in the middle of its picture at `seconds`.
-std::filesystem::path brokenOff(const std::filesystem::path& movie, double seconds);
+/// `movie`, its index in front, cut off where so much of its picture at `seconds` has come.
+std::filesystem::path brokenOff(const std::filesystem::path& movie, double seconds, double share);
 
 /// Counts how often any player has played to the end.
 class Ends : public ios::Subclass<Ends, ios::NSObject> {

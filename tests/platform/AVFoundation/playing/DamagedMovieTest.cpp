@@ -61,14 +61,18 @@ TEST(DamagedMovie, FailsWithAReasonAndStaysStill) {
 // Its index is whole, its pictures are not: it was copied from somewhere, and not to the end.
 TEST(DamagedMovie, IsPlayedUntilItBreaksOff) {
   Playing playing;
-  playing.open(brokenOff(colouredMovie(playing.movies(), 4), 2));
-  playing.player->play();
-  playing.runFor(1);
-  EXPECT_EQ(1, playing.player->rate());
-  EXPECT_LE(playing.picture().distance(colourAt(playing.time())), kLoss);
-  playing.runFor(5);
-  EXPECT_EQ(0, playing.player->rate());
-  EXPECT_EQ(AVPlayerStatusFailed, playing.player->status());
+  const auto movie = colouredMovie(playing.movies(), 4);
+  for (const double share : {0.5, 0.0}) {  // in the middle of a picture; between two
+    SCOPED_TRACE(share);
+    playing.open(brokenOff(movie, 2, share));
+    playing.player->play();
+    playing.runFor(1);
+    EXPECT_EQ(1, playing.player->rate());
+    EXPECT_LE(playing.picture().distance(colourAt(playing.time())), kLoss);
+    playing.runFor(5);
+    EXPECT_EQ(0, playing.player->rate());
+    EXPECT_EQ(AVPlayerStatusFailed, playing.player->status());
+  }
 }
 
 /// Overwrites the length in a movie's header box: version and flags, two dates, the timescale, the length.
