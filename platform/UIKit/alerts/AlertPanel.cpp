@@ -16,6 +16,8 @@ constexpr CGFloat kScreenMargin = 10;
 constexpr CGFloat kAlertMargin = 24;
 constexpr CGFloat kLargestWidth = 400;  // of a panel that is widened for large texts
 constexpr CGFloat kUnlimited = 100'000;
+// Shares of a row at the lower edge of a list that scrolls: one that shows less, or nearly all, would look like the end.
+constexpr CGFloat kCutLeast = 0.4, kCutMost = 0.8;
 
 std::shared_ptr<UIView> roundedGroup() {
   auto group = std::make_shared<UIView>();
@@ -154,7 +156,29 @@ AlertPanel::Plan AlertPanel::plan(CGFloat width, CGFloat height) const {
   // Long texts leave the rows half of the room; rows take what the texts do not need.
   plan.rowsShown = std::min(plan.rowsHeight, std::max(room / 2, room - plan.textHeight));
   plan.textShown = std::min(plan.textHeight, room - plan.rowsShown);
+  cutARow(plan);
   return plan;
+}
+
+void AlertPanel::cutARow(Plan& plan) const {
+  if (plan.rowsShown >= plan.rowsHeight || sideBySide(plan.width)) return;
+  CGFloat top = 0;
+  for (const auto& row : rows_) {
+    const CGFloat height = rowHeight(*row, plan.width);
+    const CGFloat least = top + kCutLeast * height, most = top + kCutMost * height;
+    if (top > 0 && plan.rowsShown < most) {
+      // More of it at the cost of the texts, which scroll as well.
+      const CGFloat more = std::min(std::max(0.0, least - plan.rowsShown), plan.textShown / 2);
+      plan.rowsShown += more;
+      plan.textShown -= more;
+      return;
+    }
+    top += height;
+    if (plan.rowsShown < top) {
+      plan.rowsShown = std::min(plan.rowsShown, std::max(most, 0.0));
+      return;
+    }
+  }
 }
 
 CGSize AlertPanel::sizeThatFits(CGSize available) const {

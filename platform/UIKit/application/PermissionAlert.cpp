@@ -6,6 +6,7 @@
 
 #include "Dispatch/Queue.h"
 #include "Foundation/NSBundle.h"
+#include "UIKit/Private/SystemText.h"
 #include "UIKit/UIAlertController.h"
 #include "UIKit/UIApplication.h"
 #include "UIKit/UIScreen.h"
@@ -39,8 +40,8 @@ std::string PermissionAlert::title(const std::string& service) {
                                                             {"camera", "Access the Camera"},
                                                             {"screen", "Record the Screen"}};
   const auto known = kNames.find(service);
-  return "\"" + applicationName() + "\" Would Like to " +
-         (known == kNames.end() ? "Access " + service : known->second);
+  const std::string wish = known == kNames.end() ? "Access " + service : known->second;
+  return systemText("\"%@\" Would Like to " + wish, applicationName());
 }
 
 std::shared_ptr<UIWindow> PermissionAlert::makeWindow() {
@@ -63,7 +64,7 @@ void PermissionAlert::show(const PermissionQuestion& question, std::function<voi
                                                                  UIAlertControllerStyle::alert);
   const auto add = [&](const char* title, bool granted) {
     alert->addAction(UIAlertAction::actionWithTitle(
-        title, UIAlertActionStyle::default_,
+        systemText(title), UIAlertActionStyle::default_,
         [answer, granted](const std::shared_ptr<UIAlertAction>&) { finish(granted, answer); }));
   };
   add("Don't Allow", false);

@@ -2,6 +2,7 @@
 
 #include "UIKit/Private/Chrome.h"
 #include "UIKit/Private/NavigationBar.h"
+#include "UIKit/Private/SystemText.h"
 #include "UIKit/UIGraphics.h"
 #include "UIKit/UILabel.h"
 
@@ -11,7 +12,6 @@ namespace {
 constexpr CGFloat kSide = 8;
 constexpr CGFloat kArrowWidth = 19;  // with the space after it
 constexpr CGFloat kSmallestTitle = 60;
-const char* const kBack = "Back";
 }  // namespace
 
 BackButton::BackButton() : label_(std::make_shared<UILabel>()) {
@@ -77,7 +77,7 @@ void NavigationBar::setTitle(const std::string& title) {
 
 void NavigationBar::setBackTitle(const std::optional<std::string>& title) {
   back_->setHidden(!title);
-  backTitle_ = title && !title->empty() ? *title : kBack;
+  backTitle_ = title && !title->empty() ? *title : systemText("Back");
   setNeedsLayout();
 }
 
@@ -95,7 +95,7 @@ void NavigationBar::layoutSubviews() {
     const CGFloat room =
         std::max(width / 2 - titleWidth / 2, width - kSide - std::max(titleWidth, kSmallestTitle));
     back_->setTitle(backTitle_);
-    if (back_->naturalWidth() > std::min(room, width / 2)) back_->setTitle(kBack);
+    if (back_->naturalWidth() > std::min(room, width / 2)) back_->setTitle(systemText("Back"));
     if (back_->naturalWidth() > room) back_->setTitle("");
     left = back_->naturalWidth();
     back_->setFrame(chrome::mirrored({{0, top}, {left, kHeight}}, width, mirror));

@@ -4,6 +4,7 @@
 
 #include "UIKit/Private/Chrome.h"
 #include "UIKit/Private/MoreListController.h"
+#include "UIKit/Private/SystemText.h"
 #include "UIKit/Private/TabBar.h"
 #include "UIKit/UIDevice.h"
 
@@ -11,7 +12,6 @@ namespace ios {
 
 namespace {
 constexpr std::size_t kPlacesOnPhone = 5;
-const char* const kMore = "More";
 }  // namespace
 
 MethodList UITabBarController::methods() {
@@ -26,9 +26,9 @@ std::size_t UITabBarController::placesInBar() const {
 std::shared_ptr<UINavigationController> UITabBarController::moreNavigationController() {
   if (!more_) {
     auto list = std::make_shared<MoreListController>();
-    list->setTitle(kMore);
+    list->setTitle(systemText("More"));
     more_ = UINavigationController::withRootViewController(list);
-    more_->setTitle(kMore);
+    more_->setTitle(systemText("More"));
   }
   return more_;
 }
@@ -153,7 +153,8 @@ void UITabBarController::rebuildBar() {
     }
     add(title, TabBarItem::Sign::initial, controllers_[i] == selected_);
   }
-  if (places < controllers_.size()) add(kMore, TabBarItem::Sign::more, selected_ && selected_ == more_);
+  if (places < controllers_.size())
+    add(systemText("More"), TabBarItem::Sign::more, selected_ && selected_ == more_);
   bar_->setItems(std::move(items));
 }
 

@@ -36,6 +36,8 @@ class AlertPanel : public Subclass<AlertPanel, UIView> {
   const Metrics& metrics() const;
   CGFloat textHeight(CGFloat width) const;
   Plan plan(CGFloat width, CGFloat height) const;
+  /// Ends a list that has to scroll inside of a row: what is cut off tells that there is more.
+  void cutARow(Plan& plan) const;
   bool sideBySide(CGFloat width) const;
   CGFloat rowHeight(AlertRow& row, CGFloat width) const;
   CGFloat rowsHeight(CGFloat width) const;

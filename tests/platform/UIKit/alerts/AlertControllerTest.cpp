@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "UIKit/UILabel.h"
+#include "UIKit/UIScrollView.h"
 #include "platform/UIKit/Support.h"
 
 namespace controllers_test {
@@ -280,6 +281,50 @@ TEST(AlertController, LargerTextsAreLargerAndNeitherOverlapNorAreCut) {
     }
     EXPECT_GT(smaller, 50);
   }
+}
+
+/// The list of actions, which holds the row labelled `text`.
+std::shared_ptr<UIScrollView> listWith(const std::shared_ptr<UIView>& view, const std::string& text) {
+  const auto list = std::dynamic_pointer_cast<UIScrollView>(view);
+  if (list && frameOf(list, text).width() > 0) return list;
+  for (const auto& subview : view->subviews()) {
+    if (auto found = listWith(subview, text)) return found;
+  }
+  return nullptr;
+}
+
+// A list that ends between two rows looks whole.
+TEST(AlertController, EndsInsideOfARowWhereItHasToScroll) {
+  int scrolling = 0;
+  TestPhone phone({.profile = "iPhone SE"});
+  const auto root = plain();
+  const auto window = phone.show(root);
+  for (double height = 180; height <= 320; height += 10) {
+    for (const TextSize size : {TextSize::L, TextSize::AccessibilityL, TextSize::AccessibilityXXXL}) {
+      SCOPED_TRACE(std::to_string(height) + " " + std::string(textSizeName(size)));
+      window->setFrame(CGRectMake(0, 0, 320, height));
+      phone.device().changeSettings([&](auto& settings) { settings.textSize = size; });
+      const auto alert = menu(Style::actionSheet, nullptr);
+      root->presentViewController(alert, false);
+      phone.runFor(0.1);
+      const auto list = listWith(alert->view(), "Delete");
+      ASSERT_TRUE(list);
+      const CGRect shown = list->convertRectToView(list->bounds(), nullptr);
+      if (list->contentSize().height > shown.height() + 0.5) {
+        ++scrolling;
+        double cut = 0;
+        for (const char* action : {"Capture Screen", "Delete"}) {
+          const CGRect row = frameOf(list, action);
+          const double share = (shown.maxY() - row.minY()) / row.height();
+          if (share > 0 && share < 1) cut = share;
+        }
+        EXPECT_GT(cut, 0.15);
+        EXPECT_LT(cut, 0.85);
+      }
+      root->dismissViewControllerAnimated(false);
+    }
+  }
+  EXPECT_GT(scrolling, 10);
 }
 
 TEST(AlertController, StaysOnTheScreenHoweverMuchItSays) {

@@ -138,6 +138,26 @@ TEST(PermissionAlert, NoTouchReachesAnApplicationThatTheSystemCoversOtherwise) {
   EXPECT_EQ("", taken(phone.witness->journal));
 }
 
+TEST(PermissionAlert, SpeaksTheLanguageOfTheUser) {
+  const struct {
+    const char *language, *title, *refusal;
+  } rows[] = {{"de-AT", "„My Notes“ möchte auf deine Fotos zugreifen", "Nicht erlauben"},
+              {"pt-BR", "\"My Notes\" Deseja Acessar Suas Fotos", "Não Permitir"},
+              {"ja", "“My Notes”が写真へのアクセスを求めています", "許可しない"},
+              {"nb-NO", "\"My Notes\" Would Like to Access Your Photos", "Don't Allow"}};
+  Asking phone;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.language);
+    phone.device().changeSettings([&](DeviceSettings& settings) { settings.languages = {row.language}; });
+    phone.device().setPermission("photos", Permission::notDetermined);
+    phone.witness->askForPhotos();
+    phone.runFor(1);
+    EXPECT_TRUE(phone.shows(row.title));
+    EXPECT_TRUE(phone.tapText(row.refusal));
+    phone.runFor(1);
+  }
+}
+
 TEST(PermissionAlert, StaysUpWhileTheUserIsElsewhere) {
   Asking phone;
   phone.application().moveToBackground("home");
