@@ -12,7 +12,8 @@ std::string thumbnail(const InboxEntry& entry) {
   }
   if (entry.hasMovie) {
     return "<span class=\"thumb\"><video src=\"" + entry.name.text() +
-           "/movie.mov\" preload=\"metadata\" muted></video><span class=\"glyph\">▶</span></span>";
+           "/movie.mov#t=0.001\" preload=\"metadata\" muted aria-label=\"Screen recording\"></video><span "
+           "class=\"glyph\">▶</span></span>";
   }
   const bool recording = entry.record && entry.record->contains("videoName");
   return std::string("<span class=\"thumb missing\"><span class=\"glyph\">") + (recording ? "▶" : "∅") +

@@ -37,7 +37,8 @@ std::string pixels(const ImageSize& size) {
 
 std::string picture(const Report& report, bool hasMovie) {
   if (hasMovie) {
-    return "<figure class=\"picture\"><video src=\"movie.mov\" controls "
+    return "<figure class=\"picture\"><video src=\"movie.mov#t=0.001\" controls aria-label=\"Screen "
+           "recording\" "
            "preload=\"metadata\"></video></figure>\n";
   }
   if (!report.image) {
