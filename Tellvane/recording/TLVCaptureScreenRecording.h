@@ -31,6 +31,8 @@ class TLVCaptureScreenRecording : public Subclass<TLVCaptureScreenRecording, NSO
   virtual void stopRecording();
   /// From a successful start to the stop request. Any thread.
   virtual bool isRecording() const;
+  /// Of the recording that runs or was started last; empty once that has ended. Any thread.
+  std::shared_ptr<TLVScreenRecorder> screenRecorder() const;
 
  private:
   /// The recorder's delegate, on its render queue: `seconds` of movie lie before the frame
@@ -39,7 +41,6 @@ class TLVCaptureScreenRecording : public Subclass<TLVCaptureScreenRecording, NSO
   void recordingEnded(const std::shared_ptr<TLVScreenRecorder>& recorder,
                       const std::optional<std::string>& localIdentifier);
   void startRecorder();
-  std::shared_ptr<TLVScreenRecorder> screenRecorder() const;
 
   std::atomic<bool> starting_ = false;
   mutable Mutex mutex_;  // held only for copying

@@ -4,6 +4,7 @@
 
 #include "Device/PermissionPrompt.h"
 #include "Dispatch/Queue.h"
+#include "Dispatch/Semaphore.h"
 #include "Dispatch/Time.h"
 #include "Photos/PHAsset.h"
 #include "Photos/PHAssetChangeRequest.h"
@@ -244,6 +245,29 @@ TEST(PhotoAlbum, AnAlbumThatIsGoneFailsTheSaveAndTheNextOneMakesANewOne) {
   ASSERT_EQ(2u, phone.saved.size());
   EXPECT_TRUE(phone.saved[1]);
   EXPECT_EQ("1\n", phone.query("SELECT count(*) FROM album"));
+}
+
+// The album may be forgotten, and the movie gone, between the order and its turn in the library.
+TEST(PhotoAlbum, ASaveWithAPartMissingLeavesNothingHalfDone) {
+  Album phone;
+  phone.allow(Permission::authorized);
+  phone.makeAlbum("Tellvane");
+  const auto lose = [&](const std::function<void()>& loss) {
+    const auto ordered = dispatch_semaphore_create(0);
+    PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
+        [&] {
+          dispatch_semaphore_wait(ordered, DISPATCH_TIME_FOREVER);
+          loss();
+        },
+        nullptr);
+    phone.save();
+    dispatch_semaphore_signal(ordered);
+    phone.runFor(1);
+  };
+  lose([] { TLVPhotoAlbum::setCollection(nullptr); });
+  lose([&] { std::filesystem::remove(phone.movie); });
+  EXPECT_EQ((std::vector<std::optional<std::string>>{std::nullopt, std::nullopt}), phone.saved);
+  EXPECT_EQ("0\n", phone.query("SELECT count(*) FROM asset"));
 }
 
 TEST(PhotoAlbum, DeletesTheAssetAndItsMovieAndNothingElse) {

@@ -102,6 +102,7 @@ TEST(RecordingSession, EndsWithTheFirstFramePastThirtySeconds) {
   SessionPhone phone;
   phone.startThroughTheSheet();
   const auto session = TLVCaptureScreenRecording::shared();
+  EXPECT_NEAR(0.6 * 1048576, session->screenRecorder()->desiredBitRate(), 1e-6);
   send(*session, "stopRecordingAtDesiredTime:", 30.0);
   EXPECT_TRUE(phone.isRecording());
   phone.runFor(29.5);

@@ -3,6 +3,7 @@
 #include "AVFoundation/AVCaptureOutput.h"
 #include "AVFoundation/Microphone.h"
 #include "CoreMedia/CMSampleBuffer.h"
+#include "DeviceClock/Clock.h"
 #include "RecordingPhone.h"
 
 namespace tellvane {
@@ -24,6 +25,8 @@ TEST(RecordedSound, BeginsWithThePicture) {
   ASSERT_TRUE(phone.start());
   phone.runFor(2);
   EXPECT_EQ(1, phone.stop());
+  const auto next = Clock::shared().nextEvent();
+  EXPECT_TRUE(!next || *next > Clock::shared().now() + 1s) << "the microphone is still on";
   EXPECT_EQ(console.text().find("<TLV Log> : Device : "), 0u) << console.text();
 
   const MovieProbe movie = phone.movie();
