@@ -62,8 +62,10 @@ TEST(CompanionMovie, IsTakenIntoTheReportWhileTheHostHasTheLibraryOpen) {
   EXPECT_EQ(ended.err, "");
   EXPECT_EQ(ended.out, "Tellvane: filed " + kReport + "\n");
   EXPECT_TRUE(read(phone.report() / "movie.mov") == read(phone.movie));
-  EXPECT_NE(phone.page(phone.report()).find("<video src=\"movie.mov\" controls"), std::string::npos);
-  EXPECT_NE(phone.page(phone.inbox()).find("<video src=\"" + kReport + "/movie.mov\""), std::string::npos);
+  EXPECT_NE(phone.page(phone.report()).find("<video src=\"movie.mov#t=0.001\" controls aria-label=\""),
+            std::string::npos);
+  EXPECT_NE(phone.page(phone.inbox()).find("<video src=\"" + kReport + "/movie.mov#t=0.001\""),
+            std::string::npos);
   Snapshot after = snapshot(phone.root() / "Media");
   // The readers of the write-ahead log keep their marks beside it.
   after["Photos.sqlite-shm"] = library.at("Photos.sqlite-shm");
