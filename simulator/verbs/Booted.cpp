@@ -1,6 +1,7 @@
 #include "simulator/verbs/Booted.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -64,6 +65,18 @@ std::optional<double> millisecondsOf(const std::string& text) {
   if (unit.empty() || unit == "s") return value * 1000;
   if (unit == "m") return value * 60'000;
   return std::nullopt;
+}
+
+void expectWritable(const std::string& file) {
+  std::error_code error;
+  const fs::path folder = fs::absolute(file, error).parent_path();
+  if (file != "-" && ::access(folder.c_str(), W_OK) != 0)
+    throw Refusal(Exit::cannotCreate, folder.string() + " is no folder that can be written to.");
+}
+
+bool outputHasReader() {
+  pollfd output{STDOUT_FILENO, 0, 0};
+  return ::poll(&output, 1, 0) <= 0 || (output.revents & POLLERR) == 0;
 }
 
 void writeOut(const std::string& file, const std::string& bytes) {

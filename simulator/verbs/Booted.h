@@ -19,6 +19,10 @@ std::filesystem::path filesOf(const std::string& device);
 /// "1.5" seconds, "200ms", "2s", "1m" as milliseconds; empty for anything else.
 std::optional<double> millisecondsOf(const std::string& text);
 
+/// Refuses a file that cannot be made, before there is something to write to it; "-" always can.
+void expectWritable(const std::string& file);
+/// Whether somebody still reads standard output: a pipe's other end may have gone.
+bool outputHasReader();
 /// Writes the whole file or none; "-" is standard output.
 void writeOut(const std::string& file, const std::string& bytes);
 

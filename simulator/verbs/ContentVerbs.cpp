@@ -179,7 +179,7 @@ struct LogStream : Verb {
   Exit perform() override {
     PhoneLink phone = bootedPhone(device);
     phone.ask("watch", {{"topics", NSArray{"console"}}});
-    for (;;) {
+    while (outputHasReader()) {
       const ios::PropertyList news(phone.next());
       const auto* lines = news.member("lines");
       if (!lines || !lines->array()) continue;
@@ -189,6 +189,7 @@ struct LogStream : Verb {
         if (who && text && (from.empty() || from == *who)) ios::writeOutput(*text + "\n");
       }
     }
+    return Exit::done;
   }
 };
 

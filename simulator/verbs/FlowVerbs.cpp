@@ -72,6 +72,7 @@ struct RecordFlow : Verb {
     app.add_option("--device", device, "the phone; the one that is booted without it")->type_name("DEVICE");
   }
   Exit perform() override {
+    expectWritable(file);
     PhoneLink phone = bootedPhone(device);
     phone.ask("recordFlow", {{"on", true}});
     ios::writeErrors("Recording what is done on the phone; an interrupt (Ctrl-C) ends it.\n");

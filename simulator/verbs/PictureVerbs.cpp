@@ -45,9 +45,7 @@ struct RecordVideo : Verb {
     const fs::path path = fs::absolute(file, error).lexically_normal();
     if (fs::exists(path, error) && !force)
       throw Refusal(Exit::cannotCreate, file + " is there already; --force replaces it.");
-    if (::access(path.parent_path().c_str(), W_OK) != 0)
-      throw Refusal(Exit::cannotCreate,
-                    path.parent_path().string() + " is no folder that can be written to.");
+    expectWritable(file);
     PhoneLink phone = bootedPhone(device);
     // The phone writes it beside its place; if this process is killed, the phone drops it.
     const fs::path fresh = path.parent_path() / ("." + path.stem().string() + "-" +

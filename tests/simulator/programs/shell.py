@@ -48,7 +48,9 @@ class Shell(unittest.TestCase):
         def end():
             if process.poll() is None:
                 process.kill()
-            process.communicate(timeout=PATIENCE)
+            process.wait(timeout=PATIENCE)
+            process.stdout.close()
+            process.stderr.close()
         self.addCleanup(end)
         return process
 

@@ -54,7 +54,7 @@ WRONG = [
     ("time booted step", 64, "DURATION"), ("time booted step 0", 64, "no duration"), ("time booted step 1h", 64, "1h"),
     ("time booted speed 3", 64, "FACTOR"), ("flow --jobs 0", 64, "--jobs"), ("flow gone.yaml --device booted", 66, "gone"),
     ("flow x.yaml --device booted --virtual", 64, "--virtual"), ("flow gone.yaml", 66, "no such flow"),
-    ("flow record", 64, "FILE"), ("flow record x.yaml", 68, "boot"), ("help bogus", 64, "bogus"),
+    ("flow record", 64, "FILE"), ("flow record /nowhere/x.yaml", 73, "no folder"), ("flow record x.yaml", 68, "boot"), ("help bogus", 64, "bogus"),
     ("help --completion tcsh", 64, "--completion"), ("version 2", 64, "version"),
 ] + [(words, 69, "nothing of the kind") for words in (
     "clone Work Copy", "diagnose", "icloud_sync booted", "keychain booted reset", "location booted set 1,2",
@@ -150,6 +150,19 @@ class VerbsTest(Shell):
         self.interrupt(stream)
         self.interrupt(console)
         self.sim("terminate", "booted", NOTES, status=65, says="not running")
+
+        # One that ends by itself, and a reader who has read enough.
+        read = self.start("log", "booted", "stream")
+        console = self.start("launch", "--console", "booted", NOTES, "-debug", "YES")
+        self.assertIn("TLV", console.stdout.readline())
+        self.assertIn("TLV", read.stdout.readline())
+        read.stdout.close()
+        self.sim("ui", "booted", "tap", "--text", "About")
+        self.sim("ui", "booted", "tap", "--text", "Crash on Purpose.*")
+        self.sim("ui", "booted", "tap", "--text", "Crash")
+        self.assertIn("ended by signal", self.ended(console, 1)[1])
+        self.assertEqual(read.wait(timeout=PATIENCE), 0)
+        self.assertIn("Notes", self.texts())
 
     def test_contents(self):
         udid = self.boot()
