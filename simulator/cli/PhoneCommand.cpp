@@ -146,6 +146,8 @@ void introduce(const PhoneChoices& choices, const std::string& address) {
   if (!choices.run.listen.starts_with("127.") && choices.run.listen != "::1")
     std::puts(
         "Whoever reaches this machine and knows the address can use the phone, and nothing is encrypted.");
+  if (choices.run.listen == "0.0.0.0" || choices.run.listen == "::")
+    std::puts("From elsewhere it is reached at this machine's own address, in figures.");
 }
 
 /// To whoever has started this process and waits.

@@ -13,7 +13,7 @@ export class Fingers {
   #device;
   #link;
   #layer;
-  #pointers = new Map();  // pointerId → the phone's fingers: [{id, dx}]
+  #pointers = new Map();  // pointerId → the phone's fingers, [{id, dx}], the pointer's type and where it is
   #used = new Set();
   #moves = new Map();  // finger → [x, y] not sent yet
   #frame = 0;
@@ -38,6 +38,11 @@ export class Fingers {
     canvas.addEventListener('pointermove', event => this.#move(event));
     canvas.addEventListener('pointerup', event => this.#up(event, 'ended'));
     canvas.addEventListener('pointercancel', event => this.#up(event, 'cancelled'));
+    for (const name of ['touchend', 'touchcancel']) {
+      canvas.addEventListener(name, event => {
+        if (event.touches.length === 0) this.#liftTouches();
+      });
+    }
     canvas.addEventListener('pointerleave', () => {
       this.#pointer = null;
       this.#preview();
@@ -97,16 +102,17 @@ export class Fingers {
     const fingers = this.#take(this.#three || event.altKey ? 3 : 1);
     if (fingers.length === 0) return;
     this.#device.canvas.setPointerCapture(event.pointerId);
-    this.#pointers.set(event.pointerId, fingers);
-    this.#send(fingers, 'began', this.#point(event));
+    const at = this.#point(event);
+    this.#pointers.set(event.pointerId, {fingers, type: event.pointerType, at});
+    this.#send(fingers, 'began', at);
   }
 
   #move(event) {
     if (event.pointerType === 'mouse') this.#pointer = {x: event.clientX, y: event.clientY};
-    const fingers = this.#pointers.get(event.pointerId);
-    if (!fingers) return this.#preview();
-    const {x, y} = this.#point(event);
-    for (const {id, dx} of fingers) {
+    const pointer = this.#pointers.get(event.pointerId);
+    if (!pointer) return this.#preview();
+    const {x, y} = pointer.at = this.#point(event);
+    for (const {id, dx} of pointer.fingers) {
       this.#moves.set(id, [this.#clampX(x + dx), y]);
       this.#mark(id, this.#clampX(x + dx), y);
     }
@@ -114,12 +120,22 @@ export class Fingers {
   }
 
   #up(event, phase) {
-    const fingers = this.#pointers.get(event.pointerId);
-    if (!fingers) return;
+    const pointer = this.#pointers.get(event.pointerId);
+    if (!pointer) return;
     this.#pointers.delete(event.pointerId);
-    this.#send(fingers, phase, this.#point(event));
-    this.#release(fingers);
+    this.#send(pointer.fingers, phase, this.#point(event));
+    this.#release(pointer.fingers);
     this.#preview();
+  }
+
+  /// Of fingers that leave together, Firefox tells of one by its pointer; by its touches it tells of all.
+  #liftTouches() {
+    for (const [id, {fingers, type, at}] of this.#pointers) {
+      if (type !== 'touch') continue;
+      this.#pointers.delete(id);
+      this.#send(fingers, 'ended', at);
+      this.#release(fingers);
+    }
   }
 
   // A trackpad's two fingers, or a wheel, are one finger that drags the screen's content along.
