@@ -9,8 +9,9 @@ using ios::Clock;
 using std::chrono::milliseconds;
 using Phase = ios::TouchSample::Phase;
 
-/// Fingers that only move are taken once a refresh of the display; what comes down or up at once.
 constexpr auto kRefresh = std::chrono::microseconds(16'667);
+/// Fingers that only move are taken twice in a refresh of the display at most; what comes down or up at once.
+constexpr auto kBetweenMoves = kRefresh / 2;
 /// In real time the applications' loops run within requests only: a touch waits for one of these at most.
 constexpr auto kRealSlice = milliseconds(8);
 constexpr auto kBetweenLooks = milliseconds(250), kBetweenSurveys = milliseconds(100);
@@ -69,7 +70,7 @@ void LivePhone::run() {
     if (playback_) playWantedFlow();
     if (ended_) break;
     const Wall wall = wallNow();
-    const bool touched = !touches_.empty() && (!onlyMoves_ || wall >= lastStep_ + kRefresh);
+    const bool touched = !touches_.empty() && (!onlyMoves_ || wall >= lastStep_ + kBetweenMoves);
     const Clock::Duration due =
         options_.phone.realTime ? Clock::Duration(kRealSlice) : pace_.due(wall, phoneNow(), nextDue());
     const bool eventDue = due > Clock::Duration::zero() && nextDue() && *nextDue() <= phoneNow() + due;
@@ -204,7 +205,7 @@ LivePhone::Wall LivePhone::nextWake() const {
   if (options_.phone.realTime || !deferred_.empty()) return wallNow();
   // Events between two refreshes wait for the second.
   if (const auto due = pace_.wallTimeOf(*nextDue())) wake = std::max(*due, lastStep_ + kRefresh / 2);
-  if (!touches_.empty()) wake = std::min(wake, lastStep_ + kRefresh);
+  if (!touches_.empty()) wake = std::min(wake, lastStep_ + kBetweenMoves);
   if (surveyDue_) wake = std::min(wake, lastSurvey_ + kBetweenSurveys);
   if (lookDue_) wake = std::min(wake, lastLook_ + kBetweenLooks);
   return wake;

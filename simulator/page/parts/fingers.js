@@ -8,7 +8,8 @@ const kSwipe = 220;  // ms that a swipe made by a key takes
 const hundredths = value => Math.round(value * 100) / 100;
 
 /// Turns what a mouse, a pen, real fingers, a trackpad or keys do on the phone's screen into touches of the
-/// phone, and shows where its fingers are. Moves are sent once per animation frame; all else at once.
+/// phone, and shows where its fingers are. Of moves, the first in an animation frame is sent at once and the others
+/// with the frame; all else is sent at once.
 export class Fingers {
   #device;
   #link;
@@ -36,6 +37,8 @@ export class Fingers {
     const canvas = device.canvas;
     canvas.addEventListener('pointerdown', event => this.#down(event));
     canvas.addEventListener('pointermove', event => this.#move(event));
+    // Where there is one, it comes without waiting for the next frame.
+    canvas.addEventListener('pointerrawupdate', event => this.#move(event));
     canvas.addEventListener('pointerup', event => this.#up(event, 'ended'));
     canvas.addEventListener('pointercancel', event => this.#up(event, 'cancelled'));
     for (const name of ['touchend', 'touchcancel']) {
@@ -116,7 +119,7 @@ export class Fingers {
       this.#moves.set(id, [this.#clampX(x + dx), y]);
       this.#mark(id, this.#clampX(x + dx), y);
     }
-    this.#frame ||= requestAnimationFrame(() => this.#flush());
+    this.#sendMoves();
   }
 
   #up(event, phase) {
@@ -152,7 +155,7 @@ export class Fingers {
     const wheel = this.#wheel;
     wheel.at = {x: wheel.at.x - event.deltaX * scale, y: wheel.at.y - event.deltaY * scale};
     this.#moves.set(kWheelFinger, [wheel.at.x, wheel.at.y]);
-    this.#frame ||= requestAnimationFrame(() => this.#flush());
+    this.#sendMoves();
     clearTimeout(wheel.timer);
     if (!this.#device.contains(wheel.at)) return this.#liftWheel();
     wheel.timer = setTimeout(() => this.#liftWheel(), kWheelEnd);
@@ -206,6 +209,12 @@ export class Fingers {
 
   #tell(changes) {
     this.#link.touch(changes.map(([id, phase, x, y]) => [id, phase, hundredths(x), hundredths(y)]));
+  }
+
+  #sendMoves() {
+    if (this.#frame) return;
+    this.#flush();
+    this.#frame = requestAnimationFrame(() => this.#flush());
   }
 
   #flush() {

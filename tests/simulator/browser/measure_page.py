@@ -21,7 +21,7 @@ REFRESH = 1 / 60
 LATENCIES = """(() => {
   const sent = new Map(), measured = window.measured = {tap: [], drag: [], painted: 0, bytes: 0};
   let at = 0;
-  for (const type of ['pointerdown', 'pointermove', 'pointerup'])
+  for (const type of ['pointerdown', 'pointermove', 'pointerrawupdate', 'pointerup'])
     addEventListener(type, event => { at = event.timeStamp; }, true);
   const settle = (touch, shown) => {
     for (const [number, {time, kind}] of sent) {
