@@ -30,11 +30,6 @@ class Header {
   std::string& bytes_;
 };
 
-struct Bitmap {
-  std::vector<std::uint8_t> pixels;
-  int width = 0, height = 0;
-};
-
 /// The display's pixels that a part of the scaled picture is made from.
 PixelRect sourceOf(const PixelRect& part, const Display::Shape& shape, int width, int height) {
   const double across = static_cast<double>(shape.width) / width,
@@ -55,34 +50,34 @@ PixelRect scaledPart(const PixelRect& rect, const Display::Shape& shape, int wid
           static_cast<int>(std::ceil((rect.bottom() + kFilterReach) * down)) - top};
 }
 
-/// A part of the display's picture as it is when the whole is scaled to a size; nothing if the display has another
-/// shape by now.
-Bitmap scaled(const Display& display, const Display::Shape& shape, const PixelRect& part, int width,
-              int height) {
+/// Puts a part of the display's picture, as it is when the whole is scaled to a size, into `pixels`. Gives the display's
+/// shape; if that is another one, there is nothing in them.
+Display::Shape copyScaled(const Display& display, const Display::Shape& shape, const PixelRect& part,
+                          int width, int height, std::vector<std::uint8_t>& pixels) {
+  pixels.clear();
   // Between two pictures only what is needed for the next one is brought up to date.
   thread_local std::vector<std::uint8_t> picture;
-  if (display.copyInto(picture, sourceOf(part, shape, width, height)) != shape) return {};
+  const Display::Shape found = display.copyInto(picture, sourceOf(part, shape, width, height));
+  if (found != shape) return found;
   // The filter writes to where the part lies in the whole.
   thread_local std::vector<std::uint8_t> whole;
   const auto stride = static_cast<std::size_t>(width) * 4, row = static_cast<std::size_t>(part.width) * 4;
   whole.resize(stride * static_cast<std::size_t>(height));
   libyuv::ARGBScaleClip(picture.data(), shape.width * 4, shape.width, shape.height, whole.data(), width * 4,
                         width, height, part.x, part.y, part.width, part.height, libyuv::kFilterBox);
-  Bitmap result{{}, part.width, part.height};
-  result.pixels.reserve(row * static_cast<std::size_t>(part.height));
   for (int y = part.y; y < part.bottom(); ++y) {
     const std::uint8_t* from =
         whole.data() + static_cast<std::size_t>(y) * stride + static_cast<std::size_t>(part.x) * 4;
-    result.pixels.insert(result.pixels.end(), from, from + row);
+    pixels.insert(pixels.end(), from, from + row);
   }
-  return result;
+  return found;
 }
 
-ios::Bytes encode(Bitmap bitmap, bool exact) {
-  const auto memory = std::make_shared<std::vector<std::uint8_t>>(std::move(bitmap.pixels));
-  const std::shared_ptr<const std::uint8_t[]> pixels(memory, memory->data());
-  const auto width = static_cast<std::size_t>(bitmap.width), height = static_cast<std::size_t>(bitmap.height);
-  const ios::CGImage image(pixels, width, height, width * 4, /*opaque=*/true);
+ios::Bytes encode(const std::vector<std::uint8_t>& pixels, const PixelRect& rect, bool exact) {
+  // The image is gone before the pixels are.
+  const std::shared_ptr<const std::uint8_t[]> unowned(std::shared_ptr<void>(), pixels.data());
+  const auto width = static_cast<std::size_t>(rect.width), height = static_cast<std::size_t>(rect.height);
+  const ios::CGImage image(unowned, width, height, width * 4, /*opaque=*/true);
   return exact ? image.png() : image.jpeg(kQuality).value_or(ios::Bytes{});
 }
 
@@ -109,16 +104,14 @@ Picture encodePicture(const Display& display, const PictureOrder& order) {
   const PixelRect changed = scale < 1 ? scaledPart(order.rect, expected, width, height) : order.rect;
   PixelRect rect = fits ? onGrid(changed).intersectedWith(all) : all;
 
-  Bitmap bitmap{{}, rect.width, rect.height};
-  Display::Shape shape = expected;
-  if (scale < 1 && !rect.isEmpty()) {
-    bitmap = scaled(display, expected, rect, width, height);
-  } else {
-    shape = display.copy(rect, bitmap.pixels);
-  }
+  // Kept: fresh memory costs more than what is copied into it.
+  thread_local std::vector<std::uint8_t> pixels;
+  const Display::Shape shape = scale < 1 && !rect.isEmpty()
+                                   ? copyScaled(display, expected, rect, width, height, pixels)
+                                   : display.copy(rect, pixels);
   // The phone was turned since; what tells of that brings the next order.
-  if (rect.isEmpty() || shape != expected || bitmap.pixels.empty()) return {.shape = shape};
-  return {encode(std::move(bitmap), order.exact), order.exact, shape, rect, width, height};
+  if (rect.isEmpty() || shape != expected) return {.shape = shape};
+  return {encode(pixels, rect, order.exact), order.exact, shape, rect, width, height};
 }
 
 std::string pictureMessage(const Picture& picture, const PictureStamp& stamp) {

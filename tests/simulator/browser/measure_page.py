@@ -14,7 +14,8 @@ from handset import Handset
 from page import until
 from viewer import Phone
 
-TAPS, DRAGS, REST = 40, 3, 10  # the last in seconds
+TAPS, DRAGS = 40, 3
+REST, HOLD = 10, 0.06  # seconds of rest, and for which a finger that taps stays
 REFRESH = 1 / 60
 
 # From the browser's time of an event to the picture that shows what came of it, for each message of fingers.
@@ -78,7 +79,9 @@ class Measure:
         places = [await self.hand.place_of(text) for text in ("About", "Notes")]
         await self.page.evaluate("measured.tap.length = 0")
         for number in range(TAPS):
-            await self.page.click_at(*places[number % 2])
+            await self.page.mouse(["move", "down"], *places[number % 2])
+            await asyncio.sleep(HOLD)
+            await self.page.mouse(["up"], *places[number % 2])
             await asyncio.sleep(0.25)
         return await self.take("tap")
 
