@@ -13,7 +13,12 @@
 #include <memory>
 #include <utility>
 
+#include "Base/FileDescriptor.h"
+
 namespace companion {
+
+using ios::FileDescriptor;
+
 namespace {
 
 std::function<int(const std::string&, const std::filesystem::path&)>& faultHook() {
@@ -21,49 +26,11 @@ std::function<int(const std::string&, const std::filesystem::path&)>& faultHook(
   return hook;
 }
 
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  ~Descriptor() { close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return value_; }
-  bool valid() const { return value_ >= 0; }
-  int release() { return std::exchange(value_, -1); }
-  /// 0, or the errno of a late write error.
-  int close() { return valid() && ::close(release()) != 0 ? errno : 0; }
-
- private:
-  int value_;
-};
-
-int writeAll(int file, std::span<const std::uint8_t> bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(file, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    bytes = bytes.subspan(static_cast<std::size_t>(written));
-  }
-  return 0;
-}
-
-/// From both files' current positions to the end.
-int copyAll(int from, int to) {
-  ios::Bytes buffer(1 << 18);
-  for (;;) {
-    const ssize_t count = ::read(from, buffer.data(), buffer.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno;
-    if (count == 0) return 0;
-    if (const int code = writeAll(to, {buffer.data(), static_cast<std::size_t>(count)})) return code;
-  }
-}
-
 /// Opens a file for reading if it is one; a pipe of that name does not make the caller wait.
-Descriptor openFile(int folder, const std::string& name, struct stat& status) {
-  Descriptor file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (file.valid() && (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))) file.close();
-  return Descriptor(file.release());
+FileDescriptor openFile(int folder, const std::string& name, struct stat& status) {
+  FileDescriptor file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (file && (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))) file.close();
+  return file;
 }
 
 }  // namespace
@@ -111,9 +78,9 @@ std::optional<FileError> Folder::lock() const {
 std::vector<Folder::Entry> Folder::entries() const {
   std::vector<Entry> entries;
   // A descriptor of its own, since reading moves its position and closing the stream closes it.
-  Descriptor descriptor(::openat(descriptor_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  const std::unique_ptr<DIR, int (*)(DIR*)> stream(
-      descriptor.valid() ? ::fdopendir(descriptor.get()) : nullptr, ::closedir);
+  FileDescriptor descriptor(::openat(descriptor_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const std::unique_ptr<DIR, int (*)(DIR*)> stream(descriptor ? ::fdopendir(descriptor.number()) : nullptr,
+                                                   ::closedir);
   if (!stream) return entries;
   descriptor.release();
   while (const dirent* found = ::readdir(stream.get())) {
@@ -133,12 +100,12 @@ std::vector<Folder::Entry> Folder::entries() const {
 
 std::optional<ios::Bytes> Folder::read(const std::string& name, std::size_t limit) const {
   struct stat status;
-  const Descriptor file = openFile(descriptor_, name, status);
-  if (!file.valid() || static_cast<std::uintmax_t>(status.st_size) > limit) return std::nullopt;
+  const FileDescriptor file = openFile(descriptor_, name, status);
+  if (!file || static_cast<std::uintmax_t>(status.st_size) > limit) return std::nullopt;
   ios::Bytes bytes(static_cast<std::size_t>(status.st_size));
   std::size_t filled = 0;
   while (filled < bytes.size()) {
-    const ssize_t got = ::read(file.get(), bytes.data() + filled, bytes.size() - filled);
+    const ssize_t got = ::read(file.number(), bytes.data() + filled, bytes.size() - filled);
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return std::nullopt;
     filled += static_cast<std::size_t>(got);
@@ -164,12 +131,12 @@ std::optional<FileError> Folder::make(const std::string& name) const {
 std::optional<FileError> Folder::write(const std::string& name, std::span<const std::uint8_t> bytes) const {
   int code = fault("create", name);
   if (code != 0) return failure("create", name, code);
-  Descriptor file(
+  FileDescriptor file(
       ::openat(descriptor_, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-  if (!file.valid()) return failure("create", name, errno);
+  if (!file) return failure("create", name, errno);
   code = fault("write", name);
-  if (code == 0) code = writeAll(file.get(), bytes);
-  if (code == 0 && ::fsync(file.get()) != 0) code = errno;
+  if (code == 0) code = ios::writeAll(file.number(), bytes);
+  if (code == 0 && ::fsync(file.number()) != 0) code = errno;
   if (const int late = file.close(); code == 0) code = late;
   if (code == 0) return std::nullopt;
   ::unlinkat(descriptor_, name.c_str(), 0);
@@ -179,15 +146,16 @@ std::optional<FileError> Folder::write(const std::string& name, std::span<const 
 std::optional<FileError> Folder::copyIn(const std::filesystem::path& source, const std::string& name,
                                         std::uintmax_t& bytes) const {
   struct stat status {};
-  const Descriptor from = openFile(AT_FDCWD, source.string(), status);
-  if (!from.valid()) return FileError{ENOENT, "read", source};
+  const FileDescriptor from = openFile(AT_FDCWD, source.string(), status);
+  if (!from) return FileError{ENOENT, "read", source};
   if (const int code = fault("create", name)) return failure("create", name, code);
-  Descriptor to(
+  FileDescriptor to(
       ::openat(descriptor_, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-  if (!to.valid()) return failure("create", name, errno);
+  if (!to) return failure("create", name, errno);
   int code = fault("write", name);
-  if (code == 0 && ::ioctl(to.get(), FICLONE, from.get()) != 0) code = copyAll(from.get(), to.get());
-  if (code == 0 && (::fsync(to.get()) != 0 || ::fstat(to.get(), &status) != 0)) code = errno;
+  if (code == 0 && ::ioctl(to.number(), FICLONE, from.number()) != 0)
+    code = ios::copyToEnd(from.number(), to.number());
+  if (code == 0 && (::fsync(to.number()) != 0 || ::fstat(to.number(), &status) != 0)) code = errno;
   if (const int late = to.close(); code == 0) code = late;
   bytes = static_cast<std::uintmax_t>(status.st_size);
   if (code == 0) return std::nullopt;

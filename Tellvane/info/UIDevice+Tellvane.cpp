@@ -56,38 +56,6 @@ constexpr std::array<std::string_view, 7> kOrientations = {
     "Unknown", "Portrait", "Portrait Upside Down", "Landscape Left", "Landscape Right",
     "Face Up", "Face Down"};
 
-/// Length of the well-formed UTF-8 sequence at the start of `bytes`; with `valid` false, of the piece to replace.
-std::size_t sequenceLength(std::string_view bytes, bool& valid) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
-  const unsigned char lead = byte(0);
-  valid = true;
-  if (lead < 0x80) return 1;
-  std::size_t length = 0;
-  unsigned char low = 0x80,
-                high = 0xBF;  // range of the second byte, where surrogates and overlong forms show
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    if (lead == 0xE0) low = 0xA0;
-    if (lead == 0xED) high = 0x9F;
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    if (lead == 0xF0) low = 0x90;
-    if (lead == 0xF4) high = 0x8F;
-  }
-  for (std::size_t i = 1; i < length; ++i) {
-    if (i >= bytes.size() || byte(i) < low || byte(i) > high) {
-      valid = false;
-      return i;
-    }
-    low = 0x80;
-    high = 0xBF;
-  }
-  valid = length != 0;
-  return std::max<std::size_t>(length, 1);
-}
-
 // A category's operations take the object they are called on; these only read it.
 template <auto Property>
 auto property(UIDevice& device) {
@@ -117,17 +85,6 @@ std::string orientationName(long orientation) {
   return std::string(kOrientations[static_cast<std::size_t>(orientation)]);
 }
 
-std::string validUTF8(std::string_view bytes) {
-  std::string text;
-  while (!bytes.empty()) {
-    bool valid;
-    const std::size_t length = sequenceLength(bytes, valid);
-    text += valid ? bytes.substr(0, length) : std::string_view("\xEF\xBF\xBD");
-    bytes.remove_prefix(length);
-  }
-  return text;
-}
-
 CGSize screenResolution(const UIDevice&) {
   const CGRect bounds = UIScreen::mainScreen()->bounds();
   const CGFloat scale = UIScreen::mainScreen()->scale();
@@ -138,7 +95,7 @@ std::string deviceCode(const UIDevice&) {
   utsname record{};
   uname(&record);  // a record that was not filled stays zero, and the code empty
   const std::string_view machine(record.machine, sizeof record.machine);
-  return validUTF8(machine.substr(0, machine.find('\0')));
+  return std::string(machine.substr(0, machine.find('\0')));
 }
 
 std::string deviceFamily(const UIDevice&) {

@@ -29,7 +29,5 @@ TLV_EXPORT std::string deviceOrientationString(const UIDevice& device);
 std::string modelName(std::string_view deviceCode);
 /// The name for an orientation's raw value; "Portrait" for one the platform does not have.
 std::string orientationName(long orientation);
-/// `bytes` with each maximal invalid piece replaced by U+FFFD.
-std::string validUTF8(std::string_view bytes);
 
 }  // namespace tellvane

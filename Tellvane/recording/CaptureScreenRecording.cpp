@@ -25,6 +25,16 @@ void onMainThread(const Work& work) {
   });
 }
 
+/// Where the alert was, or on top of what has taken that screen's place meanwhile.
+void show(const std::shared_ptr<RPPreviewViewController>& preview,
+          const std::shared_ptr<UIViewController>& top) {
+  if (top && !top->presentedViewController() && !top->isBeingDismissed() && top->view()->window()) {
+    top->presentViewController(preview, true);
+  } else {
+    presentOnTop(preview);
+  }
+}
+
 }  // namespace
 
 MethodList CaptureScreenRecording::methods() {
@@ -110,10 +120,7 @@ void CaptureScreenRecording::offer(const std::shared_ptr<RPPreviewViewController
   alert->addAction(
       UIAlertAction::actionWithTitle(localizedText("Save"), UIAlertActionStyle::default_,
                                      [preview, presenter](const std::shared_ptr<UIAlertAction>&) {
-                                       unlessMemoryRunsOut([&] {
-                                         if (const auto top = presenter->lock())
-                                           top->presentViewController(preview, true);
-                                       });
+                                       unlessMemoryRunsOut([&] { show(preview, presenter->lock()); });
                                      }));
   if (abrupt) {
     alert->addAction(

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <vector>
 
 namespace ios {
 
@@ -28,6 +29,16 @@ int writeAll(int descriptor, std::span<const std::uint8_t> bytes) {
     bytes = bytes.subspan(static_cast<std::size_t>(written));
   }
   return 0;
+}
+
+int copyToEnd(int from, int to) {
+  std::vector<std::uint8_t> piece(1 << 18);
+  for (;;) {
+    const ssize_t count = ::read(from, piece.data(), piece.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return count < 0 ? errno : 0;
+    if (const int code = writeAll(to, {piece.data(), static_cast<std::size_t>(count)})) return code;
+  }
 }
 
 }  // namespace ios

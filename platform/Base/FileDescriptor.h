@@ -29,4 +29,7 @@ class FileDescriptor {
 /// Writes all bytes; 0, or the errno that ended it.
 [[nodiscard]] int writeAll(int descriptor, std::span<const std::uint8_t> bytes);
 
+/// Copies what follows `from`'s position to `to`, up to the end; 0, or the errno that ended it.
+[[nodiscard]] int copyToEnd(int from, int to);
+
 }  // namespace ios

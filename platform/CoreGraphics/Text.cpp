@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "CoreFoundation/Unicode.h"
 #include "CoreGraphics/Private/CGContext.h"
 #include "CoreGraphics/Private/Fonts.h"
 
@@ -13,13 +14,6 @@ constexpr std::string_view kEllipsis = "…";
 
 guint16 channel(double component) {
   return static_cast<guint16>(std::lround((component > 0 ? std::min(component, 1.0) : 0.0) * 65535));
-}
-
-std::string validText(const std::string& text) {
-  char* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()));
-  std::string result = valid;
-  g_free(valid);
-  return result;
 }
 
 double points(int pangoUnits) {
@@ -128,7 +122,7 @@ TextLayout::TextLayout(const std::vector<TextRun>& runs, CGFloat width, TextAlig
   impl_->alignment = alignment;
   std::string text;
   for (const TextRun& run : runs) {
-    impl_->runs.push_back({validText(run.text), run.font, run.color});
+    impl_->runs.push_back({repairedUTF8(run.text), run.font, run.color});
     text += impl_->runs.back().text;
   }
   impl_->layOut(text, false);

@@ -36,6 +36,7 @@ struct LaunchWords {
   std::optional<std::string> url = {};         // IOS_OPEN_URL
   std::optional<std::string> microphone = {};  // IOS_MICROPHONE; by default this process's own
   std::optional<int> control = {};             // IOS_CONTROL
+  std::string codecFault = {};                 // IOS_CODEC_FAULT; empty for none
 };
 
 /// How a launched process ended up, once it has exited.

@@ -54,6 +54,7 @@ std::vector<std::string> environmentFor(const Device& device, const InstalledApp
   variables.push_back("IOS_DEVICE=" + device.root().string());
   variables.push_back("IOS_BUNDLE=" + application.bundle.string());
   if (words.url) variables.push_back("IOS_OPEN_URL=" + *words.url);
+  if (!words.codecFault.empty()) variables.push_back("IOS_CODEC_FAULT=" + words.codecFault);
   if (words.control) variables.push_back("IOS_CONTROL=" + std::to_string(*words.control));
   const Clock& clock = Clock::shared();
   if (clock.isVirtual()) {

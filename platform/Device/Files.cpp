@@ -67,17 +67,7 @@ std::optional<FileError> createFolderAndTell(const fs::path& path, std::vector<f
   return std::nullopt;
 }
 
-/// 0, or the errno of the copying; fs::copy_file reports a full disk as an input/output error.
-int copyBytes(int from, int to) {
-  std::array<std::uint8_t, 1 << 16> piece;
-  for (;;) {
-    const ssize_t count = ::read(from, piece.data(), piece.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return count < 0 ? errno : 0;
-    if (const int code = writeAll(to, {piece.data(), static_cast<std::size_t>(count)})) return code;
-  }
-}
-
+/// Not fs::copy_file, which reports a full disk as an input/output error.
 std::optional<FileError> copyFile(const fs::path& from, const fs::path& to) {
   if (auto problem = diskRefusal("write", to)) return problem;
   FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
@@ -85,7 +75,7 @@ std::optional<FileError> copyFile(const fs::path& from, const fs::path& to) {
   if (!source || ::fstat(source.number(), &status) != 0) return FileError{errno, "read", from};
   FileDescriptor copy(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (!copy) return FileError{errno, "write", to};
-  int code = copyBytes(source.number(), copy.number());
+  int code = copyToEnd(source.number(), copy.number());
   if (code == 0 && ::fchmod(copy.number(), status.st_mode & 07777) != 0) code = errno;
   if (code == 0) code = copy.close();
   if (code != 0) return FileError{code, "write", to};
@@ -128,6 +118,10 @@ std::optional<FileError> copyInto(const fs::path& from, const fs::path& to, cons
 }
 
 }  // namespace
+
+bool meansNoRoom(int code) {
+  return code == ENOSPC || code == EDQUOT || code == EFBIG;
+}
 
 std::string FileError::description() const {
   fs::path shown = path;

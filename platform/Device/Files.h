@@ -19,6 +19,8 @@ struct FileError {
   /// "could not write Pasteboard/general.plist: No space left on device"; paths outside the device in full.
   std::string description() const;
 };
+/// Whether that errno means that there is no room: of the disk, of the user's share of it, or of the file.
+bool meansNoRoom(int code);
 
 /// Replaces `path` with `bytes`: readers see either the old file or the new one, complete. Missing parent
 /// folders are created. After a failure the old file is unchanged and nothing else is left behind.

@@ -33,7 +33,7 @@ int refusal(const char* operation, const char* name, int otherwise) noexcept {
   try {
     const auto problem = diskRefusal(operation, name);
     if (!problem) return SQLITE_OK;
-    return problem->code == ENOSPC ? SQLITE_FULL : otherwise;
+    return meansNoRoom(problem->code) ? SQLITE_FULL : otherwise;
   } catch (const std::bad_alloc&) {
     return SQLITE_IOERR_NOMEM;
   }

@@ -17,7 +17,7 @@ constexpr const char* kChange = "change the photo library";
 constexpr int kReadersPatienceMilliseconds = 200;
 
 long codeOf(const FileError& error) {
-  if (error.code == ENOSPC || error.code == EDQUOT) return PHPhotosErrorNotEnoughSpace;
+  if (meansNoRoom(error.code)) return PHPhotosErrorNotEnoughSpace;
   return error.operation == "read" ? PHPhotosErrorInvalidResource : PHPhotosErrorInternalError;
 }
 

@@ -74,7 +74,7 @@ DatabaseResult<std::int64_t> firstNumber(const MediaFolder& folder) {
   if (!numbers) {
     const FileError& problem = numbers.error();
     return failure(
-        DatabaseFailure{problem.code == ENOSPC ? kFull : kInputOutput, kOpen, problem.description()});
+        DatabaseFailure{meansNoRoom(problem.code) ? kFull : kInputOutput, kOpen, problem.description()});
   }
   return numbers->empty() ? 1 : *numbers->rbegin() + 1;
 }

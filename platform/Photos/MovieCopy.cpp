@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <span>
-#include <vector>
 
 #include "Base/FileDescriptor.h"
 #include "Photos/Private/Movie.h"
@@ -14,30 +12,17 @@
 namespace ios::photos {
 namespace {
 
-/// From both files' current positions to the end.
-int copyByHand(int from, int to) {
-  std::vector<std::uint8_t> buffer(1 << 18);
-  for (;;) {
-    const ssize_t count = ::read(from, buffer.data(), buffer.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno;
-    if (count == 0) return 0;
-    const auto got = std::span(buffer).first(static_cast<std::size_t>(count));
-    if (const int code = writeAll(to, got)) return code;
-  }
-}
-
 int copyContents(int from, int to) {
   if (::ioctl(to, FICLONE, from) == 0) return 0;
   for (;;) {
     constexpr std::size_t kMost = std::size_t{1} << 30;
     const ssize_t count = ::copy_file_range(from, nullptr, to, nullptr, kMost, 0);
     if (count > 0) continue;
-    if (count == 0) return copyByHand(from, to);  // at the end; or a file system that says so too early
+    if (count == 0) return copyToEnd(from, to);  // at the end; or a file system that says so too early
     if (errno == EINTR) continue;
     if (errno == EFBIG) return ENOSPC;
     if (errno == ENOSPC || errno == EDQUOT || errno == EIO) return errno;
-    return copyByHand(from, to);
+    return copyToEnd(from, to);
   }
 }
 

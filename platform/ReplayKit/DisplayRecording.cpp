@@ -38,6 +38,10 @@ NSDictionary pictureSettings(const CGImage& picture) {
 
 }  // namespace
 
+std::filesystem::path DisplayRecording::folder() {
+  return Device::current().root() / "ReplayKit";
+}
+
 MethodList DisplayRecording::methods() {
   return {{"tick", &DisplayRecording::tick},
           {"captureOutput:didOutputSampleBuffer:fromConnection:",
@@ -62,16 +66,13 @@ std::shared_ptr<DisplayRecording> DisplayRecording::begin(bool microphone, std::
 
 bool DisplayRecording::prepare(bool microphone, std::shared_ptr<NSError>& error) {
   const auto picture = displayedPicture();
-  // Beside the applications' containers: none of them sees it.
-  const std::filesystem::path folder = Device::current().root() / "ReplayKit";
-  const auto refused = createFolder(folder);
+  const auto refused = createFolder(folder());
   if (!picture || refused) {
-    const bool full = refused && (refused->code == ENOSPC || refused->code == EDQUOT);
+    const bool full = refused && meansNoRoom(refused->code);
     error = recordingError(full ? RPRecordingErrorInsufficientStorage : RPRecordingErrorFailedToStart);
     return false;
   }
-  sweepTemporaryFiles(folder);  // of processes that were killed while they completed a movie
-  path_ = temporaryNameBeside(folder / "Recording.mov");
+  path_ = temporaryNameBeside(folder() / "Recording.mov");
 
   if (microphone) setUpMicrophone();
   pictures_ = AVAssetWriterInput::initWithMediaType(AVMediaTypeVideo, pictureSettings(*picture));
@@ -175,12 +176,14 @@ void DisplayRecording::end(Ended ended) {
   if (session_) session_->stopRunning();
   dispatch_async(queue_, [self = sharedAs<DisplayRecording>(), ended = std::move(ended)] {
     self->writer_->finishWritingWithCompletionHandler([self, ended] {
-      const auto reason = self->writer_->error();
-      dispatch_async(dispatch_get_main_queue(),
-                     [ended, movie = RecordedMovie::take(self->path_),
-                      error = reason ? recordingError(*reason, RPRecordingErrorFailed) : nullptr] {
-                       ended(movie, error);
-                     });
+      const auto movie = RecordedMovie::take(self->path_);
+      std::shared_ptr<NSError> error;
+      if (const auto reason = self->writer_->error()) {
+        error = recordingError(*reason, RPRecordingErrorFailed);
+      } else if (!movie) {
+        error = recordingError(RPRecordingErrorFailed);
+      }
+      dispatch_async(dispatch_get_main_queue(), [ended, movie, error] { ended(movie, error); });
     });
   });
 }

@@ -34,8 +34,8 @@ PreviewBar::PreviewBar()
   addSubview(edge_);
 }
 
-void PreviewBar::setEnabled(bool enabled) {
-  for (const auto& each : {cancel_, share_, save_}) each->setEnabled(enabled);
+void PreviewBar::setOffersEnabled(bool enabled) {
+  for (const auto& each : {share_, save_}) each->setEnabled(enabled);
 }
 
 void PreviewBar::layoutSubviews() {

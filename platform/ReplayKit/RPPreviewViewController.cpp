@@ -58,10 +58,10 @@ void RPPreviewViewController::cancel() {
 }
 
 void RPPreviewViewController::save() {
-  bar_->setEnabled(false);
+  bar_->setOffersEnabled(false);
   saveMovieAsTheSystem(movie_->path(),
                        [self = sharedAs<RPPreviewViewController>()](const std::shared_ptr<NSError>& error) {
-                         self->bar_->setEnabled(true);
+                         self->bar_->setOffersEnabled(true);
                          if (error) {
                            self->explain("The Recording Was Not Saved", error->localizedDescription());
                          } else {
@@ -96,11 +96,17 @@ void RPPreviewViewController::copy() {
   FileError problem;
   auto bytes = readFile(movie_->path(), &problem);
   if (!bytes) return explain("The Recording Was Not Copied", problem.description());
-  UIPasteboard::generalPasteboard()->setItems({{{kMovieType, std::make_shared<NSData>(std::move(*bytes))}}});
+  const auto pasteboard = UIPasteboard::generalPasteboard();
+  const long before = pasteboard->changeCount();
+  pasteboard->setItems({{{kMovieType, std::make_shared<NSData>(std::move(*bytes))}}});
+  // A pasteboard that cannot be written keeps its old items, and the movie must not go.
+  if (pasteboard->changeCount() == before)
+    return explain("The Recording Was Not Copied", "The pasteboard could not be written.");
   finish({UIActivityTypeCopyToPasteboard});
 }
 
 void RPPreviewViewController::finish(const std::set<std::string>& activityTypes) {
+  if (std::exchange(finished_, true)) return;  // cancelled while the movie was being saved
   if (const auto told = delegate_.lock()) {
     told->previewControllerDidFinishWithActivityTypes(sharedAs<RPPreviewViewController>(), activityTypes);
   }

@@ -60,6 +60,7 @@ class RPPreviewViewController : public Subclass<RPPreviewViewController, UIViewC
   std::weak_ptr<RPPreviewViewControllerDelegate> delegate_;
   std::shared_ptr<PreviewBar> bar_;
   std::shared_ptr<UIView> picture_;
+  bool finished_ = false;
 };
 
 }  // namespace ios

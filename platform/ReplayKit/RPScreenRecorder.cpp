@@ -4,6 +4,7 @@
 
 #include "AVFoundation/AVAudioSession.h"
 #include "Device/Device.h"
+#include "Device/Files.h"
 #include "Device/PermissionPrompt.h"
 #include "Dispatch/Queue.h"
 #include "Foundation/NSNotificationCenter.h"
@@ -34,7 +35,9 @@ MethodList RPScreenRecorder::methods() {
 
 const std::shared_ptr<RPScreenRecorder>& RPScreenRecorder::sharedRecorder() {
   static auto& recorder = *[] {
-    auto* made = new std::shared_ptr<RPScreenRecorder>(std::make_shared<RPScreenRecorder>());
+    auto* made = new std::shared_ptr<RPScreenRecorder>(new RPScreenRecorder());
+    sweepTemporaryFiles(
+        DisplayRecording::folder());  // of processes that were killed while they completed a movie
     NSNotificationCenter::defaultCenter()->addObserver(*made, "applicationDidEnterBackground",
                                                        UIApplicationDidEnterBackgroundNotification, nullptr);
     return made;
@@ -126,13 +129,16 @@ void RPScreenRecorder::applicationDidEnterBackground() {
 void RPScreenRecorder::interrupt(const std::shared_ptr<NSError>& reason) {
   const auto recording = takeRecording();
   if (!recording) return;
-  recording->end(
-      [this, reason](const std::shared_ptr<RecordedMovie>& movie, const std::shared_ptr<NSError>& failure) {
-        dispatch_async(tellingQueue(), [self = sharedAs<RPScreenRecorder>(), delegate = delegate(),
-                                        preview = previewOf(movie), error = failure ? failure : reason] {
-          if (delegate) delegate->screenRecorderDidStopRecordingWithError(self, error, preview);
-        });
-      });
+  recording->end([this, reason](const std::shared_ptr<RecordedMovie>& movie,
+                                const std::shared_ptr<NSError>& failure) {
+    dispatch_async(tellingQueue(),
+                   [self = sharedAs<RPScreenRecorder>(), delegate = delegate(), preview = previewOf(movie),
+                    error = failure  ? failure
+                            : reason ? reason
+                                     : recordingError(RPRecordingErrorFailed)] {
+                     if (delegate) delegate->screenRecorderDidStopRecordingWithError(self, error, preview);
+                   });
+  });
 }
 
 }  // namespace ios

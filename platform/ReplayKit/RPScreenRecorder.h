@@ -58,6 +58,7 @@ class RPScreenRecorder : public Subclass<RPScreenRecorder, NSObject> {
   void stopRecordingWithHandler(Stopped handler);
 
  private:
+  RPScreenRecorder() = default;  // one, which stays: what it submits need not keep it alive
   void answered(bool allowed, bool microphone, const Started& started);
   void begin(bool microphone, const Started& started);
   void applicationDidEnterBackground();

@@ -9,8 +9,8 @@ namespace ios {
 
 std::shared_ptr<RecordedMovie> RecordedMovie::take(const std::filesystem::path& path) {
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) return nullptr;
   ::unlink(path.c_str());
+  if (descriptor < 0) return nullptr;
   return std::shared_ptr<RecordedMovie>(new RecordedMovie(descriptor));
 }
 

@@ -1,17 +1,15 @@
-#include "recording/TLVCaptureScreenRecording.h"
-
 #include <gtest/gtest.h>
 
-#include "AVFoundation/Microphone.h"
+#include <cerrno>
+
+#include "AVFoundation/CodecFault.h"
 #include "Device/Files.h"
-#include "Device/PermissionPrompt.h"
-#include "DeviceClock/Clock.h"
-#include "Dispatch/Semaphore.h"
-#include "Photos/PHPhotoLibrary.h"
-#include "TLVSaveRecordingConfirmation/TLVSaveRecordingViewController.h"
+#include "Foundation/NSError.h"
+#include "Tellvane/CaptureScreenRecording.h"
 #include "Tellvane/Tellvane.h"
-#include "UIKit/UIApplication.h"
-#include "info/TLVConstants.h"
+#include "UIKit/UIAlertController.h"
+#include "UIKit/UINavigationController.h"
+#include "recording/TLVCaptureScreenRecording.h"
 #include "support/MovieProbe.h"
 #include "support/TestPhone.h"
 #include "triggers/UIApplication+TopViewController.h"
@@ -23,333 +21,278 @@ using testing_support::Console;
 using testing_support::MovieProbe;
 using testing_support::TestPhone;
 
-class AnotherScreen : public UIViewController {};
+constexpr char kDone[] = "Recording video succesful!", kAbrupt[] = "Recording ended abruptly!";
+constexpr char kLog[] = "<TLV Log> : ";
 
-/// A phone on which the library runs in debug mode and may use the photo library.
-class SessionPhone : public TestPhone {
+/// A phone on which the library runs and the host may record with the system's recorder, and may not use the
+/// photo library.
+class HostPhone : public TestPhone {
  public:
-  explicit SessionPhone(bool microphone = false) {
-    device().setPermission("photos", Permission::authorized);
+  explicit HostPhone(bool debug = true, const Options& options = {}) : TestPhone(options) {
+    device().setPermission("screen", Permission::authorized);
+    device().setPermission("photos", Permission::denied);
     show();
-    Tellvane::instantiateSDK(true, microphone);
-    runFor(2.5);
+    Tellvane::instantiateSDK(debug, false);
+    runFor(0.5);
   }
-
-  void startThroughTheSheet() const {
-    device().input().shake();
-    runFor(1);
-    EXPECT_TRUE(tapText("Capture Screen Recording"));
-    // The choice is acted on when the sheet has gone; the user may have to be asked first.
-    static_cast<void>(Clock::shared().runUntil([] { return isRecording(); }, std::chrono::seconds(1)));
+  static CaptureScreenRecording& recording() { return *CaptureScreenRecording::shared(); }
+  static std::shared_ptr<UIViewController> root() {
+    return UIApplication::sharedApplication()->keyWindow()->rootViewController();
   }
-  static bool isRecording() { return TLVCaptureScreenRecording::shared()->isRecording(); }
-  static std::shared_ptr<TLVSaveRecordingViewController> confirmation() {
-    auto top = topViewController();  // the player's, which the screen contains
-    while (top && top->parentViewController()) top = top->parentViewController();
-    return std::dynamic_pointer_cast<TLVSaveRecordingViewController>(top);
+  /// Records for a while, with pictures to encode.
+  void record(double seconds) const {
+    recording().captureScreenRecording();
+    runFor(0.1);
+    EXPECT_TRUE(recording().isRecording());
+    use(seconds - 0.1);
   }
-  std::vector<std::filesystem::path> movies() const {
-    std::vector<std::filesystem::path> found;
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(folder() / "Media/DCIM/100TLVNE", error)) {
-      if (entry.path().extension() == ".MOV") found.push_back(entry.path());
+  void use(double seconds) const {
+    for (double end = now() + seconds; now() < end; runFor(0.1)) {
+      const double share = now() - std::floor(now());
+      root()->view()->setBackgroundColor(UIColor::colorWithRedGreenBlueAlpha(share, 0.4, 0.6, 1));
     }
-    std::sort(found.begin(), found.end());
-    return found;
+  }
+  static std::shared_ptr<UIAlertController> alert() {
+    return std::dynamic_pointer_cast<UIAlertController>(topViewController());
+  }
+  static std::shared_ptr<RPPreviewViewController> preview() {
+    auto top = topViewController();  // the player's, which the preview contains
+    while (top && top->parentViewController()) top = top->parentViewController();
+    return std::dynamic_pointer_cast<RPPreviewViewController>(top);
+  }
+  std::filesystem::path movie(int number = 1) const {
+    return folder() / ("Media/DCIM/100TLVNE/IMG_000" + std::to_string(number) + ".MOV");
   }
 };
 
-TEST(RecordingSession, GoesFromTriggerToTriggerToTheConfirmationScreen) {
-  SessionPhone phone;
-  EXPECT_FALSE(phone.isRecording());
-  Console console;
-  phone.startThroughTheSheet();
-  EXPECT_TRUE(phone.isRecording());
-  const auto root = UIApplication::sharedApplication()->keyWindow()->rootViewController();
-  root->presentViewController(std::make_shared<AnotherScreen>(), true);
-  phone.runFor(2);
-  phone.tap({180, 300}, 3);
-  EXPECT_FALSE(phone.isRecording());
-  EXPECT_EQ("UIViewController", TLVManager::shared()->currentScreen()) << "where the recording was begun";
-  phone.runFor(1);
-  EXPECT_EQ(
-      "<TLV Log> : Capture Screen recording selected\n<TLV Log> : Screen recording started\n"
-      "<TLV Log> : Screen recording ended\n",
-      console.text().substr(console.text().find("<TLV Log> : Capture")));
-  ASSERT_TRUE(phone.confirmation());
-  ASSERT_EQ(1u, phone.movies().size());
-  EXPECT_NEAR(2.25, MovieProbe(phone.movies()[0]).times('v').back(), 0.1) << "the taps take a quarter";
-
-  phone.device().input().shake();
-  phone.runFor(1);
-  EXPECT_FALSE(phone.shows("Options")) << "no trigger is announced over the confirmation screen";
+std::vector<std::pair<std::string, UIAlertActionStyle>> buttonsOf(const UIAlertController& alert) {
+  std::vector<std::pair<std::string, UIAlertActionStyle>> buttons;
+  for (const auto& action : alert.actions()) buttons.emplace_back(action->title(), action->style());
+  return buttons;
 }
 
-TEST(RecordingSession, AsksOnceTheScreenThatTheHostIsClosingHasGone) {
-  SessionPhone phone;
-  phone.startThroughTheSheet();
-  const auto root = UIApplication::sharedApplication()->keyWindow()->rootViewController();
-  root->presentViewController(std::make_shared<UIViewController>(), true);
-  phone.runFor(1);
-  root->dismissViewControllerAnimated(true);
-  phone.device().input().shake();
-  phone.runFor(1.5);
-  ASSERT_TRUE(phone.confirmation());
-  EXPECT_EQ(root, phone.confirmation()->presentingViewController());
-}
-
-TEST(RecordingSession, EndsWithTheFirstFramePastThirtySeconds) {
-  SessionPhone phone;
-  phone.startThroughTheSheet();
-  const auto session = TLVCaptureScreenRecording::shared();
-  EXPECT_NEAR(0.6 * 1048576, session->screenRecorder()->desiredBitRate(), 1e-6);
-  send(*session, "stopRecordingAtDesiredTime:", 30.0);
-  EXPECT_TRUE(phone.isRecording());
-  phone.runFor(29.5);
-  EXPECT_TRUE(phone.isRecording());
-  phone.runFor(2);
-  EXPECT_FALSE(phone.isRecording());
-  ASSERT_EQ(1u, phone.movies().size());
-  const auto times = MovieProbe(phone.movies()[0]).times('v');
-  EXPECT_GE(times.back(), 30.0);
-  EXPECT_LE(times.back(), 30.034);
-  EXPECT_NEAR(901, times.size(), 1);
-  EXPECT_TRUE(phone.confirmation());
-}
-
-TEST(RecordingSession, EndsInTheBackgroundAndAsksWhenTheHostIsBack) {
-  SessionPhone phone;
-  const auto application = UIApplication::sharedApplication();
-  TLVCaptureScreenRecording::shared();
-  Console console;
-  application->moveToBackground("home");
-  phone.runFor(1);
-  application->moveToForeground();
-  phone.runFor(1);
-  EXPECT_EQ("<TLV Log> : App went to background\n", console.text());
-
-  phone.startThroughTheSheet();
-  phone.runFor(1);
-  application->moveToBackground("home");
-  EXPECT_FALSE(phone.isRecording());
-  phone.runFor(3);
-  application->moveToForeground();
-  phone.runFor(1);
-  EXPECT_TRUE(phone.confirmation());
-  EXPECT_EQ(2, console.count("<TLV Log> : App went to background"));
-  EXPECT_EQ(1u, phone.movies().size());
-}
-
-TEST(RecordingSession, TheNextOneMayStartWhileTheLastIsBeingSaved) {
-  SessionPhone phone;
-  const auto slow = dispatch_semaphore_create(0);
-  std::atomic<bool> held = false;
-  setDiskFault([&](const std::string& operation, const std::filesystem::path& path) {
-    const bool copies = operation == "write" && path.string().find("DCIM") != std::string::npos;
-    if (copies && !held.exchange(true)) dispatch_semaphore_wait(slow, DISPATCH_TIME_FOREVER);
-    return 0;
+void failPictures(int after) {
+  setCodecFault([after, count = std::make_shared<std::atomic<int>>(0)](const std::string& operation) {
+    return operation == "encode a picture" && ++*count > after ? EIO : 0;
   });
-  phone.startThroughTheSheet();
-  phone.runFor(1);
+}
+
+TEST(SystemRecording, GoesThroughAlertAndPreviewIntoThePhotoLibrary) {
+  HostPhone phone;
   Console console;
-  phone.device().input().shake();
+  phone.record(2);
+  phone.recording().stopRecording();
+  EXPECT_FALSE(phone.recording().isRecording());
   phone.runFor(1);
-  ASSERT_TRUE(held);
-  phone.startThroughTheSheet();
-  EXPECT_TRUE(phone.isRecording());
+  const auto alert = phone.alert();
+  ASSERT_TRUE(alert);
+  EXPECT_EQ(UIAlertControllerStyle::alert, alert->preferredStyle());
+  EXPECT_EQ(kDone, alert->title());
+  EXPECT_EQ("Save the video", alert->message());
+  EXPECT_EQ((std::vector<std::pair<std::string, UIAlertActionStyle>>{{"Save", UIAlertActionStyle::default_}}),
+            buttonsOf(*alert));
+  EXPECT_TRUE(phone.tapText("Save"));
   phone.runFor(1);
-  dispatch_semaphore_signal(slow);
+  ASSERT_TRUE(phone.preview());
+  EXPECT_EQ(phone.root(), phone.preview()->presentingViewController());
+  EXPECT_TRUE(phone.tapText("Save"));
   phone.runFor(1);
-  EXPECT_EQ(1, console.count("<TLV Log> : Screen recording ended"));
-  EXPECT_TRUE(phone.isRecording()) << "the end of the first is not that of the second";
-  EXPECT_TRUE(phone.confirmation());
-  TLVCaptureScreenRecording::shared()->stopRecording();
-  TLVCaptureScreenRecording::shared()->stopRecording();
-  phone.runFor(1);
-  setDiskFault(nullptr);
-  EXPECT_EQ(2, console.count("<TLV Log> : Screen recording ended"));
-  const auto movies = phone.movies();
-  ASSERT_EQ(2u, movies.size());
-  EXPECT_NEAR(1, MovieProbe(movies[0]).times('v').back(), 0.1);
-  EXPECT_NEAR(2, MovieProbe(movies[1]).times('v').back(), 0.1);
+  EXPECT_FALSE(phone.preview()) << "dismissed once the user has finished";
+  EXPECT_EQ(std::string(kLog) + "com.apple.UIKit.activity.SaveToCameraRoll\n", console.text());
+  EXPECT_NEAR(2, MovieProbe(phone.movie()).times('v').back(), 0.15);
 }
 
-// The first movie lies finished in its temporary file until the library has time for it, and neither the
-// start nor the end of the second may take it from there.
-TEST(RecordingSession, TheNextOneMayStartAndEndWhileTheLastWaitsToBeSaved) {
-  SessionPhone phone;
-  const auto busy = dispatch_semaphore_create(0);
-  PHPhotoLibrary::sharedPhotoLibrary()->performChanges(
-      [busy] { dispatch_semaphore_wait(busy, DISPATCH_TIME_FOREVER); }, nullptr);
-  for (const double seconds : {1, 2}) {
-    TLVCaptureScreenRecording::shared()->captureScreenRecording();
-    phone.runFor(seconds);
-    TLVCaptureScreenRecording::shared()->stopRecording();
-    phone.runFor(1);
-  }
-  const auto temporary = std::filesystem::path(TLV_SCREEN_RECORDING_PATH()).parent_path();
-  EXPECT_FALSE(std::filesystem::is_empty(temporary));
-  dispatch_semaphore_signal(busy);
+TEST(SystemRecording, EndsThirtySecondsAfterItBeganAndSoDoesTheNextWithinThem) {
+  HostPhone phone;
+  phone.record(29.8);
+  EXPECT_TRUE(phone.recording().isRecording());
+  phone.runFor(0.4);
+  EXPECT_FALSE(phone.recording().isRecording());
   phone.runFor(1);
-  const auto movies = phone.movies();
-  ASSERT_EQ(2u, movies.size());
-  EXPECT_NEAR(1, MovieProbe(movies[0]).times('v').back(), 0.1);
-  EXPECT_NEAR(2, MovieProbe(movies[1]).times('v').back(), 0.1);
-  EXPECT_TRUE(std::filesystem::is_empty(temporary));
+  EXPECT_TRUE(phone.shows(kDone));
+  phone.root()->dismissViewControllerAnimated(false);
+  phone.runFor(1);
+
+  phone.record(10);
+  phone.recording().stopRecording();
+  phone.runFor(1);
+  phone.root()->dismissViewControllerAnimated(false);
+  phone.runFor(1);
+  phone.record(17.8);
+  EXPECT_TRUE(phone.recording().isRecording()) << "29.8 seconds after the first began";
+  phone.runFor(0.4);
+  EXPECT_FALSE(phone.recording().isRecording()) << "the first one's timer is not cancelled";
 }
 
-// The end of the first must not take the temporary file of the second.
-TEST(RecordingSession, TheNextOneMayEndWhileTheLastIsBeingSaved) {
-  SessionPhone phone;
-  const auto first = dispatch_semaphore_create(0), second = dispatch_semaphore_create(0);
-  std::atomic<int> opened = 0, written = 0;
-  const auto temporary = std::filesystem::path(TLV_SCREEN_RECORDING_PATH()).parent_path();
-  setDiskFault([&](const std::string& operation, const std::filesystem::path& path) {
-    if (path.parent_path() == temporary && operation == "read" && ++opened == 2)
-      dispatch_semaphore_wait(second, DISPATCH_TIME_FOREVER);
-    const bool copies = operation == "write" && path.string().find("DCIM") != std::string::npos;
-    if (copies && ++written == 1) dispatch_semaphore_wait(first, DISPATCH_TIME_FOREVER);
-    return 0;
-  });
-  for (const double seconds : {1, 2}) {
-    TLVCaptureScreenRecording::shared()->captureScreenRecording();
-    phone.runFor(seconds);
-    TLVCaptureScreenRecording::shared()->stopRecording();
-    phone.runFor(1);
-  }
-  ASSERT_EQ(1, written);
-  dispatch_semaphore_signal(first);
-  phone.runFor(1);
-  ASSERT_EQ(1u, phone.movies().size());
-  ASSERT_EQ(2, opened) << "the second is about to be copied";
-  dispatch_semaphore_signal(second);
-  phone.runFor(1);
-  setDiskFault(nullptr);
-  const auto movies = phone.movies();
-  ASSERT_EQ(2u, movies.size());
-  EXPECT_NEAR(1, MovieProbe(movies[0]).times('v').back(), 0.1);
-  EXPECT_NEAR(2, MovieProbe(movies[1]).times('v').back(), 0.1);
-  EXPECT_TRUE(std::filesystem::is_empty(temporary));
-}
-
-// Home may come while the sheet closes, or while the user is being asked for the microphone.
-TEST(RecordingSession, IsNotStartedWhereNobodySeesIt) {
-  std::vector<std::function<void(bool)>> questions;
-  setPermissionPresenter([&](const PermissionQuestion&, std::function<void(bool)> answer) {
-    questions.push_back(std::move(answer));
-  });
-  Microphone::shared().setSound(Microphone::Tone{});
-  SessionPhone phone(true);
+TEST(SystemRecording, LogsAStartThatFailsAndSetsNoTimer) {
+  HostPhone phone;
   Console console;
-  const auto application = UIApplication::sharedApplication();
-  for (const double leavesAfter : {0.0, 1.0}) {
-    SCOPED_TRACE(leavesAfter);
-    phone.device().input().shake();
-    phone.runFor(1);
-    EXPECT_TRUE(phone.tapText("Capture Screen Recording"));
-    phone.runFor(leavesAfter);
-    application->moveToBackground("home");
-    phone.runFor(1);
-    EXPECT_EQ(leavesAfter > 0, questions.size() == 1);
-    for (const auto& answer : questions) answer(true);
-    phone.runFor(1);
-    EXPECT_FALSE(phone.isRecording());
-    EXPECT_EQ(0, console.count("<TLV Log> : Screen recording started"));
-    application->moveToForeground();
-    phone.runFor(1);
-  }
-  phone.startThroughTheSheet();
-  EXPECT_TRUE(phone.isRecording()) << "the next one is not affected";
+  phone.device().setPermission("screen", Permission::denied);
+  phone.recording().captureScreenRecording();
+  phone.runFor(20);
+  EXPECT_EQ(std::string(kLog) + "Start recording Error: The user declined application recording\n",
+            console.text());
+  phone.device().setPermission("screen", Permission::authorized);
+  phone.record(5);
+  phone.recording().captureScreenRecording();
+  phone.runFor(15);
+  EXPECT_TRUE(phone.recording().isRecording()) << "40 seconds after the start that failed";
+  EXPECT_EQ(1, console.count(std::string(kLog) + "Start recording Error: A recording is under way already"));
+  phone.runFor(10.2);
+  EXPECT_FALSE(phone.recording().isRecording());
 }
 
-TEST(RecordingSession, IsStartedOnceWhileTheUserIsAskedForTheMicrophone) {
-  std::vector<std::function<void(bool)>> questions;
-  setPermissionPresenter([&](const PermissionQuestion&, std::function<void(bool)> answer) {
-    questions.push_back(std::move(answer));
-  });
-  Microphone::shared().setSound(Microphone::Tone{});
-  SessionPhone phone(true);
-  phone.startThroughTheSheet();
-  EXPECT_FALSE(phone.isRecording());
-  phone.startThroughTheSheet();
-  ASSERT_EQ(1u, questions.size());
+TEST(SystemRecording, OffersThePartialMovieOfOneThatEndsAbruptly) {
+  HostPhone phone;
   Console console;
-  questions[0](true);
+  failPictures(8);
+  phone.record(2);
+  setCodecFault(nullptr);
+  EXPECT_FALSE(phone.recording().isRecording());
+  EXPECT_EQ(std::string(kLog) + "Stopped recording with error: Recording failed\n", console.text());
+  const auto alert = phone.alert();
+  ASSERT_TRUE(alert);
+  EXPECT_EQ(kAbrupt, alert->title());
+  EXPECT_EQ("Save the video", alert->message());
+  EXPECT_EQ((std::vector<std::pair<std::string, UIAlertActionStyle>>{{"Save", UIAlertActionStyle::default_},
+                                                                     {"Cancel", UIAlertActionStyle::cancel}}),
+            buttonsOf(*alert));
+  EXPECT_TRUE(phone.tapText("Cancel"));
   phone.runFor(1);
-  EXPECT_EQ(1, console.count("<TLV Log> : Screen recording started"));
-  EXPECT_TRUE(phone.isRecording());
+  EXPECT_EQ(phone.root(), topViewController()) << "Cancel only closes the alert";
 
-  // The switch is read at each start.
-  TLVCaptureScreenRecording::shared()->stopRecording();
+  failPictures(8);
+  phone.record(2);
+  setCodecFault(nullptr);
+  EXPECT_TRUE(phone.tapText("Save"));
   phone.runFor(1);
-  topViewController()->dismissViewControllerAnimated(false);
+  EXPECT_TRUE(phone.tapText("Save"));
   phone.runFor(1);
-  Tellvane::instantiateSDK(true, false);
-  phone.startThroughTheSheet();
-  phone.runFor(1);
-  TLVCaptureScreenRecording::shared()->stopRecording();
-  phone.runFor(1);
-  ASSERT_EQ(2u, phone.movies().size());
-  EXPECT_EQ("aac", MovieProbe(phone.movies()[0]).fact('a', "codec_name"));
-  EXPECT_EQ("", MovieProbe(phone.movies()[1]).fact('a', "codec_name"));
+  EXPECT_EQ(8u, MovieProbe(phone.movie()).pictures().size()) << "all that the encoder took";
+  EXPECT_FALSE(std::filesystem::exists(phone.movie(2)));
 }
 
-TEST(RecordingSession, TriggersWorkAgainAfterTheConfirmationScreen) {
-  SessionPhone phone;
-  for (const bool companion : {false, true}) {
-    if (companion) phone.installApplication("com.tellvane.companion", "Tellvane", "exit 0");
-    for (const char* choice : {"Delete", "Save"}) {
-      SCOPED_TRACE(std::string(choice) + (companion ? " with the companion" : ""));
-      phone.startThroughTheSheet();
-      phone.runFor(1);
-      phone.device().input().shake();
-      phone.runFor(1);
-      ASSERT_TRUE(phone.confirmation());
-      ASSERT_TRUE(phone.tapText(choice));
-      phone.runFor(1);
-      UIApplication::sharedApplication()->moveToForeground();
-      phone.runFor(4);
-      EXPECT_FALSE(phone.confirmation());
-      if (phone.tapText("Cancel")) phone.runFor(1);  // the offer to install the companion
-    }
-  }
-}
-
-TEST(RecordingSession, AsksNothingAboutAMovieThatCouldNotBeSaved) {
-  SessionPhone phone;
-  phone.startThroughTheSheet();
-  phone.runFor(1);
+TEST(SystemRecording, OnlyLogsAFailureThatLeavesNoMovie) {
+  HostPhone phone;
+  Console console;
+  phone.recording().captureScreenRecording();
+  phone.use(0.5);
   setDiskFault([](const std::string& operation, const std::filesystem::path&) {
     return operation == "write" ? ENOSPC : 0;
   });
-  Console console;
-  TLVCaptureScreenRecording::shared()->stopRecording();
-  phone.runFor(2);
+  phone.use(8);
   setDiskFault(nullptr);
-  EXPECT_EQ(1, console.count("<TLV Log> : Screen recording ended"));
-  EXPECT_TRUE(phone.movies().empty());
-  EXPECT_FALSE(phone.confirmation());
+  EXPECT_FALSE(phone.recording().isRecording());
+  EXPECT_EQ(
+      std::string(kLog) + "Stopped recording with error: There is not enough storage for the recording\n",
+      console.text());
+  EXPECT_EQ(phone.root(), topViewController());
 }
 
-TEST(RecordingSession, WithoutAControllerKeepsTheMovieAndShowsNothing) {
-  SessionPhone phone;
-  phone.startThroughTheSheet();
+TEST(SystemRecording, LogsAStopThatFailsAndShowsNoAlertWhateverIsLeft) {
+  HostPhone phone;
+  Console console;
+  phone.record(1);
+  setCodecFault(
+      [](const std::string& operation) { return operation == "flush the video encoder" ? EIO : 0; });
+  phone.recording().stopRecording();
   phone.runFor(1);
-  UIApplication::sharedApplication()->keyWindow()->setRootViewController(nullptr);
+  setCodecFault(nullptr);
+  EXPECT_EQ(std::string(kLog) + "Error stopping recording: Recording failed\n", console.text());
+  EXPECT_EQ(phone.root(), topViewController());
+}
+
+TEST(SystemRecording, ShowsNothingWhenThereIsNoViewControllerToShowItOn) {
+  HostPhone phone;
+  Console console;
+  const auto window = UIApplication::sharedApplication()->keyWindow();
+  phone.record(1);
+  window->setRootViewController(UINavigationController::withRootViewController(nullptr));
+  phone.recording().stopRecording();
+  phone.runFor(1);
+  EXPECT_FALSE(phone.shows(kDone));
+  phone.recording().captureScreenRecording();
+  phone.runFor(1);
+  UIApplication::sharedApplication()->moveToBackground("home");
+  phone.runFor(1);
+  UIApplication::sharedApplication()->moveToForeground();
+  window->setRootViewController(std::make_shared<UIViewController>());
+  phone.runFor(1);
+  EXPECT_FALSE(phone.shows(kAbrupt));
+  EXPECT_EQ(1,
+            console.count(std::string(kLog) +
+                          "Stopped recording with error: Recording was interrupted as the application left "
+                          "the foreground"));
+}
+
+TEST(SystemRecording, WaitsForAScreenThatIsBeingClosedAndPresentsThePreviewWhereTheAlertWas) {
+  HostPhone phone;
+  phone.record(1);
+  phone.root()->presentViewController(std::make_shared<UIViewController>(), true);
+  phone.runFor(1);
+  phone.root()->dismissViewControllerAnimated(true);
+  phone.recording().stopRecording();
+  phone.runFor(1.5);
+  ASSERT_TRUE(phone.shows(kDone));
+  EXPECT_TRUE(phone.tapText("Save"));
+  phone.runFor(1);
+  ASSERT_TRUE(phone.preview());
+  EXPECT_EQ(phone.root(), phone.preview()->presentingViewController());
+}
+
+TEST(SystemRecording, LogsActivitiesInTheOrderOfTheirSetAndNothingInProductionMode) {
+  HostPhone phone;
+  const std::set<std::string> activities{"B", "A"};
+  {
+    Console console;
+    phone.recording().stopRecording();  // nothing records
+    phone.recording().previewControllerDidFinishWithActivityTypes(nullptr, activities);
+    std::string expected;
+    for (const auto& activity : activities) expected += kLog + activity + "\n";
+    EXPECT_EQ(expected, console.text());
+  }
+  Tellvane::instantiateSDK(false, false);
+  Console console;
+  phone.recording().previewControllerDidFinishWithActivityTypes(nullptr, activities);
+  failPictures(8);
+  phone.record(2);
+  setCodecFault(nullptr);
+  EXPECT_TRUE(phone.shows(kAbrupt)) << "alerts come in either mode";
+  EXPECT_EQ("", console.text());
+}
+
+TEST(SystemRecording, IsReachedBySelectorsAndSpeaksTheLanguageOfTheUser) {
+  HostPhone phone(true, {.languages = {"de-AT"}});
+  const std::shared_ptr<NSObject> recording = CaptureScreenRecording::shared();
+  send(*recording, "captureScreenRecording");
+  phone.runFor(1);
+  EXPECT_TRUE(send<bool>(*recording, "isRecording"));
+  send(*recording, "stopRecording");
+  phone.runFor(1);
+  EXPECT_TRUE(phone.shows("Videoaufnahme erfolgreich!"));
+  EXPECT_TRUE(phone.shows("Video sichern"));
+  EXPECT_TRUE(phone.shows("Sichern"));
+}
+
+TEST(SystemRecording, RunsBesideTheLibrarysOwnAndEachHasItsMovie) {
+  HostPhone phone;
+  phone.device().setPermission("photos", Permission::authorized);
+  TLVCaptureScreenRecording::shared()->captureScreenRecording();
+  phone.runFor(1);
+  phone.record(2);
   TLVCaptureScreenRecording::shared()->stopRecording();
   phone.runFor(1);
-  EXPECT_EQ(1u, phone.movies().size());
-  EXPECT_TRUE(phone.texts().empty());
-}
-
-// In production mode a trigger has no effect, not even on a recording.
-TEST(RecordingSession, IsOutOfReachOfTriggersInProductionMode) {
-  SessionPhone phone;
-  phone.startThroughTheSheet();
-  Tellvane::instantiateSDK(false, false);
-  phone.device().input().shake();
+  EXPECT_TRUE(phone.recording().isRecording());
+  phone.root()->dismissViewControllerAnimated(false);
   phone.runFor(1);
-  EXPECT_TRUE(phone.isRecording());
+  phone.recording().stopRecording();
+  phone.runFor(1);
+  EXPECT_TRUE(phone.tapText("Save"));
+  phone.runFor(1);
+  EXPECT_TRUE(phone.tapText("Save"));
+  phone.runFor(1);
+  EXPECT_NEAR(3, MovieProbe(phone.movie(1)).times('v').back(), 0.15);
+  EXPECT_NEAR(4, MovieProbe(phone.movie(2)).times('v').back(), 0.2);
 }
 
 }  // namespace

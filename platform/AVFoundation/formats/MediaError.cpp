@@ -37,11 +37,8 @@ struct Fault {
 };
 
 long errorCode(int code) {
+  if (meansNoRoom(AVUNERROR(code))) return AVErrorDiskFull;
   switch (code) {
-    case AVERROR(ENOSPC):
-    case AVERROR(EDQUOT):
-    case AVERROR(EFBIG):  // a limit on the size of files is how a full disk is played
-      return AVErrorDiskFull;
     case AVERROR(EEXIST):
       return AVErrorFileAlreadyExists;
     case AVERROR(ENOMEM):

@@ -45,8 +45,9 @@ MediaResult<> PacketSpool::append(std::size_t track, const AVPacket& packet) {
                 .track = static_cast<std::uint32_t>(track),
                 .size = static_cast<std::uint32_t>(packet.size),
                 .flags = packet.flags};
-  IOS_TRY(write(&header, sizeof header));
-  return write(packet.data, header.size);
+  if (state_) state_ = write(&header, sizeof header);
+  if (state_) state_ = write(packet.data, header.size);
+  return state_;
 }
 
 MediaResult<> PacketSpool::write(const void* bytes, std::size_t count) {
@@ -97,15 +98,18 @@ MediaResult<> PacketSpool::read(void* bytes, std::size_t count) {
 }
 
 MediaResult<> PacketSpool::drain(const Taker& take) {
-  if (!buffer_.empty()) {
+  if (state_ && !buffer_.empty()) {
     IOS_TRY(flush());
   }
+  buffer_.clear();
   ffmpeg::Packet packet(av_packet_alloc());
   if (!packet) return failed("complete the movie", AVERROR(ENOMEM));
   taken_ = 0;
-  while (read_ < written_ || taken_ < buffer_.size()) {
+  const auto left = [&] { return static_cast<std::size_t>(written_ - read_) + buffer_.size() - taken_; };
+  while (left() >= sizeof(Header)) {
     Header header;
     IOS_TRY(read(&header, sizeof header));
+    if (left() < header.size) break;  // cut off by a failed append
     if (av_new_packet(packet.get(), static_cast<int>(header.size)) < 0) {
       return failed("complete the movie", AVERROR(ENOMEM));
     }

@@ -28,6 +28,8 @@ class DisplayRecording : public Subclass<DisplayRecording, NSObject> {
  public:
   static MethodList methods();
 
+  /// Where movies are completed: beside the applications' containers, so none of them sees it.
+  static std::filesystem::path folder();
   /// Begins, with the display's picture of this moment; empty, with `error` set, when that fails. Without a microphone
   /// that can be used the movie has no sound. `failed` comes once on the main thread when the movie can no longer be
   /// written; `end` must still be called. Main thread.

@@ -18,7 +18,8 @@ class PreviewBar : public Subclass<PreviewBar, UIView> {
   const std::shared_ptr<UIButton>& cancel() const { return cancel_; }
   const std::shared_ptr<UIButton>& share() const { return share_; }
   const std::shared_ptr<UIButton>& save() const { return save_; }
-  void setEnabled(bool enabled);
+  /// "Share" and "Save".
+  void setOffersEnabled(bool enabled);
   void layoutSubviews() override;
 
  private:

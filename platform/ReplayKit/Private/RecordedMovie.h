@@ -9,7 +9,7 @@ namespace ios {
 /// last holder releases it or the process ends, in whatever way. Any thread.
 class RecordedMovie {
  public:
-  /// Removes the name of the movie at `path`; null if there is no movie.
+  /// Removes the name of the movie at `path`; null if there is no movie, or it cannot be opened.
   static std::shared_ptr<RecordedMovie> take(const std::filesystem::path& path);
   ~RecordedMovie();
   RecordedMovie(const RecordedMovie&) = delete;

@@ -34,8 +34,8 @@
 ///     openURL            url                                        opened
 ///     limitFiles         bytes
 ///     shareDisplay       descriptor
-///     step               touches: [{finger, phase, x, y}], nanoseconds, shown
-///                        nextEvent, width, height, x, y, changedWidth, changedHeight
+///     step               touches: [{finger, phase, x, y}],          nextEvent, width, height, x, y,
+///                        nanoseconds, shown                         changedWidth, changedHeight
 ///     tree                                                          top, windows: [{class, x, y, width, height,
 ///                                                                   label, role, enabled, hidden, children}]
 ///     terminate

@@ -1,4 +1,8 @@
 #include "UIKit/Private/TabBar.h"
+
+#include <string_view>
+
+#include "CoreFoundation/Unicode.h"
 #include "UIKit/Private/Chrome.h"
 #include "UIKit/UIGraphics.h"
 #include "UIKit/UILabel.h"
@@ -10,11 +14,10 @@ namespace {
 constexpr unsigned kUnselected = 0x929292;
 constexpr CGFloat kSignSize = 25;
 
-/// The first character of UTF-8 text, whole.
-std::string firstCharacter(const std::string& text) {
-  std::size_t length = text.empty() ? 0 : 1;
-  while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) ++length;
-  return text.substr(0, length);
+std::string firstCharacter(std::string_view text) {
+  std::string_view rest = text;
+  if (!rest.empty()) takeCodePoint(rest);
+  return std::string(text.substr(0, text.size() - rest.size()));
 }
 
 }  // namespace

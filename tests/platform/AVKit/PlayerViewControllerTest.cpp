@@ -113,7 +113,7 @@ TEST(PlayerViewController, ShowsASignInPlaceOfWhatItCannotPlay) {
 
 TEST(PlayerViewController, ShowsTheSignOnceAMovieBreaksOff) {
   Screening phone;
-  phone.open(brokenOff(colouredMovie(phone.folder(), 4), 2));
+  phone.open(brokenOff(colouredMovie(phone.folder(), 4), 2, 0.5));
   phone.player().play();
   phone.runFor(1);
   EXPECT_FALSE(phone.shows("Cannot Play"));

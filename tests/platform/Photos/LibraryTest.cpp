@@ -122,10 +122,15 @@ TEST(PhotoLibrary, AChangeHappensWholeOrNotAtAll) {
     EXPECT_EQ(gallery.query("SELECT * FROM asset; SELECT * FROM album; SELECT * FROM membership"), before);
     gallery.expectWhole();
   }
+}
 
-  // The same without the last change.
+TEST(PhotoLibrary, SeveralChangesOfOneBlockHappenTogether) {
+  const Gallery gallery;
+  const auto kept = gallery.save(gallery.sample(), gallery.makeAlbum());
+  const auto asset = PHAsset::fetchAssetsWithLocalIdentifiers({*kept}, nullptr)->firstObject();
   EXPECT_EQ(gallery.perform([&] {
-    const auto request = Asset::creationRequestForAssetFromVideoAtFileURL(good);
+    const auto request =
+        Asset::creationRequestForAssetFromVideoAtFileURL(NSURL::fileURLWithPath(gallery.sample()));
     Album::creationRequestForAssetCollectionWithTitle("New")->addAssets(
         {request->placeholderForCreatedAsset(), request->placeholderForCreatedAsset()});
     Asset::deleteAssets({asset, nullptr});

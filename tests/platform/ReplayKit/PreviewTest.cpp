@@ -70,6 +70,13 @@ TEST(Preview, SaysThatTheDiskIsFullAndCanTryAgain) {
   });
   phone.tapOnPreview(phone.preview, {"Save"});
   EXPECT_TRUE(phone.shows("The Recording Was Not Saved"));
+  EXPECT_TRUE(phone.tapText("OK"));
+  phone.runFor(1);
+  for (const char* choice : {"Share", "Copy"}) {
+    EXPECT_TRUE(phone.tapText(choice));
+    phone.runFor(1);
+  }
+  EXPECT_TRUE(phone.shows("The Recording Was Not Copied"));
   EXPECT_TRUE(phone.listener->finished.empty());
   setDiskFault(nullptr);
   EXPECT_TRUE(phone.tapText("OK"));

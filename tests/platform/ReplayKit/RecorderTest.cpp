@@ -281,11 +281,10 @@ TEST(SystemRecorder, LeavesNothingWhenTheProcessIsKilled) {
 
 TEST(SystemRecorder, RemovesTheLeftoversOfAProcessKilledWhileItCompletedAMovie) {
   RecordedPhone phone;
-  ASSERT_FALSE(phone.start());
-  ASSERT_TRUE(phone.stop().preview);
   const auto folder = phone.folder() / "ReplayKit";
+  std::filesystem::create_directory(folder);
   std::ofstream(folder / ".Recording.mov.99999999.1.tmp") << "half a movie";
-  ASSERT_FALSE(phone.start());
+  EXPECT_FALSE(phone.recorder()->isRecording());
   EXPECT_EQ((std::vector<std::string>{}), RecordedPhone::namesOfRecordings(phone.folder()));
 }
 

@@ -19,9 +19,10 @@ class PacketSpool {
   /// Beside `path`, which names the file in errors.
   static MediaResult<std::unique_ptr<PacketSpool>> create(const std::filesystem::path& path);
 
+  /// After a failure every further packet is refused with the same reason.
   [[nodiscard]] MediaResult<> append(std::size_t track, const AVPacket& packet);
-  /// Hands every packet to `take`, in order; nothing can be appended afterwards. Packets are gone
-  /// after each call.
+  /// Hands every packet to `take`, in order; after a failed append, those that reached the disk whole. Nothing
+  /// can be appended afterwards. Packets are gone after each call.
   using Taker = std::function<MediaResult<>(std::size_t track, AVPacket& packet)>;
   [[nodiscard]] MediaResult<> drain(const Taker& take);
 
@@ -39,6 +40,7 @@ class PacketSpool {
   std::vector<std::uint8_t> buffer_;  // not written yet or, while draining, not taken yet
   std::size_t taken_ = 0;             // of the buffer
   std::int64_t written_ = 0, read_ = 0;
+  MediaResult<> state_;  // of appending: the first failure
 };
 
 }  // namespace ios

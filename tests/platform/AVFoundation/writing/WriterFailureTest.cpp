@@ -104,6 +104,31 @@ TEST(MovieFailure, AtAnyCallEndsInFailedWithAReasonAndWithoutAFile) {
   }
 }
 
+TEST(MovieFailure, LeavesWhatReachedTheDiskWhenFragmentsAreAskedFor) {
+  Studio studio;
+  for (const int code : {ENOSPC, EFBIG}) {
+    const Movie movie(studio, {.sound = true, .soundSettings = aacSettings(), .started = false});
+    movie.writer->setMovieFragmentInterval(CMTimeMake(1, 1));
+    movie.writer->startWriting();
+    movie.writer->startSessionAtSourceTime(kCMTimeZero);
+    // In the middle of a packet; there is room again by the time the movie is assembled.
+    setDiskFault(
+        [=, calls = std::make_shared<int>(0)](const std::string& operation, const std::filesystem::path&) {
+          return operation == "write" && ++*calls == 2 ? code : 0;
+        });
+    record(movie);
+    movie.finish();
+    setDiskFault(nullptr);
+    EXPECT_EQ(movie.writer->status(), AVAssetWriterStatusFailed);
+    EXPECT_EQ(movie.writer->error()->code(), AVErrorDiskFull) << movie.problem();
+    const auto decoded = movie.probe().pictures().size();
+    EXPECT_GT(decoded, 3u);
+    EXPECT_LT(decoded, 30u);
+    EXPECT_EQ(decoded, movie.probe().times('v').size());
+    std::filesystem::remove(studio.path());
+  }
+}
+
 TEST(MovieFailure, BadTimesAndMediaFailTheWriter) {
   struct Row {
     const char* name;
