@@ -33,6 +33,10 @@ bool AppDelegate::applicationDidFinishLaunching(UIApplication&) {
 
 bool AppDelegate::applicationOpenURL(UIApplication&, const NSURL& url) {
   const std::string link = url.absoluteString();
+  if (link == "notes://record") {
+    tellvane::CaptureScreenRecording::shared()->captureScreenRecording();
+    return true;
+  }
   if (link != "notes://lock" && link != "notes://unlock") return false;
   window_->setRootViewController(link == "notes://lock" ? nullptr : interface_);
   return true;
