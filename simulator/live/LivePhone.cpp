@@ -48,7 +48,8 @@ LivePhone::LivePhone(Options options, CommandInbox& inbox, Display& display, Aud
       pasteboard_([this](const std::string& name, std::string bytes) {
         return audience_.keepFile(name, std::move(bytes));
       }),
-      libraries_(options_.filePrefix) {}
+      photos_(options_.filePrefix),
+      reports_(options_.filePrefix) {}
 
 std::string LivePhone::begin() {
   if (std::string problem = options_.isNew ? phone_.installAll() : ""; !problem.empty()) return problem;

@@ -14,10 +14,11 @@
 #include "simulator/live/CommandInbox.h"
 #include "simulator/live/Display.h"
 #include "simulator/live/Fingers.h"
-#include "simulator/live/LibraryWatch.h"
+#include "simulator/live/InboxWatch.h"
 #include "simulator/live/Pace.h"
 #include "simulator/live/PacedPhone.h"
 #include "simulator/live/PasteboardWatch.h"
+#include "simulator/live/PhotosWatch.h"
 #include "simulator/live/ScreenMovie.h"
 #include "simulator/live/TapRecorder.h"
 #include "simulator/phone/Console.h"
@@ -176,7 +177,8 @@ class LivePhone {
   std::vector<std::string> consoleLines_;
   std::int64_t consoleCount_ = 0;
   PasteboardWatch pasteboard_;
-  LibraryWatch libraries_;
+  PhotosWatch photos_;
+  InboxWatch reports_;
   TapRecorder recorder_;
   std::string launchedByTap_;  // by the step that is under way
   ViewerId asker_ = 0;         // of the command that is being obeyed

@@ -168,8 +168,8 @@ void LivePhone::tellChanges() {
   Device::current().reloadSettings();
   tellPhone();
   tellApplications();
-  if (auto photos = libraries_.photos()) tell("photos", std::move(*photos));
-  if (auto inbox = libraries_.inbox()) tell("inbox", std::move(*inbox));
+  if (auto photos = photos_.look()) tell("photos", std::move(*photos));
+  if (auto reports = reports_.look()) tell("inbox", std::move(*reports));
   tellTime();
 }
 

@@ -42,7 +42,8 @@ std::unique_ptr<AppProcess> AppProcess::start(const ios::InstalledApplication& a
     problem = "could not start " + application.bundleIdentifier + ": " + why;
     return nullptr;
   };
-  ios::LaunchWords words{.microphone = options.sound, .control = kControlDescriptor};
+  ios::LaunchWords words{
+      .microphone = options.sound, .control = kControlDescriptor, .codecFault = options.codecFault};
   for (const auto& [key, value] : options.arguments) {
     words.arguments.push_back("-" + key);
     words.arguments.push_back(value);
@@ -50,7 +51,6 @@ std::unique_ptr<AppProcess> AppProcess::start(const ios::InstalledApplication& a
   std::string why;
   auto plan = ios::Device::current().applications().plan(application, words, why);
   if (!plan) return refuse(why);
-  if (!options.codecFault.empty()) plan->environment.push_back("IOS_CODEC_FAULT=" + options.codecFault);
   Ends control = Ends::ofSocket(), output = Ends::ofPipe(), errors = Ends::ofPipe();
   if (!control.ours || !output.ours || !errors.ours) return refuse(std::strerror(errno));
   plan->descriptors = {{output.theirs.number(), STDOUT_FILENO},
