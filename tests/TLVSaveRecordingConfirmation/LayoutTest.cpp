@@ -47,6 +47,37 @@ bool isWhole(const UIView& part) {
   return wanted.width <= size.width && wanted.height <= size.height;
 }
 
+/// Every part is on the screen, whole, large enough and covers no other; as much space is left of it as right.
+void expectRoomForAll(const std::vector<std::shared_ptr<UIView>>& parts, const UIView& player,
+                      const CGSize& size) {
+  const CGFloat statusBar = 20, smallestTarget = 44;
+  std::size_t buttons = 0;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    const UIView& part = *parts[i];
+    const CGRect frame = part.convertRectToView(part.bounds(), nullptr);
+    SCOPED_TRACE(part.accessibilityLabel() + " " + described(frame));
+    EXPECT_TRUE(frame.minX() >= 0 && frame.maxX() <= size.width && frame.minY() >= statusBar &&
+                frame.maxY() <= size.height);
+    if (!dynamic_cast<const UIControl*>(&part)) {
+      EXPECT_DOUBLE_EQ(frame.minX(), size.width - frame.maxX());
+    } else {
+      ++buttons;
+      EXPECT_GE(frame.height(), smallestTarget);
+      EXPECT_GE(frame.width(), smallestTarget);
+    }
+    if (&part != &player) {
+      EXPECT_TRUE(isWhole(part));
+    } else {
+      EXPECT_GE(frame.height(), size.height / 3);
+    }
+    for (std::size_t other = i + 1; other < parts.size(); ++other) {
+      EXPECT_FALSE(
+          CGRectIntersectsRect(frame, parts[other]->convertRectToView(parts[other]->bounds(), nullptr)));
+    }
+  }
+  EXPECT_EQ(2u, buttons);
+}
+
 class Layout : public testing::TestWithParam<const char*> {};
 
 }  // namespace
@@ -56,7 +87,6 @@ TEST_P(Layout, FitsEveryLanguageAndOrientation) {
   options.profile = GetParam();
   TestPhone phone(options);
   const auto window = phone.show();
-  const CGFloat statusBar = 20, smallestTarget = 44;
   for (const char* language :
        {"en", "ar", "de", "es", "fr", "he", "it", "ja", "ko", "pt-BR", "ru", "zh-Hans"}) {
     for (const int orientation : {1, 3}) {
@@ -74,33 +104,7 @@ TEST_P(Layout, FitsEveryLanguageAndOrientation) {
       std::vector<std::shared_ptr<UIView>> parts;
       collect(screen->view(), parts, screen->playerView());
       ASSERT_EQ(4u, parts.size());
-      const CGSize size = phone.device().screenSize();
-      std::size_t buttons = 0;
-      for (std::size_t i = 0; i < parts.size(); ++i) {
-        const UIView& part = *parts[i];
-        const CGRect frame = part.convertRectToView(part.bounds(), nullptr);
-        SCOPED_TRACE(part.accessibilityLabel() + " " + described(frame));
-        EXPECT_TRUE(frame.minX() >= 0 && frame.maxX() <= size.width && frame.minY() >= statusBar &&
-                    frame.maxY() <= size.height);
-        // The same space at both sides of the screen.
-        if (!dynamic_cast<const UIControl*>(&part)) {
-          EXPECT_DOUBLE_EQ(frame.minX(), size.width - frame.maxX());
-        } else {
-          ++buttons;
-          EXPECT_GE(frame.height(), smallestTarget);
-          EXPECT_GE(frame.width(), smallestTarget);
-        }
-        if (parts[i] != screen->playerView()) {
-          EXPECT_TRUE(isWhole(part));
-        } else {
-          EXPECT_GE(frame.height(), size.height / 3);
-        }
-        for (std::size_t other = i + 1; other < parts.size(); ++other) {
-          EXPECT_FALSE(
-              CGRectIntersectsRect(frame, parts[other]->convertRectToView(parts[other]->bounds(), nullptr)));
-        }
-      }
-      EXPECT_EQ(2u, buttons);
+      expectRoomForAll(parts, *screen->playerView(), phone.device().screenSize());
       // No text was left in English, and none is the same twice.
       EXPECT_NE(parts[2]->accessibilityLabel(), parts[3]->accessibilityLabel());
       EXPECT_EQ(std::string(language) == "en", parts[3]->accessibilityLabel() == "Save");

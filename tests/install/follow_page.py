@@ -21,7 +21,7 @@ shutil.rmtree(scratch, ignore_errors=True)
 scratch.mkdir(parents=True)
 
 def follow(compiler, static):
-    folder = scratch / (compiler + ("-static" if static else "-shared"))
+    folder = scratch / (os.path.basename(compiler) + ("-static" if static else "-shared"))
     folder.mkdir()
     runtime = pathlib.Path(subprocess.run(["mktemp", "-d", "/tmp/tvpXXXXXX"], capture_output=True, text=True,
                                           check=True).stdout.strip())

@@ -29,5 +29,6 @@ int main(int argc, char** argv) {
   std::printf("text: %s\n", NSLocalizedString("Options", "TLVLocalizable", bundle, "").c_str());
   // By an operation that no object file of the host refers to.
   std::printf("extended: %s\n", application->respondsToSelector("topViewController:") ? "yes" : "no");
+  std::printf("records: %s\n", tellvane::CaptureScreenRecording::shared()->isRecording() ? "yes" : "no");
   std::printf("device: %s\n", tellvane::deviceModel(*UIDevice::currentDevice()).c_str());
 }
