@@ -75,11 +75,11 @@ std::vector<Selector::Trait> traits(const YamlValue& value) {
 
 void readRelation(Selector& selector, Relation relation, const YamlValue& value) {
   if (relation != Relation::containsDescendant) {
-    selector.relations.emplace_back(relation, simulator::selector(value));
+    selector.relations.push_back({relation, simulator::selector(value)});
     return;
   }
   for (const YamlValue& each : value.list())
-    selector.relations.emplace_back(relation, simulator::selector(each));
+    selector.relations.push_back({relation, simulator::selector(each)});
 }
 
 void readField(Selector& selector, const std::string& key, const YamlValue& value) {

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "UIKit/VisibleElements.h"
@@ -20,7 +19,8 @@ struct Selector {
   double tolerance = 0;  // of width and height, in points
   std::optional<bool> enabled, selected, checked, focused;
   std::vector<Trait> traits;
-  std::vector<std::pair<Relation, Selector>> relations;
+  struct Related;
+  std::vector<Related> relations;
 
   /// As in "“Save” below “Title”".
   std::string description() const { return described("“", "”"); }
@@ -29,6 +29,11 @@ struct Selector {
 
  private:
   std::string described(const std::string& open, const std::string& close) const;
+};
+
+struct Selector::Related {
+  Relation relation;
+  Selector other;
 };
 
 /// The elements that fit, the one that is meant first. Without an index that is, of those beside, above or below another
