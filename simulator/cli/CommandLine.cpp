@@ -37,10 +37,7 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, const fs::path
     status = app.exit(error) == 0 ? Exit::done : Exit::usage;
     return std::nullopt;
   }
-  for (const std::string& variable : choices.variables) {
-    const std::size_t equals = variable.find('=');
-    line.variables[variable.substr(0, equals)] = variable.substr(equals + 1);
-  }
+  line.variables = assignments(choices.variables);
   line.flow = choices.flow.empty() ? exampleFlows(executable) / "tour.yaml" : fs::path(choices.flow);
   line.settings.profile = choices.settings.profile;
   line.settings.languages = {choices.settings.language};

@@ -9,6 +9,7 @@
 
 #include "Device/Files.h"
 #include "companion/Inbox.h"
+#include "simulator/cli/CheckCommand.h"
 #include "simulator/cli/CommandLine.h"
 #include "simulator/cli/OutputFolder.h"
 #include "simulator/cli/PhoneCommand.h"
@@ -179,6 +180,7 @@ int main(int argc, char** argv) {
   const fs::path executable = fs::read_symlink("/proc/self/exe", error);
   if (argc > 1 && std::string_view(argv[1]) == "phone")
     return runPhoneCommand(argc - 1, argv + 1, executable);
+  if (argc > 1 && std::string_view(argv[1]) == "check") return runCheckCommand(argc - 1, argv + 1);
   Exit status = Exit::done;
   const auto line = readCommandLine(argc, argv, executable, status);
   try {

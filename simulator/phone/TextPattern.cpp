@@ -30,6 +30,10 @@ bool TextPattern::matches(const std::string& candidate) const {
   return expression_ && expression_->ok() && re2::RE2::FullMatch(candidate, *expression_);
 }
 
+bool TextPattern::isExpression() const {
+  return !expression_ || expression_->ok();
+}
+
 std::string TextPattern::problem() const {
   if (!expression_) return {};
   switch (expression_->error_code()) {

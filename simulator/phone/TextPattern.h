@@ -18,6 +18,8 @@ class TextPattern {
   const std::string& text() const { return text_; }
   bool isExactly(const std::string& candidate) const { return candidate == text_; }
   bool matches(const std::string& candidate) const;
+  /// Whether it is a regular expression at all.
+  bool isExpression() const;
   /// What is wrong with an expression that cannot have been meant as a plain text: it is too large, or uses features
   /// that no linear-time matcher has. Empty if nothing is wrong.
   std::string problem() const;

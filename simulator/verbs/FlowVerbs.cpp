@@ -64,6 +64,16 @@ struct PlayFlow : Verb {
   }
 };
 
+struct CheckFlow : Verb {
+  CheckChoices choices;
+
+  void declare(CLI::App& app) override { simulator::declare(app, choices); }
+  Exit perform() override {
+    words.insert(words.begin(), "check");
+    becomePhoneProgram(words);
+  }
+};
+
 struct RecordFlow : Verb {
   std::string file;
 
@@ -96,6 +106,10 @@ std::span<const VerbKind> flowVerbs() {
         "flow flows --jobs 4 --shard 1/3 --durations durations.json --junit report.xml",
         "flow flows/storm.yaml --seed 7"},
        &makeVerb<PlayFlow>},
+      {"flow check",
+       "Reads flows, and plays nothing.",
+       {"flow check --portable flows checkout.yaml"},
+       &makeVerb<CheckFlow>},
       {"flow record",
        "Writes down as a flow what is done on the phone, until interrupted.",
        {"flow record checkout.yaml"},

@@ -52,6 +52,13 @@ std::string folderOfBundles(const std::string& name) {
   return error ? "could not read " + name + ": " + error.message() : "";
 }
 
+void declareVariables(CLI::App& app, std::vector<std::string>& variables) {
+  app.add_option("-e,--env", variables, "a text that expressions of the flow can name; may be repeated")
+      ->allow_extra_args(false)
+      ->type_name("NAME=VALUE")
+      ->check(CLI::Validator([](std::string& given) { return assignment(given); }, ""));
+}
+
 void declareApplications(CLI::App& app, std::vector<fs::path>& applications) {
   app.add_option(
          "--applications", applications,
@@ -108,11 +115,7 @@ void declare(CLI::App& app, FlowChoices& choices) {
                "play it on a new phone in virtual time (so it is without --device)")
       ->excludes(device);
   declare(app, choices.settings);
-  app.add_option("-e,--env", choices.variables,
-                 "a text that expressions of the flow can name; may be repeated")
-      ->allow_extra_args(false)
-      ->type_name("NAME=VALUE")
-      ->check(CLI::Validator([](std::string& given) { return assignment(given); }, ""));
+  declareVariables(app, choices.variables);
   app.add_flag("--real-time", choices.realTime, "let time pass as on the wall");
   declareApplications(app, choices.applications);
   app.add_option("--time-limit", choices.timeLimit, "seconds that an application may take to answer")
@@ -136,6 +139,21 @@ void declare(CLI::App& app, FlowChoices& choices) {
   for (const char* option : {"--profile", "--language", "--text-size", "--real-time", "--applications",
                              "--time-limit", "--seed", "--jobs", "--shard", "--durations", "--junit"})
     device->excludes(option);
+}
+
+void declare(CLI::App& app, CheckChoices& choices) {
+  app.add_option("FILE", choices.flows, "flows' files, and folders of flows")->required()->type_name("FILE");
+  declareVariables(app, choices.variables);
+  app.add_flag("--portable", choices.portable, "name what other tools for flows would not take");
+}
+
+std::map<std::string, std::string> assignments(const std::vector<std::string>& variables) {
+  std::map<std::string, std::string> result;
+  for (const std::string& each : variables) {
+    const std::size_t equals = each.find('=');
+    result[each.substr(0, equals)] = each.substr(equals + 1);
+  }
+  return result;
 }
 
 }  // namespace simulator

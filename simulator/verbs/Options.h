@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -56,5 +57,16 @@ struct FlowChoices {
   std::filesystem::path junit, durations;
 };
 void declare(CLI::App& app, FlowChoices& choices);
+
+/// `flow check`: flows are read only.
+struct CheckChoices {
+  std::vector<std::filesystem::path> flows;  // files and folders
+  std::vector<std::string> variables;        // as above
+  bool portable = false;                     // and asked for what no other tool takes
+};
+void declare(CLI::App& app, CheckChoices& choices);
+
+/// "NAME=VALUE", taken apart.
+std::map<std::string, std::string> assignments(const std::vector<std::string>& variables);
 
 }  // namespace simulator

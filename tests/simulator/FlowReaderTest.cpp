@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "simulator/flow/Flow.h"
+#include "simulator/flow/Portability.h"
 #include "simulator/phone/TextPattern.h"
 #include "support/ScratchFolder.h"
 
@@ -208,6 +209,32 @@ TEST_F(FlowReader, KeepsWhatAHeaderSays) {
   EXPECT_EQ(flow->onStart.size(), 1u);
   EXPECT_EQ(flow->onComplete.size(), 2u);
   EXPECT_EQ(flow->steps[0].command->description(), "repeat twice");
+}
+
+TEST_F(FlowReader, NamesWhatOtherToolsWouldNotTake) {
+  std::string problem;
+  const auto flow = readFlow(
+      folder_.write("f.yaml", std::string("appId: a.b\nonFlowComplete: [assertNoLog: x]\n---\n"
+                                          "- tapOn: {text: Save, retryTapIfNoChange: true}\n"
+                                          "- tapOn: {text: \"Save (\", fingers: 2}\n"
+                                          "- repeat: {times: 2, commands: [{runFlow: {commands: [shake]}}]}\n"
+                                          "- launchApp: {sound: silence, label: x}\n"
+                                          "- pressKey: {key: Home}\n"
+                                          "- pressKey: Home\n"
+                                          "- evalScript: \"output.a = 1\"\n")),
+      problem);
+  ASSERT_TRUE(flow) << problem;
+  std::string all;
+  for (const std::string& each : portabilityProblems(*flow))
+    all += each.substr(folder_.path().string().size() + 1) + "\n";
+  EXPECT_EQ(all,
+            "f.yaml:5: tapOn: only this simulator has the key \"fingers\"\n"
+            "f.yaml:5: tapOn: \"Save (\" is not a regular expression; write a \\ before its signs\n"
+            "f.yaml:6: shake: only this simulator has this command\n"
+            "f.yaml:7: launchApp: only this simulator has the key \"sound\"\n"
+            "f.yaml:8: pressKey: write the value by itself, without \"key\"\n"
+            "f.yaml:10: evalScript: write the script as ${…}\n"
+            "f.yaml:2: assertNoLog: only this simulator has this command\n");
 }
 
 // Who is named last in this list has the last word: what the flow says of itself, its caller, the command line.

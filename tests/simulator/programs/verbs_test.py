@@ -54,7 +54,8 @@ WRONG = [
     ("time booted step", 64, "DURATION"), ("time booted step 0", 64, "no duration"), ("time booted step 1h", 64, "1h"),
     ("time booted speed 3", 64, "FACTOR"), ("flow --jobs 0", 64, "--jobs"), ("flow gone.yaml --device booted", 66, "gone"),
     ("flow x.yaml --device booted --virtual", 64, "--virtual"), ("flow gone.yaml", 66, "no such flow"),
-    ("flow record", 64, "FILE"), ("flow record /nowhere/x.yaml", 73, "no folder"), ("flow record x.yaml", 68, "boot"), ("help bogus", 64, "bogus"),
+    ("flow check", 64, "FILE is required"), ("flow check gone.yaml", 66, "no such flow"), ("flow record", 64, "FILE"),
+    ("flow record /nowhere/x.yaml", 73, "no folder"), ("flow record x.yaml", 68, "boot"), ("help bogus", 64, "bogus"),
     ("help --completion tcsh", 64, "--completion"), ("version 2", 64, "version"),
 ] + [(words, 69, "nothing of the kind") for words in (
     "clone Work Copy", "diagnose", "icloud_sync booted", "keychain booted reset", "location booted set 1,2",
