@@ -50,7 +50,7 @@ class YamlValue {
             int column)
       : context_(std::move(context)),
         command_(std::move(command)),
-        node_(std::move(node)),
+        node_(node),
         line_(line),
         column_(column) {}
   /// The same value while the flow is played: nothing is open.
