@@ -1,11 +1,11 @@
 #include "Device/Device.h"
 
 #include <malloc.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <charconv>
+#include <csignal>
 #include <cstdlib>
 #include <utility>
 
