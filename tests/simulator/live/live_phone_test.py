@@ -8,6 +8,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
@@ -149,7 +150,16 @@ class LivePhone(unittest.TestCase):
         while flood.receive():
             pass
         self.assertIn(flood.closed[0], (1006, 1008))  # the rest of the flood may cut the goodbye off
-        viewer = phone.watch()
+        crowd = [phone.watch(slow=True)]
+        while crowd[-1].status == 101 and len(crowd) < 200:
+            crowd.append(phone.watch(slow=True))
+        self.assertEqual((crowd[-1].status, crowd[-1].refusal), (503, "Too many viewers.\n"))
+        self.assertGreater(len(crowd), 110)
+        for each in crowd:
+            each.leave()
+        deadline = time.monotonic() + PATIENCE
+        while (viewer := phone.watch()).status != 101 and time.monotonic() < deadline:
+            pass
         for problem, command in [("no command", dict(command="explode")), ("needs", dict(command="rotate")),
                                  ("does not know", dict(command="home", twice=True)),
                                  ("expected", dict(command="rotate", orientation=7)),
@@ -345,7 +355,11 @@ class LivePhone(unittest.TestCase):
 
     def test_a_slow_viewer_holds_nobody_up(self):
         phone = self.switch_on()
-        slow, quick = phone.watch(slow=True), phone.watch()
+        slow, quick, hidden = phone.watch(slow=True), phone.watch(), phone.watch()
+        hidden.do("view", hidden=True)
+        while hidden.receive(timeout=0.5):
+            pass
+        seen = len(hidden.pictures)
         quick.do("watch", topics=["elements"])
         self.tap_on(quick, "Notes")
         quick.until(lambda: self.element(quick, "About"), "Notes")
@@ -357,6 +371,13 @@ class LivePhone(unittest.TestCase):
             pass
         self.assertLessEqual(len(slow.pictures), 2)
         self.assertIsNone(slow.closed)
+        # A page that nobody sees gets none, and then the whole.
+        while hidden.receive(timeout=0.5):
+            pass
+        self.assertEqual(len(hidden.pictures), seen)
+        hidden.do("view", width=375, height=667)
+        hidden.until(lambda: hidden.pictures[-1]["size"] == (375, 667) and hidden.pictures[-1]["codec"] == 2, "the screen")
+        self.assertTrue(any(picture["flags"] & 1 for picture in hidden.pictures[seen:]))
         # When it has caught up it sees what everybody sees.
         slow.slow = False
         for picture in slow.pictures:
