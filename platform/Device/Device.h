@@ -26,8 +26,7 @@ namespace ios {
 ///     Settings.plist                 permissions, languages, text size, OS version, screen profile
 ///
 /// A process learns its device from its environment, which `Applications::plan` composes. Of these variables
-/// only the last two are passed on to the processes that it starts:
-///
+/// only the last three are passed on to the processes that it starts:
 ///     IOS_DEVICE          the folder; without it a fresh one below the system's temporary folder
 ///     IOS_BUNDLE          the application's own bundle folder; without it the folder of the executable
 ///     IOS_VIRTUAL_TIME    "<uptime ns> <wall clock ns since 1970>": the clock is virtual and starts there
@@ -36,6 +35,7 @@ namespace ios {
 ///     IOS_CODEC_FAULT     "<operation>:<count>": encoding fails after that many calls of it (CodecFault.h)
 ///     IOS_MICROPHONE      what the microphone hears: silence, absent, tone, tone:<hertz>, file:<path>, machine
 ///     IOS_FRAMEWORK_PATH  folders, separated by ":", in which frameworks are looked for
+///     IOS_SEED            a number that shuffles what virtual time leaves open (DeviceClock/Ordering.h)
 ///
 /// Main thread, except where a member says otherwise. Neither a disk error nor a file that grows beyond the
 /// process's limit ends the process: the write fails, with a line on standard error.
