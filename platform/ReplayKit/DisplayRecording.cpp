@@ -1,6 +1,7 @@
 #include "ReplayKit/Private/DisplayRecording.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "AVFoundation/AVCaptureDevice.h"
@@ -118,10 +119,18 @@ void DisplayRecording::tick() {
 void DisplayRecording::takePicture(double time) {
   if (time <= lastTime_ || busy_.exchange(true)) return;
   lastTime_ = time;
-  dispatch_async(queue_, [self = sharedAs<DisplayRecording>(), image = displayedPicture(), time] {
-    self->appendPicture(image, time);
-    self->busy_ = false;
-  });
+  try {
+    dispatch_async(queue_, [self = sharedAs<DisplayRecording>(), image = displayedPicture(), time] {
+      try {
+        self->appendPicture(image, time);
+      } catch (const std::bad_alloc&) {
+        self->drawn_ = nullptr;  // half drawn
+      }
+      self->busy_ = false;
+    });
+  } catch (const std::bad_alloc&) {
+    busy_ = false;  // without memory there is no picture
+  }
 }
 
 void DisplayRecording::appendPicture(const CGImageRef& image, double time) {
