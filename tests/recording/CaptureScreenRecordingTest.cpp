@@ -246,6 +246,7 @@ TEST(SystemRecording, LogsActivitiesInTheOrderOfTheirSetAndNothingInProductionMo
   {
     Console console;
     phone.recording().stopRecording();  // nothing records
+    phone.runFor(0.1);
     phone.recording().previewControllerDidFinishWithActivityTypes(nullptr, activities);
     std::string expected;
     for (const auto& activity : activities) expected += kLog + activity + "\n";
