@@ -349,15 +349,15 @@ void Phone::changeSettings(const std::function<void(ios::DeviceSettings&)>& chan
 }
 
 std::string Phone::addMovie(const fs::path& movie) {
-  std::optional<std::string> outcome;
-  ios::saveMovieAsTheSystem(movie, [&](const std::shared_ptr<ios::NSError>& error) {
-    outcome = error ? "could not put " + movie.string() +
-                          " into the photo library: " + error->localizedDescription()
-                    : "";
+  const auto outcome = std::make_shared<std::optional<std::string>>();
+  ios::saveMovieAsTheSystem(movie, [outcome, movie](const std::shared_ptr<ios::NSError>& error) {
+    *outcome = error ? "could not put " + movie.string() +
+                           " into the photo library: " + error->localizedDescription()
+                     : "";
   });
-  Clock::shared().runUntil([&] { return outcome.has_value(); }, std::chrono::seconds(60));
+  (void)Clock::shared().runUntil([&] { return outcome->has_value(); }, std::chrono::seconds(60));
   timeMoved_();
-  return outcome.value_or("the photo library did not take " + movie.string() + " in time");
+  return outcome->value_or("the photo library did not take " + movie.string() + " in time");
 }
 
 void Phone::runFor(Clock::Duration duration) {
