@@ -55,7 +55,7 @@ Problem FlowMovie::end() {
   if (!problem.empty()) return problem;
   std::string reason;
   const auto bytes = ios::readFile(file());
-  ios::removeTree(file());
+  (void)ios::removeTree(file());  // what cannot be removed goes with the folder
   return bytes ? keepFile_(name_ + ".mp4", *bytes) : "the movie could not be read back";
 }
 

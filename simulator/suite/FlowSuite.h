@@ -23,7 +23,7 @@ struct FlowSuite {
     std::string name;
     double seconds = 0;
     int status = 0;
-    std::string output, problem;  // all that it said, and the last line
+    std::string output = {}, problem = {};  // all that it said, and the last line
   };
   /// Plays them, and says on standard output how each went. Interrupted is thrown once all have ended.
   Exit play(const std::vector<std::filesystem::path>& flows) const;
