@@ -143,10 +143,12 @@ struct Create : Verb {
   Exit perform() override {
     if (name.empty() || name == "booted" || name == "all")
       throw Refusal(Exit::usage, "A device cannot be called \"" + name + "\".");
-    const auto made = DeviceSet::ofUser().create({.name = name,
-                                                  .profile = settings.profile,
-                                                  .language = settings.language,
-                                                  .textSize = settings.textSize});
+    DeviceRecord wanted;
+    wanted.name = name;
+    wanted.profile = settings.profile;
+    wanted.language = settings.language;
+    wanted.textSize = settings.textSize;
+    const auto made = DeviceSet::ofUser().create(wanted);
     say(made.udid);
     return Exit::done;
   }
