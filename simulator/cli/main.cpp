@@ -130,7 +130,7 @@ Exit playOne(const CommandLine& line, const fs::path& executable) {
   const std::string ending = phone.stop();
   transcript.flushConsole();
   const std::string lost = copyResults(out->path());
-  if (!played && line.choices.seed != 0)
+  if ((!played || !ending.empty()) && line.choices.seed != 0)
     complain("the orderings were those of --seed " + std::to_string(line.choices.seed));
   if (!played) complain(problem);
   if (played && !ending.empty()) complain(line.flow.string() + ": " + ending);

@@ -86,7 +86,8 @@ void RunFolder::remove(const std::string& udid) const {
 void RunFolder::sweep() const {
   std::error_code error;
   for (const auto& entry : fs::directory_iterator(folder_, error)) {
-    if (entry.path().extension() == ".socket" && !connect(entry.path())) ::unlink(entry.path().c_str());
+    if (entry.path().extension() == ".socket" && !connect(entry.path()) && errno == ECONNREFUSED)
+      ::unlink(entry.path().c_str());
   }
 }
 
@@ -107,7 +108,10 @@ ios::FileDescriptor RunFolder::connect(const fs::path& socket) {
   if (!connection) refuse("make a socket for", socket);
   if (::connect(connection.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
     return connection;
-  return ios::FileDescriptor();
+  const int code = errno;
+  connection.close();
+  errno = code;  // ECONNREFUSED when nobody listens any more
+  return {};
 }
 
 bool RunFolder::isOurs(int connection) {

@@ -152,7 +152,7 @@ struct AppContainer : OfApplication {
         ->check(CLI::IsMember({"app", "data"}));
   }
   Exit perform() override {
-    if (bundle.find('/') != std::string::npos)
+    if (bundle.empty() || bundle == "." || bundle == ".." || bundle.find('/') != std::string::npos)
       throw Refusal(Exit::usage, bundle + " is no bundle identifier.");
     const fs::path files = filesOf(device), folder = files / "Applications" / bundle;
     std::error_code error;

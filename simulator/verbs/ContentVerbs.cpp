@@ -19,6 +19,8 @@ namespace fs = std::filesystem;
 using ios::NSArray;
 using ios::NSDictionary;
 
+constexpr std::size_t kLongestText = 512 << 10;
+
 std::string standardInput() {
   std::string text;
   std::array<char, 4096> piece;
@@ -28,6 +30,8 @@ std::string standardInput() {
     if (count < 0) throw Refusal(Exit::inputOutput, std::string("Standard input: ") + std::strerror(errno));
     if (count == 0) return text;
     text.append(piece.data(), static_cast<std::size_t>(count));
+    if (text.size() > kLongestText)
+      throw Refusal(Exit::refused, "A text of more than 512 KB is too long for the pasteboard.");
   }
 }
 
@@ -37,10 +41,7 @@ struct OfDevice : Verb {
 
 struct Copy : OfDevice {
   Exit perform() override {
-    constexpr std::size_t kLongest = 512 << 10;
     const std::string text = standardInput();
-    if (text.size() > kLongest)
-      throw Refusal(Exit::refused, "A text of more than 512 KB is too long for the pasteboard.");
     bootedPhone(device).ask("copyText", {{"text", text}});
     return Exit::done;
   }

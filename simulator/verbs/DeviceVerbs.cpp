@@ -120,6 +120,12 @@ struct List : Verb {
   }
 };
 
+/// Not one of the words that stand for devices.
+void checkName(const std::string& name) {
+  if (name.empty() || name == "booted" || name == "all")
+    throw Refusal(Exit::usage, "A device cannot be called \"" + name + "\".");
+}
+
 struct Create : Verb {
   std::string name;
   SettingChoices settings;
@@ -141,8 +147,7 @@ struct Create : Verb {
             ""));
   }
   Exit perform() override {
-    if (name.empty() || name == "booted" || name == "all")
-      throw Refusal(Exit::usage, "A device cannot be called \"" + name + "\".");
+    checkName(name);
     DeviceRecord wanted;
     wanted.name = name;
     wanted.profile = settings.profile;
@@ -162,6 +167,7 @@ struct Rename : Verb {
     app.add_option("NAME", name, "what to call it")->required();
   }
   Exit perform() override {
+    checkName(name);
     const auto set = DeviceSet::ofUser();
     set.rename(set.find(device), name);
     return Exit::done;

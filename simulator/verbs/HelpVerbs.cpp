@@ -7,11 +7,12 @@ namespace simulator {
 namespace {
 
 struct Help : Verb {
-  std::string name, shell;
+  std::vector<std::string> words;
+  std::string shell;
   bool manual = false;
 
   void declare(CLI::App& app) override {
-    app.add_option("VERB", name, "all about a verb; the list of all without it");
+    app.add_option("VERB", words, "all about a verb, of one word or more; the list of all without it");
     app.add_flag("--man", manual, "the manual page, for man -l");
     app.add_option("--completion", shell, "what a shell needs to complete verbs, options and their values")
         ->type_name("bash|zsh|fish")
@@ -22,9 +23,11 @@ struct Help : Verb {
       ios::writeOutput(manualPage());
     } else if (!shell.empty()) {
       ios::writeOutput(*completion(shell));
-    } else if (name.empty()) {
+    } else if (words.empty()) {
       ios::writeOutput(helpText());
     } else {
+      std::string name;
+      for (const std::string& word : words) name += (name.empty() ? "" : " ") + word;
       const auto kinds = kindsNamed(name);
       if (kinds.empty())
         throw Refusal(Exit::usage, "There is no verb \"" + name + "\".\nSee: tellvane-sim help");
