@@ -22,6 +22,9 @@ double residentMegabytes() {
 
 // What a recording lets go of must go back to the system, whichever threads it was taken on.
 TEST(RecordingSession, TakesNoMoreMemoryTheThirtiethTimeThanTheFirst) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "a sanitizer keeps what was freed";
+#endif
   TestPhone phone;
   phone.device().setPermission("photos", Permission::authorized);
   const auto root = phone.show()->rootViewController();

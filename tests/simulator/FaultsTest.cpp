@@ -82,6 +82,13 @@ TEST_F(Simulator, SaysWhyAnApplicationCannotBeHad) {
 }
 
 // Each takes what an application must never be able to take: the time, the memory, the disk, the last word.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr const char* kLimit = "";  // a sanitizer reserves more than any limit leaves
+#else
+/// Of memory far more than a run takes, and less than a flood of two seconds.
+constexpr const char* kLimit = "ulimit -v 1500000; ";
+#endif
+
 TEST_F(Simulator, OutlivesAnApplicationThatHangsOrFloods) {
   const struct {
     const char *name, *script, *complaint;
@@ -95,9 +102,8 @@ TEST_F(Simulator, OutlivesAnApplicationThatHangsOrFloods) {
   };
   for (const auto& c : kCases) {
     makeApplication("com.example.broken", c.script);
-    // Of memory far more than a run takes, and less than a flood of two seconds.
     const Outcome outcome = playText("- installApp: ./com.example.broken\n- launchApp\n",
-                                     "com.example.broken", "--time-limit 2", "ulimit -v 1500000; ");
+                                     "com.example.broken", "--time-limit 2", kLimit);
     EXPECT_EQ(outcome.status, 1) << c.name << outcome.output.substr(0, 2000);
     EXPECT_TRUE(outcome.says(c.complaint)) << c.name << outcome.output.substr(0, 2000);
     EXPECT_LE(fs::file_size(path() / "out/console.log"), std::uintmax_t{16} << 20) << c.name;
