@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "Base/Result.h"
+#include "Base/ThreadAnnotations.h"
 #include "Device/Files.h"
 #include "Foundation/NSError.h"
 
@@ -33,9 +34,11 @@ using MediaResult = Result<Value, MediaError>;
 [[nodiscard]] tl::unexpected<MediaError> outOfMemory(const std::string& operation);
 /// Fails if `result` is one of FFmpeg's failures, a negative number.
 [[nodiscard]] MediaResult<> checked(const std::string& operation, int result);
-/// What `work` returns, or the failure of `operation` where memory runs out on the way.
+/// What `work` returns, or the failure of `operation` where memory runs out on the way. What locks `work` needs, its
+/// caller holds: that is checked where it is written, not here.
 template <class Work>
-[[nodiscard]] std::invoke_result_t<Work> withinMemory(const std::string& operation, Work&& work) {
+[[nodiscard]] IOS_THREAD_ANNOTATION(no_thread_safety_analysis) std::invoke_result_t<Work> withinMemory(
+    const std::string& operation, Work&& work) {
   try {
     return work();
   } catch (const std::bad_alloc&) {
