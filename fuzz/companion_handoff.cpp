@@ -4,12 +4,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <span>
 #include <string_view>
 #include <variant>
 
+#include "Require.h"
 #include "companion/Handoff.h"
 #include "companion/InboxPage.h"
 #include "companion/RecordJson.h"
@@ -19,12 +18,6 @@
 namespace {
 
 using namespace companion;
-
-void require(bool condition, const char* what) {
-  if (condition) return;
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
 
 std::span<const std::uint8_t> bytesOf(std::string_view text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};

@@ -1,18 +1,13 @@
 // Any interface file in a bundle is either refused, or gives views within the bounds that layout and drawing
 // rely on, whose buttons can be tapped.
 
-#include <stdlib.h>
-
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 
-#include "Device/Device.h"
-#include "DeviceClock/Clock.h"
 #include "Foundation/NSBundle.h"
+#include "Require.h"
+#include "ScratchDevice.h"
 #include "UIKit/UIControl.h"
 #include "UIKit/UIGraphics.h"
 #include "UIKit/UILabel.h"
@@ -22,12 +17,6 @@
 namespace {
 
 using namespace ios;
-
-void require(bool condition, const char* what) {
-  if (condition) return;
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
 
 /// The screen that the corpus's files describe.
 class Screen : public Subclass<Screen, UIViewController> {
@@ -43,32 +32,12 @@ class Screen : public Subclass<Screen, UIViewController> {
   std::weak_ptr<UILabel> question_;
 };
 
-/// A device without an application, on a folder that is also the bundle.
-class Bundle {
- public:
-  Bundle() {
-    std::string name = (std::filesystem::temp_directory_path() / "interface-XXXXXX").string();
-    folder_ = ::mkdtemp(name.data());
-    Clock::shared().useVirtualTime();
-    DeviceSettings settings;
-    // Mirrored, so that mirroring is covered too.
-    settings.languages = {"ar"};
-    Device::start({.root = folder_, .mainBundle = folder_, .bundleIdentifier = {}, .settings = settings});
-  }
-  ~Bundle() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-  }
-  Bundle(const Bundle&) = delete;
-  std::shared_ptr<NSBundle> with(const std::uint8_t* data, std::size_t size) const {
-    std::ofstream(folder_ / "Screen.xib", std::ios::binary)
-        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
-    return std::make_shared<NSBundle>(folder_);
-  }
-
- private:
-  std::filesystem::path folder_;
-};
+/// Mirrored, so that mirroring is covered too.
+DeviceSettings arabic() {
+  DeviceSettings settings;
+  settings.languages = {"ar"};
+  return settings;
+}
 
 bool isWithin(CGFloat value) {
   return std::isfinite(value) && std::abs(value) <= 1e6;
@@ -100,9 +69,11 @@ void tapButtons(const std::shared_ptr<UIView>& view) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Bundle bundle;
+  static const ScratchDevice device(arabic());
+  device.write("Screen.xib", data, size);
+  const auto bundle = std::make_shared<NSBundle>(device.folder());
   const auto screen = std::make_shared<Screen>();
-  const auto made = UINib::nibWithNibName("Screen", bundle.with(data, size))->instantiateWithOwner(screen);
+  const auto made = UINib::nibWithNibName("Screen", bundle)->instantiateWithOwner(screen);
   std::size_t count = 0;
   for (const id& object : made) {
     const auto view = std::dynamic_pointer_cast<UIView>(object);

@@ -1,44 +1,18 @@
 // Any file that is played either fails with a reason, or becomes ready, has a picture, and comes to an end or goes on.
 
-#include <stdlib.h>
-
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "AVFoundation/AVPlayer.h"
-#include "Device/Device.h"
-#include "DeviceClock/Clock.h"
 #include "Foundation/NSURL.h"
-
-namespace {
-
-using namespace ios;
-
-void require(bool condition, const char* what) {
-  if (condition) return;
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
-
-std::filesystem::path freshFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "movie-XXXXXX").string();
-  const std::filesystem::path folder = ::mkdtemp(name.data());
-  Clock::shared().useVirtualTime();
-  Device::start({.root = folder, .mainBundle = folder, .bundleIdentifier = {}, .settings = DeviceSettings{}});
-  return folder;
-}
-
-}  // namespace
+#include "Require.h"
+#include "ScratchDevice.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::filesystem::path folder = freshFolder();
-  const auto file = folder / "movie.mov";
-  std::ofstream(file, std::ios::binary)
-      .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+  using namespace ios;
+  static const ScratchDevice device;
+  const auto file = device.write("movie.mov", data, size);
   const auto player = AVPlayer::playerWithURL(NSURL::fileURLWithPath(file));
   const auto run = [](double seconds) {
     Clock::shared().runFor(

@@ -1,43 +1,17 @@
 // Any file is either refused as the microphone's sound, with a reason, or gives as many samples as are asked for.
 
-#include <stdlib.h>
-
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "AVFoundation/Microphone.h"
-#include "Device/Device.h"
-#include "DeviceClock/Clock.h"
-
-namespace {
-
-using namespace ios;
-
-void require(bool condition, const char* what) {
-  if (condition) return;
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
-
-std::filesystem::path freshFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "sound-XXXXXX").string();
-  const std::filesystem::path folder = ::mkdtemp(name.data());
-  Clock::shared().useVirtualTime();
-  Device::start({.root = folder, .mainBundle = folder, .bundleIdentifier = {}, .settings = DeviceSettings{}});
-  return folder;
-}
-
-}  // namespace
+#include "Require.h"
+#include "ScratchDevice.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::filesystem::path folder = freshFolder();
-  const auto file = folder / "sound.wav";
-  std::ofstream(file, std::ios::binary)
-      .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+  using namespace ios;
+  static const ScratchDevice device;
+  const auto file = device.write("sound.wav", data, size);
   Microphone::shared().setSound(Microphone::File{file});
   std::string problem;
   const auto source = Microphone::shared().open(problem);

@@ -2,7 +2,6 @@
 
 #include "CoreGraphics/CGImage.h"
 #include "Foundation/NSData.h"
-#include "Photos/SystemSaving.h"
 #include "UIKit/UIPasteboard.h"
 #include "simulator/flow/Stage.h"
 #include "simulator/live/Json.h"
@@ -201,16 +200,7 @@ LivePhone::Answer LivePhone::recordMovie(const Members& members) {
 LivePhone::Answer LivePhone::addMovie(const Members& members) {
   const std::string* file = members.text("file");
   if (!file) return problem("expected a file");
-  bool done = false;
-  std::string wrong;
-  ios::saveMovieAsTheSystem(*file, [&](const std::shared_ptr<ios::NSError>& error) {
-    if (error) wrong = *file + " was not added: " + error->localizedDescription();
-    done = true;
-  });
-  // The library is busy until then, so that no time passes.
-  constexpr std::chrono::seconds kLongest{120};
-  const auto saved = Clock::shared().runUntil([&] { return done; }, kLongest);
-  return problem(saved ? wrong : *file + " was not added: " + saved.pending);
+  return problem(phone_.addMovie(*file));
 }
 
 LivePhone::Answer LivePhone::contentSize(const Members& members) {

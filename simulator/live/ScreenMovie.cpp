@@ -105,10 +105,10 @@ void ScreenMovie::append(Time time) {
 std::string ScreenMovie::end(Time now) {
   // Once more at the end, so that the movie lasts as long as was recorded.
   if (now > last_) append(now);
-  std::atomic<bool> done = false;
-  writer_->finishWritingWithCompletionHandler([&] { done = true; });
+  const auto done = std::make_shared<std::atomic<bool>>(false);  // the writer may answer after the wait
+  writer_->finishWritingWithCompletionHandler([done] { *done = true; });
   constexpr std::chrono::seconds kLongest{60};
-  const auto finished = ios::Clock::shared().runUntil([&] { return done.load(); }, kLongest);
+  const auto finished = ios::Clock::shared().runUntil([&] { return done->load(); }, kLongest);
   if (!finished) return "the movie was not completed: " + finished.pending;
   return writer_->status() == ios::AVAssetWriterStatusCompleted ? "" : reasonOf(writer_->error());
 }

@@ -351,13 +351,13 @@ void Phone::changeSettings(const std::function<void(ios::DeviceSettings&)>& chan
 std::string Phone::addMovie(const fs::path& movie) {
   const auto outcome = std::make_shared<std::optional<std::string>>();
   ios::saveMovieAsTheSystem(movie, [outcome, movie](const std::shared_ptr<ios::NSError>& error) {
-    *outcome = error ? "could not put " + movie.string() +
-                           " into the photo library: " + error->localizedDescription()
-                     : "";
+    *outcome = error ? movie.string() + " was not added: " + error->localizedDescription() : "";
   });
-  (void)Clock::shared().runUntil([&] { return outcome->has_value(); }, std::chrono::seconds(60));
+  // The library is busy until then, so that no time passes.
+  const auto saved =
+      Clock::shared().runUntil([&] { return outcome->has_value(); }, std::chrono::seconds(120));
   timeMoved_();
-  return outcome->value_or("the photo library did not take " + movie.string() + " in time");
+  return saved ? **outcome : movie.string() + " was not added: " + saved.pending;
 }
 
 void Phone::runFor(Clock::Duration duration) {

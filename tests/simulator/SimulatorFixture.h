@@ -27,6 +27,15 @@ class Simulator : public testing::Test {
                    const std::string& options = "", const std::string& before = "") const {
     return play(folder_.write("f.yaml", "appId: " + appId + "\n---\n" + commands), "out", options, before);
   }
+  /// Into "a" and "b", which must not differ in a byte.
+  void playTwiceAlike(const std::filesystem::path& flow) const {
+    for (const char* out : {"a", "b"}) {
+      const Outcome played = play(flow, out);
+      EXPECT_EQ(played.status, 0) << played.output;
+    }
+    const Outcome difference = shell("diff -r " + (path() / "a").string() + " " + (path() / "b").string());
+    EXPECT_EQ(difference.status, 0) << difference.output;
+  }
   /// An application that is a shell script.
   void makeApplication(const std::string& identifier, const std::string& script,
                        const std::string& executable = "run") const {

@@ -8,12 +8,7 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST_F(Simulator, PlaysTheTourTwiceToTheSameBytes) {
-  const fs::path tour = fs::path(FLOWS) / "tour.yaml";
-  const Outcome first = play(tour, "a"), second = play(tour, "b");
-  ASSERT_EQ(first.status, 0) << first.output;
-  ASSERT_EQ(second.status, 0) << second.output;
-  const Outcome difference = shell("diff -r " + (path() / "a").string() + " " + (path() / "b").string());
-  EXPECT_EQ(difference.status, 0) << difference.output;
+  playTwiceAlike(fs::path(FLOWS) / "tour.yaml");
 
   // What it leaves, read with other people's readers.
   const Outcome checked = shell("python3 - " + (path() / "a").string() + " <<'END'\n" + R"(
@@ -62,24 +57,14 @@ END
 }
 
 TEST_F(Simulator, AsksTheUserTwiceAlike) {
-  const fs::path flow = fs::path(FLOWS) / "permissions.yaml";
-  const Outcome first = play(flow, "a"), second = play(flow, "b");
-  ASSERT_EQ(first.status, 0) << first.output;
-  ASSERT_EQ(second.status, 0) << second.output;
-  const Outcome difference = shell("diff -r " + (path() / "a").string() + " " + (path() / "b").string());
-  EXPECT_EQ(difference.status, 0) << difference.output;
+  playTwiceAlike(fs::path(FLOWS) / "permissions.yaml");
   const Outcome kept = shell("grep -A 6 com.example.notes " + (path() / "a/device/Settings.plist").string());
   EXPECT_TRUE(kept.says("<key>microphone</key>\n\t\t\t<string>authorized</string>")) << kept.output;
   EXPECT_TRUE(kept.says("<key>photos</key>\n\t\t\t<string>denied</string>")) << kept.output;
 }
 
 TEST_F(Simulator, HasTheSystemRecordTwiceTheSameBytes) {
-  const fs::path flow = fs::path(FLOWS) / "system-record.yaml";
-  const Outcome first = play(flow, "a"), second = play(flow, "b");
-  ASSERT_EQ(first.status, 0) << first.output;
-  ASSERT_EQ(second.status, 0) << second.output;
-  const Outcome difference = shell("diff -r " + (path() / "a").string() + " " + (path() / "b").string());
-  EXPECT_EQ(difference.status, 0) << difference.output;
+  playTwiceAlike(fs::path(FLOWS) / "system-record.yaml");
   const Outcome checked = shell("python3 - " + (path() / "a").string() + " <<'END'\n" + R"(
 import glob, json, os, sqlite3, subprocess, sys
 out = sys.argv[1]
